@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+/// Texts of the about box. It names the program's version shorter than the program does elsewhere.
+namespace about_texts {
+
+inline constexpr wchar_t kMenuItem[] = L"About...";
+inline constexpr wchar_t kTitle[] = L"Varnexa Tavrel Utility";
+inline constexpr std::wstring_view kVersion = L"Varnexa Tavrel Utility Version : 2.0\n";
+inline constexpr std::wstring_view kBuild = L"Build: ";
+inline constexpr std::wstring_view kMakerNotice = L"Copyright (C) NORVIK Software Inc.";
+
+}  // namespace about_texts

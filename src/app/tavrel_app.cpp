@@ -1,0 +1,73 @@
+#include "app/tavrel_app.h"
+
+#include <commctrl.h>
+
+#include "app/custom_command_info.h"
+#include "app/tavrel_sheet.h"
+#include "framework/message_box.h"
+#include "log/system_log.h"
+#include "platform/folders.h"
+#include "platform/version_resource.h"
+#include "product/identity.h"
+#include "update/check_patch.h"
+
+BOOL CQRTTavrelUtilityApp::InitInstance() {
+  InitialiseFramework();
+  InitialiseRunState();
+  WriteRunHeader();
+  const bool check_updates = PrepareServerSettings();
+
+  CustomCommandInfo command_info;
+  ParseCommandLine(command_info);
+  if (command_info.RegularMode != 0) {
+    ResolveSettingsFile();
+    ShowSheet();
+    return 0;
+  }
+  if (!check_updates) return 0;
+  ResolveSettingsFile();
+  if (RunPatchVerification()) {
+    LaunchedFromPatchCheck = true;
+    ShowSheet();
+    return 0;
+  }
+  SystemLog system_log;
+  system_log.AppendText(LogText());
+  system_log.OpenSystemLog();
+  return 0;
+}
+
+void CQRTTavrelUtilityApp::InitialiseFramework() {
+  // List-view, tree-view, bar, tab, up-down, progress, hot-key and animation classes.
+  const INITCOMMONCONTROLSEX classes{sizeof classes, 0xFF};
+  InitCommonControlsEx(&classes);
+  CWinApp::InitInstance();
+  SetRegistryKey(L"Local AppWizard-Generated Applications");
+}
+
+void CQRTTavrelUtilityApp::InitialiseRunState() {
+  ProgramVersion = identity::kProgramVersion;
+  ProductLabel = identity::kProductLabel;
+  WindowTitle = identity::kWindowTitle;
+  SetTitle(WindowTitle);
+  WarnUser = [](std::wstring_view text) { ShowMessage(std::wstring(text)); };
+  if (const auto version = platform::ReadFileVersion(platform::ModulePath())) {
+    g_strProgramFileVersion = platform::FileVersionText(*version);
+  }
+}
+
+bool CQRTTavrelUtilityApp::RunPatchVerification() {
+  const CCheckPatch check(*this);
+  // A network failure that the settings hide wins over an available update.
+  if (check.m_bNetworkError && check.IgnorePatchError) return false;
+  CheckFailed = check.m_bCheckFailed;
+  return check.m_bUpdatesAvailable || check.m_bCheckFailed;
+}
+
+void CQRTTavrelUtilityApp::ShowSheet() {
+  CTavrelSheet sheet(*this);
+  SetMainWindow(&sheet);
+  sheet.SetActivePage(CTavrelSheet::kPatchUpdatePage);
+  sheet.DoModal();
+  SetMainWindow(nullptr);
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "framework/application.h"
+#include "settings/run_state.h"
+
+/// The program: settles the run's shared state, then checks silently or opens the main sheet.
+class CQRTTavrelUtilityApp : public CWinApp, public RunState {
+ protected:
+  /// Returns 0 on every path: the sheet is modal, no message loop follows.
+  BOOL InitInstance() override;
+
+ private:
+  void InitialiseFramework();
+  void InitialiseRunState();
+  /// Runs the check at start-up; true when the sheet has something to tell.
+  bool RunPatchVerification();
+  void ShowSheet();
+};

@@ -1,0 +1,53 @@
+#include "app/tavrel_sheet.h"
+
+#include <string>
+
+#include "app/about_texts.h"
+#include "framework/message_box.h"
+#include "product/identity.h"
+#include "resource.h"
+
+namespace {
+
+std::wstring AboutText() {
+  std::wstring text(about_texts::kVersion);
+  text += about_texts::kBuild;
+  text += g_strProgramFileVersion;
+  text += L"\n\n";
+  text += about_texts::kMakerNotice;
+  return text;
+}
+
+}  // namespace
+
+CTavrelSheet::CTavrelSheet(RunState& run)
+    : CPropertySheet(identity::kWindowTitle),
+      SheetUpdateCheck(run),
+      patch_page_(run, *this, system_log_),
+      log_page_(*this) {
+  AddPage(patch_page_);
+  AddPage(log_page_);
+  SetIcon(IDI_APP);
+}
+
+void CTavrelSheet::OnInitDialog() {
+  const HMENU menu = GetSystemMenu(Handle(), FALSE);
+  AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+  AppendMenuW(menu, MF_STRING, ID_APP_ABOUT, about_texts::kMenuItem);
+}
+
+bool CTavrelSheet::OnCommand(int id) {
+  switch (id) {
+    case ID_APP_ABOUT:
+      ShowMessage(AboutText(), MB_OK | MB_ICONINFORMATION, about_texts::kTitle);
+      return true;
+    case IDHELP:
+      // There is no help to show: the button closes the sheet.
+      EndDialog(IDCANCEL);
+      return true;
+    case kHelpCommand:
+      return true;
+    default:
+      return CPropertySheet::OnCommand(id);
+  }
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "framework/window.h"
+
+/// A static text.
+class CStatic : public CWnd {};
+
+/// A push button or a check box.
+class CButton : public CWnd {
+ public:
+  void SetCheck(bool checked);
+};
+
+/// A read-only multi-line edit that behaves as a text to read: no caret, Ctrl+A selects everything, and Tab,
+/// Enter and Escape go to the dialog.
+class CReadOnlyEdit : public CWnd {
+ protected:
+  bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
+};

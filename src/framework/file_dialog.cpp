@@ -1,0 +1,30 @@
+#include "framework/file_dialog.h"
+
+#include <commdlg.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t kLongestPath = 32768;
+
+}  // namespace
+
+std::optional<std::wstring> AskSavePath(HWND owner, const SaveDialogOptions& options) {
+  std::wstring filter(options.filter);
+  std::replace(filter.begin(), filter.end(), L'|', L'\0');
+  std::wstring path(kLongestPath, L'\0');
+
+  OPENFILENAMEW dialog = {};
+  dialog.lStructSize = sizeof(dialog);
+  dialog.hwndOwner = owner;
+  dialog.lpstrFilter = filter.c_str();
+  dialog.nFilterIndex = 1;
+  dialog.lpstrFile = path.data();
+  dialog.nMaxFile = static_cast<DWORD>(path.size());
+  dialog.lpstrDefExt = options.default_extension.c_str();
+  dialog.Flags = OFN_EXPLORER | OFN_ENABLESIZING | OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT | OFN_NOCHANGEDIR;
+  if (!GetSaveFileNameW(&dialog)) return std::nullopt;
+  path.resize(path.find(L'\0'));
+  return path;
+}

@@ -1,0 +1,90 @@
+#include "framework/property_page.h"
+
+#include <uxtheme.h>
+
+#include "framework/property_sheet.h"
+
+namespace {
+
+/// Messages whose answer a dialog procedure returns itself instead of leaving it in DWLP_MSGRESULT.
+bool AnswersDirectly(UINT message) {
+  return (message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC) || message == WM_COMPAREITEM ||
+         message == WM_VKEYTOITEM || message == WM_CHARTOITEM || message == WM_QUERYDRAGICON;
+}
+
+}  // namespace
+
+void CPropertyPage::EndDialog(INT_PTR result) {
+  sheet_->EndDialog(result);
+}
+
+void CPropertyPage::UpdateData(bool save) {
+  DoDataExchange({Handle(), save});
+}
+
+void CPropertyPage::DoDataExchange(const CDataExchange&) {}
+
+bool CPropertyPage::OnInitDialog() {
+  UpdateData(false);
+  return true;
+}
+
+bool CPropertyPage::OnSetActive() {
+  return true;
+}
+
+void CPropertyPage::OnCommand(int, int) {}
+
+bool CPropertyPage::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
+  switch (message) {
+    case WM_COMMAND:
+      OnCommand(LOWORD(wparam), HIWORD(wparam));
+      return true;
+    case WM_NOTIFY:
+      if (reinterpret_cast<const NMHDR*>(lparam)->code != PSN_SETACTIVE) return false;
+      // The tab's texture would lie under the page alone, not under the controls that colour themselves.
+      EnableThemeDialogTexture(Handle(), ETDT_DISABLE);
+      result = OnSetActive() ? 0 : -1;
+      return true;
+    default:
+      return ReflectColor(message, wparam, lparam, result);
+  }
+}
+
+PROPSHEETPAGEW CPropertyPage::Header(HINSTANCE instance) {
+  PROPSHEETPAGEW header = {};
+  header.dwSize = sizeof(header);
+  header.dwFlags = PSP_DEFAULT | PSP_HASHELP;
+  header.hInstance = instance;
+  header.pszTemplate = MAKEINTRESOURCEW(template_id_);
+  header.pfnDlgProc = &CPropertyPage::DialogProcedure;
+  header.lParam = reinterpret_cast<LPARAM>(this);
+  return header;
+}
+
+INT_PTR CALLBACK CPropertyPage::DialogProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_INITDIALOG) {
+    const LPARAM page = reinterpret_cast<const PROPSHEETPAGEW*>(lparam)->lParam;
+    SetWindowLongPtrW(window, DWLP_USER, page);
+    auto* self = reinterpret_cast<CPropertyPage*>(page);
+    self->Adopt(window);
+    return self->OnInitDialog();
+  }
+  // Messages before WM_INITDIALOG, WM_SETFONT among them, find no page yet.
+  auto* self = reinterpret_cast<CPropertyPage*>(GetWindowLongPtrW(window, DWLP_USER));
+  return self == nullptr ? FALSE : self->HandleMessage(message, wparam, lparam);
+}
+
+INT_PTR CPropertyPage::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam) {
+  const HWND window = Handle();
+  LRESULT result = 0;
+  const bool handled = OnMessage(message, wparam, lparam, result);
+  if (message == WM_NCDESTROY) {
+    SetWindowLongPtrW(window, DWLP_USER, 0);
+    Adopt(nullptr);
+  }
+  if (!handled) return FALSE;
+  if (AnswersDirectly(message)) return result;
+  SetWindowLongPtrW(window, DWLP_MSGRESULT, result);
+  return TRUE;
+}

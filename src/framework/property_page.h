@@ -1,0 +1,46 @@
+#pragma once
+
+#include <windows.h>
+
+#include <prsht.h>
+
+#include "framework/data_exchange.h"
+#include "framework/window.h"
+
+class CPropertySheet;
+
+/// A page of a property sheet, made from a dialog template when it is first shown.
+class CPropertyPage : public CWnd {
+ public:
+  /// `template_id`: the dialog template; its caption is the tab's.
+  explicit CPropertyPage(int template_id) : template_id_(template_id) {}
+
+ protected:
+  /// The sheet that the page was added to.
+  CPropertySheet& Sheet() const { return *sheet_; }
+  /// Ends the sheet; its DoModal returns `result`.
+  void EndDialog(INT_PTR result);
+
+  /// Runs DoDataExchange in the given direction.
+  void UpdateData(bool save);
+  virtual void DoDataExchange(const CDataExchange& exchange);
+
+  /// The page's window was made. The base attaches the controls. True: the framework sets the focus.
+  virtual bool OnInitDialog();
+  /// The page is about to be shown. False refuses.
+  virtual bool OnSetActive();
+  /// A control's notification: `code` as in WM_COMMAND.
+  virtual void OnCommand(int id, int code);
+
+  bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
+
+ private:
+  friend class CPropertySheet;
+
+  PROPSHEETPAGEW Header(HINSTANCE instance);
+  static INT_PTR CALLBACK DialogProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+  INT_PTR HandleMessage(UINT message, WPARAM wparam, LPARAM lparam);
+
+  int template_id_;
+  CPropertySheet* sheet_ = nullptr;
+};

@@ -1,0 +1,103 @@
+#include "framework/window.h"
+
+#include <commctrl.h>
+
+namespace {
+
+constexpr UINT_PTR kSubclassId = 1;
+constexpr UINT kUnusedMessage = WM_APP + 0x3FFF;
+
+}  // namespace
+
+CWnd::~CWnd() {
+  Detach();
+}
+
+bool CWnd::Attach(HWND window) {
+  if (window == handle_) return window != nullptr;
+  Detach();
+  if (!SetWindowSubclass(window, &CWnd::Procedure, kSubclassId, reinterpret_cast<DWORD_PTR>(this)))
+    return false;
+  handle_ = window;
+  subclassed_ = true;
+  return true;
+}
+
+void CWnd::Detach() {
+  if (subclassed_) RemoveWindowSubclass(handle_, &CWnd::Procedure, kSubclassId);
+  subclassed_ = false;
+  handle_ = nullptr;
+}
+
+CWnd* CWnd::FromHandle(HWND window) {
+  DWORD_PTR object = 0;
+  if (window == nullptr || !GetWindowSubclass(window, &CWnd::Procedure, kSubclassId, &object)) return nullptr;
+  return reinterpret_cast<CWnd*>(object);
+}
+
+std::wstring CWnd::Text() const {
+  if (handle_ == nullptr) return {};
+  std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(handle_)) + 1, L'\0');
+  text.resize(static_cast<std::size_t>(GetWindowTextW(handle_, text.data(), static_cast<int>(text.size()))));
+  return text;
+}
+
+void CWnd::SetText(const std::wstring& text) {
+  if (handle_ != nullptr) SetWindowTextW(handle_, text.c_str());
+}
+
+void CWnd::Enable(bool enable) {
+  if (handle_ != nullptr) EnableWindow(handle_, enable);
+}
+
+void CWnd::Show(bool show) {
+  if (handle_ != nullptr) ShowWindow(handle_, show ? SW_SHOW : SW_HIDE);
+}
+
+void CWnd::RedrawNow() {
+  if (handle_ != nullptr) RedrawWindow(handle_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+}
+
+void CWnd::PaintBeforeBlocking() {
+  if (handle_ == nullptr) return;
+  RedrawWindow(handle_, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+  GdiFlush();
+  // Looking for a message that nobody sends: a display driver that collects what was drawn sends it off when
+  // the queue has nothing to give.
+  MSG message;
+  PeekMessageW(&message, handle_, kUnusedMessage, kUnusedMessage, PM_NOREMOVE);
+}
+
+bool CWnd::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
+  return ReflectColor(message, wparam, lparam, result);
+}
+
+HBRUSH CWnd::OnReflectedColor(UINT, HDC) {
+  return nullptr;
+}
+
+LRESULT CWnd::Default(UINT message, WPARAM wparam, LPARAM lparam) {
+  return DefSubclassProc(handle_, message, wparam, lparam);
+}
+
+bool CWnd::ReflectColor(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
+  if (message < WM_CTLCOLORMSGBOX || message > WM_CTLCOLORSTATIC) return false;
+  CWnd* control = FromHandle(reinterpret_cast<HWND>(lparam));
+  if (control == nullptr) return false;
+  const HBRUSH brush = control->OnReflectedColor(message, reinterpret_cast<HDC>(wparam));
+  result = reinterpret_cast<LRESULT>(brush);
+  return brush != nullptr;
+}
+
+LRESULT CALLBACK CWnd::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
+                                 DWORD_PTR object) {
+  CWnd* self = reinterpret_cast<CWnd*>(object);
+  LRESULT result = 0;
+  if (message == WM_NCDESTROY) {
+    self->OnMessage(message, wparam, lparam, result);
+    self->Detach();
+    return DefSubclassProc(window, message, wparam, lparam);
+  }
+  if (self->OnMessage(message, wparam, lparam, result)) return result;
+  return DefSubclassProc(window, message, wparam, lparam);
+}

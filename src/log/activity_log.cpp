@@ -1,0 +1,26 @@
+#include "log/activity_log.h"
+
+#include "log/administrator.h"
+#include "log/log_text.h"
+#include "log/log_texts.h"
+#include "log/run_header.h"
+
+void ActivityLog::AppendLogLine(std::wstring_view text) {
+  log_text_.append(text).append(L"\n\n");
+}
+
+void ActivityLog::AppendNote(std::wstring_view text) {
+  notes_text_.append(text).append(L"\n");
+}
+
+void ActivityLog::WriteRunHeader() {
+  administrator_ = IsRunningAsAdmin();
+  build_line_ = InitialBuildLine();
+  for (const std::wstring& line : RunHeaderLines(administrator_, log_texts::kInvokedByProduct)) {
+    AppendLogLine(line);
+  }
+}
+
+void ActivityLog::ApplyBuildVersion(std::wstring_view file_version) {
+  log_text::ReplaceBuildLine(log_text_, build_line_, file_version);
+}

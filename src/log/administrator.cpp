@@ -1,0 +1,65 @@
+#include "log/administrator.h"
+
+#include <windows.h>
+
+#include <vector>
+
+#include "platform/handles.h"
+
+namespace {
+
+// The right that the descriptor below grants and that the check asks for. Rights of an object type of our
+// own: the numbers only have to agree with each other.
+constexpr DWORD kRead = 1;
+constexpr DWORD kWrite = 2;
+
+platform::UniqueKernelHandle OpenOwnToken() {
+  constexpr DWORD access = TOKEN_DUPLICATE | TOKEN_QUERY;
+  platform::UniqueKernelHandle token;
+  if (OpenThreadToken(GetCurrentThread(), access, TRUE, token.put())) return token;
+  if (GetLastError() != ERROR_NO_TOKEN) return {};
+  if (!OpenProcessToken(GetCurrentProcess(), access, token.put())) return {};
+  return token;
+}
+
+platform::UniqueSid AdministratorsGroup() {
+  SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
+  platform::UniqueSid sid;
+  if (!AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0,
+                                0, 0, 0, sid.put())) {
+    return {};
+  }
+  return sid;
+}
+
+bool IsGranted(HANDLE token, SECURITY_DESCRIPTOR& descriptor) {
+  GENERIC_MAPPING mapping{kRead, kWrite, 0, kRead | kWrite};
+  PRIVILEGE_SET privileges{};
+  DWORD size = sizeof privileges;
+  DWORD granted = 0;
+  BOOL status = FALSE;
+  return AccessCheck(&descriptor, token, kRead, &mapping, &privileges, &size, &granted, &status) != FALSE &&
+         status != FALSE;
+}
+
+}  // namespace
+
+bool IsRunningAsAdmin() {
+  const platform::UniqueKernelHandle own = OpenOwnToken();
+  if (!own) return false;
+  platform::UniqueKernelHandle token;
+  if (!DuplicateToken(own.get(), SecurityImpersonation, token.put())) return false;
+  const platform::UniqueSid group = AdministratorsGroup();
+  if (!group) return false;
+
+  const DWORD size = static_cast<DWORD>(sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE)) + GetLengthSid(group.get());
+  std::vector<DWORD> storage((size + sizeof(DWORD) - 1) / sizeof(DWORD));
+  ACL* acl = reinterpret_cast<ACL*>(storage.data());
+  SECURITY_DESCRIPTOR descriptor{};
+  return InitializeAcl(acl, static_cast<DWORD>(storage.size() * sizeof(DWORD)), ACL_REVISION) &&
+         AddAccessAllowedAce(acl, ACL_REVISION, kRead | kWrite, group.get()) &&
+         InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) &&
+         SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE) &&
+         SetSecurityDescriptorGroup(&descriptor, group.get(), FALSE) &&
+         SetSecurityDescriptorOwner(&descriptor, group.get(), FALSE) && IsGranted(token.get(), descriptor);
+}

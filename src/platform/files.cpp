@@ -1,0 +1,117 @@
+#include "platform/files.h"
+
+#include "text/text.h"
+
+namespace platform {
+namespace {
+
+constexpr DWORD kChunk = 64 * 1024;
+
+// A lock on one byte far behind any file's end: it keeps writers of this program apart and nobody else.
+class WriterTurn {
+ public:
+  explicit WriterTurn(HANDLE file) : file_(file) {
+    range_.OffsetHigh = 0x40000000;
+    for (int attempt = 0; attempt < 50 && !held_; ++attempt) {
+      if (attempt != 0) Sleep(20);
+      held_ =
+          LockFileEx(file_, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &range_) != FALSE;
+    }
+  }
+  WriterTurn(const WriterTurn&) = delete;
+  WriterTurn& operator=(const WriterTurn&) = delete;
+  ~WriterTurn() {
+    if (!held_) return;
+    const DWORD error = GetLastError();
+    UnlockFileEx(file_, 0, 1, 0, &range_);
+    SetLastError(error);
+  }
+
+ private:
+  HANDLE file_;
+  OVERLAPPED range_{};
+  bool held_ = false;
+};
+
+}  // namespace
+
+UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition) {
+  return UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t limit) {
+  const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) return std::nullopt;
+  std::string bytes;
+  for (DWORD read = kChunk; read != 0;) {
+    const std::size_t size = bytes.size();
+    if (size > limit) {
+      SetLastError(ERROR_FILE_TOO_LARGE);
+      return std::nullopt;
+    }
+    bytes.resize(size + kChunk);
+    if (!ReadFile(file.get(), bytes.data() + size, kChunk, &read, nullptr)) return std::nullopt;
+    bytes.resize(size + read);
+  }
+  return bytes;
+}
+
+bool WriteAll(HANDLE file, std::string_view bytes) {
+  while (!bytes.empty()) {
+    DWORD written = 0;
+    const DWORD size = bytes.size() < kChunk ? static_cast<DWORD>(bytes.size()) : kChunk;
+    if (!WriteFile(file, bytes.data(), size, &written, nullptr)) return false;
+    if (written == 0) {
+      SetLastError(ERROR_DISK_FULL);
+      return false;
+    }
+    bytes.remove_prefix(written);
+  }
+  return true;
+}
+
+bool AppendAll(HANDLE file, std::string_view bytes) {
+  const WriterTurn turn(file);
+  const LARGE_INTEGER zero{};
+  LARGE_INTEGER end{};
+  if (!SetFilePointerEx(file, zero, &end, FILE_END)) return false;
+  if (WriteAll(file, bytes)) return true;
+  const DWORD error = GetLastError();
+  if (SetFilePointerEx(file, end, nullptr, FILE_BEGIN)) SetEndOfFile(file);
+  SetLastError(error);
+  return false;
+}
+
+std::string ToUtf8(std::wstring_view text) {
+  if (text.empty()) return {};
+  const int length = static_cast<int>(text.size());
+  const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, text.data(), length, bytes.data(), size, nullptr, nullptr);
+  return bytes;
+}
+
+std::wstring FromAnsi(std::string_view bytes) {
+  if (bytes.empty()) return {};
+  const int length = static_cast<int>(bytes.size());
+  const int size = MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, nullptr, 0);
+  std::wstring text(static_cast<std::size_t>(size), L'\0');
+  MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, text.data(), size);
+  return text;
+}
+
+std::wstring SystemMessage(DWORD error) {
+  // A message longer than this is not worth more of a log; the function then fails and the text is empty.
+  wchar_t buffer[1024]{};
+  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                      error, 0, buffer, 1024, nullptr);
+  return std::wstring(text::Trim({buffer, length}));
+}
+
+std::wstring ErrorNumber(DWORD error) {
+  return std::to_wstring(error);
+}
+
+}  // namespace platform

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <windows.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/handles.h"
+
+namespace platform {
+
+/// Opens for writing, shared for reading and writing. `disposition` as for CreateFileW.
+UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition);
+/// The file's bytes, whole; nothing when it cannot be opened or read, or is larger than `limit` (last error
+/// says why: ERROR_FILE_TOO_LARGE for the limit).
+std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t limit);
+/// Writes every byte or answers false with the last error set.
+bool WriteAll(HANDLE file, std::string_view bytes);
+/// Appends every byte or leaves the file as long as it was, answering false with the last error set. Programs
+/// that append through this function take turns (waiting a second at most), so that their texts stay whole.
+bool AppendAll(HANDLE file, std::string_view bytes);
+
+/// UTF-16 text as UTF-8; a lone surrogate becomes U+FFFD.
+std::string ToUtf8(std::wstring_view text);
+/// Text of the system's ANSI code page as UTF-16.
+std::wstring FromAnsi(std::string_view bytes);
+
+/// The system's message for `error` without line breaks at its end; empty when it knows none.
+std::wstring SystemMessage(DWORD error);
+/// `error` as unsigned decimal.
+std::wstring ErrorNumber(DWORD error);
+
+}  // namespace platform

@@ -1,0 +1,33 @@
+#include "platform/profile.h"
+
+#include <windows.h>
+
+namespace platform {
+
+std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
+                             unsigned capacity) {
+  std::wstring buffer(capacity, L'\0');
+  const DWORD length =
+      GetPrivateProfileStringW(section, key, L"", buffer.data(), static_cast<DWORD>(capacity), file.c_str());
+  buffer.resize(length < capacity ? length : capacity);
+  // A value with a null in it ends there, as for every other reader of the file.
+  return buffer.c_str();
+}
+
+void WriteProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
+                      const wchar_t* value) {
+  WritePrivateProfileStringW(section, key, value, file.c_str());
+}
+
+std::wstring ReadProfileSectionNames(const std::wstring& file, unsigned capacity) {
+  // The call ends every list with two nulls, also one that it cut, so a cut name and a whole one that ends
+  // exactly there look alike. One character more tells: behind a whole name stands its null.
+  std::wstring buffer(capacity + 1, L'\0');
+  const DWORD length = GetPrivateProfileSectionNamesW(buffer.data(), capacity, file.c_str());
+  const bool at_limit = length + 2 >= capacity && length > 0 && buffer[length - 1] != L'\0';
+  if (!at_limit) return buffer.substr(0, length);
+  GetPrivateProfileSectionNamesW(buffer.data(), capacity + 1, file.c_str());
+  return buffer.substr(0, buffer[length] == L'\0' ? length + 1 : length);
+}
+
+}  // namespace platform

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <windows.h>
+
+#include "platform/handles.h"
+
+namespace platform {
+
+/// A turn at something that several processes of one session share. Whoever cannot have it in time goes on
+/// without: waiting for ever would be worse than what the turn prevents.
+class SharedTurn {
+ public:
+  explicit SharedTurn(const wchar_t* name) : mutex_(CreateMutexW(nullptr, FALSE, name)) {}
+  SharedTurn(const SharedTurn&) = delete;
+  SharedTurn& operator=(const SharedTurn&) = delete;
+  ~SharedTurn() {
+    if (held_) ReleaseMutex(mutex_.get());
+  }
+
+  /// Waits for the turn, at most `milliseconds`; it then lasts as long as this object. The last error
+  /// survives.
+  void Take(DWORD milliseconds) {
+    if (!mutex_ || held_) return;
+    const DWORD error = GetLastError();
+    const DWORD result = WaitForSingleObject(mutex_.get(), milliseconds);
+    held_ = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
+    SetLastError(error);
+  }
+
+ private:
+  UniqueKernelHandle mutex_;
+  bool held_ = false;
+};
+
+}  // namespace platform

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string_view>
+
+/// What names this program and the product that it accompanies, in one place.
+namespace identity {
+
+inline constexpr std::wstring_view kProductVersion = L"15.0";
+/// Product name with its major version; also the name of the product's uninstall entry.
+inline constexpr std::wstring_view kProductLabel = L"Varnexa 15.0";
+/// Title of the sheet and of message boxes that carry no title of their own.
+inline constexpr std::wstring_view kWindowTitle = L"Varnexa 15.0 Tavrel Utility";
+inline constexpr std::wstring_view kProgramVersion = L"2.0.3";
+/// Image name of the product's process, and the name under which its executable is looked for first.
+inline constexpr std::wstring_view kProductImage = L"Qrt.exe";
+
+/// Sub-folder of the user's Documents folder and name of the settings file in it.
+inline constexpr std::wstring_view kSettingsFolder = L"\\Varnexa\\QRT15\\";
+inline constexpr std::wstring_view kSettingsFile = L"korsa.ini";
+/// Sub-folder of the common application data folder; made by the installer, never by the program.
+inline constexpr std::wstring_view kLogFolder = L"\\Varnexa\\QRT15";
+
+/// Host that is asked when the settings name none: build variable TAVREL_UPDATE_HOST.
+std::wstring_view DefaultUpdateHost();
+/// Address of the connectivity probe: build variable TAVREL_PROBE_ADDRESS.
+std::wstring_view ProbeAddress();
+
+}  // namespace identity

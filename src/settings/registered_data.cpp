@@ -1,0 +1,179 @@
+#include "settings/registered_data.h"
+
+#include <windows.h>
+
+#include "log/log_texts.h"
+#include "platform/folders.h"
+#include "platform/registry.h"
+#include "platform/version_resource.h"
+#include "product/identity.h"
+#include "settings/registered_texts.h"
+#include "text/text.h"
+
+namespace {
+
+constexpr std::wstring_view kModeTestKey = L"SOFTWARE\\Wow6432Node";
+constexpr std::wstring_view kModeTwoRoot = L"SOFTWARE";
+constexpr std::wstring_view kMakerKey = L"\\NORVIK Software Inc.\\Varnexa\\";
+constexpr std::wstring_view kUninstallKey = L"\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
+
+std::wstring MakerKey(bool mode_one) {
+  return std::wstring(mode_one ? kModeTestKey : kModeTwoRoot)
+      .append(kMakerKey)
+      .append(identity::kProductVersion);
+}
+
+std::wstring UninstallKey(bool mode_one) {
+  return std::wstring(mode_one ? kModeTestKey : kModeTwoRoot)
+      .append(kUninstallKey)
+      .append(identity::kProductLabel);
+}
+
+}  // namespace
+
+void RegistryFacts::BuildMakerKeyPath() {
+  MakerKeyPath = MakerKey(RegistryModeOne);
+}
+
+void RegistryFacts::BuildUninstallKeyPath() {
+  UninstallKeyPath = UninstallKey(RegistryModeOne);
+}
+
+void RegisteredData::LogError(std::int32_t code) {
+  log_.Append(std::wstring(log_texts::kError).append(std::to_wstring(code)));
+}
+
+void RegisteredData::Report(std::wstring_view text, std::int32_t code) {
+  if (text.empty()) return;
+  log_.Append(text);
+  LogError(code);
+}
+
+void RegisteredData::SetMode(bool mode_one) {
+  facts_.RegistryModeOne = mode_one;
+  facts_.BuildMakerKeyPath();
+  facts_.BuildUninstallKeyPath();
+}
+
+bool RegisteredData::IdentifyRegistryMode() {
+  LSTATUS error = ERROR_SUCCESS;
+  const platform::UniqueRegistryKey key = platform::OpenMachineKey(std::wstring(kModeTestKey), error);
+  if (key) {
+    log_.Append(registered_texts::kModeOne);
+  } else if (error == ERROR_FILE_NOT_FOUND) {
+    log_.Append(registered_texts::kModeTwo);
+  } else {
+    Report(registered_texts::kModeFailed, error);
+  }
+  SetMode(static_cast<bool>(key));
+  return facts_.RegistryModeOne;
+}
+
+void RegisteredData::ReadTagOne() {
+  Read(registered_texts::kTagOne, TagOne);
+}
+
+void RegisteredData::ReadClientVersion() {
+  Read(registered_texts::kClientVersion, ClientVersion);
+}
+
+void RegisteredData::ReadTagTwo() {
+  std::wstring value;
+  Read(registered_texts::kTagTwo, value);
+  if (value.empty()) return;
+  TagTwo = value;
+  facts_.IconPath = value;
+}
+
+void RegisteredData::ReadTagThree() {
+  Read(registered_texts::kTagThree, TagThree);
+}
+
+void RegisteredData::ReadInstallPath() {
+  Read(registered_texts::kInstallPath, facts_.InstallPath);
+}
+
+void RegisteredData::ReadInstallPathLogged() {
+  Read(registered_texts::kInstallPathLogged, facts_.InstallPath);
+}
+
+void RegisteredData::Read(const RegisteredReader& reader, std::wstring& field) {
+  const Reading reading = ReadFirst(reader, field);
+  if (reading == Reading::missing && reader.falls_back && facts_.RegistryModeOne) {
+    ReadAlternative(reader, field);
+  }
+}
+
+RegisteredData::Reading RegisteredData::ReadFirst(const RegisteredReader& reader, std::wstring& field) {
+  LSTATUS error = ERROR_SUCCESS;
+  const platform::UniqueRegistryKey key =
+      platform::OpenMachineKey(reader.maker_key ? facts_.MakerKeyPath : facts_.UninstallKeyPath, error);
+  if (!key) {
+    const bool missing = error == ERROR_FILE_NOT_FOUND;
+    Report(missing ? reader.open_missing : reader.open_failed, error);
+    return missing ? Reading::missing : Reading::failed;
+  }
+  std::wstring value;
+  error = platform::QueryText(key.get(), reader.value, value);
+  if (error != ERROR_SUCCESS) {
+    const bool missing = error == ERROR_FILE_NOT_FOUND;
+    Report(missing ? reader.query_missing : reader.query_failed, error);
+    return missing ? Reading::missing : Reading::failed;
+  }
+  Store(value, field, reader.completed, reader.empty);
+  return Reading::done;
+}
+
+void RegisteredData::ReadAlternative(const RegisteredReader& reader, std::wstring& field) {
+  LSTATUS error = ERROR_SUCCESS;
+  const platform::UniqueRegistryKey key =
+      platform::OpenMachineKey(reader.maker_key ? MakerKey(false) : UninstallKey(false), error);
+  if (!key) {
+    Report(reader.alternative_open_failed, error);
+    return;
+  }
+  std::wstring value;
+  error = platform::QueryText(key.get(), reader.value, value);
+  if (error != ERROR_SUCCESS) {
+    Report(reader.alternative_query_failed, error);
+    return;
+  }
+  Store(value, field, reader.alternative_completed, reader.alternative_empty);
+  log_.Append(registered_texts::kModeTwo);
+  SetMode(false);
+}
+
+void RegisteredData::Store(const std::wstring& value, std::wstring& field, std::wstring_view found,
+                           std::wstring_view empty) {
+  if (!value.empty()) field = value;
+  const std::wstring_view text = value.empty() ? empty : found;
+  if (!text.empty()) log_.Append(text);
+}
+
+std::wstring RegisteredData::FindProductExecutable() const {
+  // The second name matters where file names are told apart by case.
+  for (const wchar_t* name : {L"\\Qrt.exe", L"\\qrt.exe"}) {
+    std::wstring path = GetInstallPath() + name;
+    if (platform::FileExists(path)) return path;
+  }
+  return {};
+}
+
+void RegisteredData::ReadProductFileVersion() {
+  const std::wstring path = FindProductExecutable();
+  if (path.empty()) return;
+  if (const auto version = platform::ReadFileVersion(path)) {
+    ProductFileVersion = platform::FileVersionText(*version);
+  }
+}
+
+void RegisteredData::ReadProductVersionNumber() {
+  const std::wstring path = FindProductExecutable();
+  if (path.empty()) return;
+  const auto version = platform::ReadFileVersion(path);
+  if (!version) return;
+  const auto& [first, second, third, fourth] = *version;
+  ProductVersionThird = std::to_wstring(third);
+  ProductVersionFourth = std::to_wstring(fourth);
+  ProductVersionNumber = text::FoldVersion(first, second, third, fourth);
+}

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "log/log_sink.h"
+#include "settings/run_state.h"
+
+struct RegisteredReader;
+
+/// The facts that the product's installer recorded, as one check reads them. Every operation logs to the sink
+/// it was made with; a failure is logged with its code and leaves the field as it was.
+class RegisteredData {
+ public:
+  RegisteredData(RegistryFacts& facts, LogSink& log) : facts_(facts), log_(log) {}
+
+  std::wstring TagOne;              ///< "DisplayVersion"
+  std::wstring TagTwo;              ///< "DisplayIcon": full path of the product executable
+  std::wstring TagThree;            ///< "URLUpdateInfo": the update-information address
+  std::wstring ClientVersion;       ///< "Version" of the maker key; read by the interactive check alone
+  std::wstring ProductFileVersion;  ///< e.g. "15.0.0.36"
+  std::wstring ProductVersionThird;
+  std::wstring ProductVersionFourth;
+  std::int32_t ProductVersionNumber = 0;  ///< the four numbers folded with a factor of ten
+
+  /// Decides in which registry layout the product's keys stand and rebuilds both key paths. Returns the new
+  /// `RegistryModeOne`.
+  bool IdentifyRegistryMode();
+  /// The two readers that try the keys directly under "SOFTWARE\" when the first place has no value (error
+  /// 2); a value found there switches the rest of the check to those keys.
+  void ReadTagOne();
+  void ReadClientVersion();
+  /// Also copies the value into `IconPath`.
+  void ReadTagTwo();
+  void ReadTagThree();
+  /// The start-up check's reader logs nothing, the interactive check's reader its failures.
+  void ReadInstallPath();
+  void ReadInstallPathLogged();
+  std::wstring GetInstallPath() const { return facts_.InstallPath; }
+
+  /// Both look for "Qrt.exe", then "qrt.exe", in the install path and leave their fields without one, or when
+  /// it has no version resource.
+  void ReadProductFileVersion();
+  void ReadProductVersionNumber();
+
+ protected:
+  void LogError(std::int32_t code);
+  LogSink& log() { return log_; }
+  RegistryFacts& facts() { return facts_; }
+
+ private:
+  enum class Reading { done, missing, failed };
+
+  void SetMode(bool mode_one);
+  void Read(const RegisteredReader& reader, std::wstring& field);
+  Reading ReadFirst(const RegisteredReader& reader, std::wstring& field);
+  void ReadAlternative(const RegisteredReader& reader, std::wstring& field);
+  void Report(std::wstring_view text, std::int32_t code);
+  void Store(const std::wstring& value, std::wstring& field, std::wstring_view found,
+             std::wstring_view empty);
+  std::wstring FindProductExecutable() const;
+
+  RegistryFacts& facts_;
+  LogSink& log_;
+};

@@ -1,0 +1,92 @@
+#include <windows.h>
+
+#include "log/log_texts.h"
+#include "platform/files.h"
+#include "platform/folders.h"
+#include "platform/profile.h"
+#include "product/identity.h"
+#include "settings/run_state.h"
+#include "settings/settings_texts.h"
+#include "settings/update_settings.h"
+#include "text/text.h"
+
+namespace {
+
+// One level at a time, so that a product folder that is there already keeps its own security.
+bool CreateProfileSettingsFolder() {
+  const std::wstring documents = platform::DocumentsFolder();
+  if (documents.empty()) return false;
+  const std::wstring_view levels = identity::kSettingsFolder;
+  const std::size_t split = levels.find(L'\\', 1) + 1;
+  const std::wstring maker = platform::AppendPath(documents, std::wstring(levels.substr(0, split)));
+  if (maker.empty()) return false;
+  if (!platform::DirectoryExists(maker) && !CreateDirectoryW(maker.c_str(), nullptr)) return false;
+  const std::wstring versioned = platform::AppendPath(maker, std::wstring(levels.substr(split)));
+  return !versioned.empty() && CreateDirectoryW(versioned.c_str(), nullptr) != FALSE;
+}
+
+std::wstring SeedFile() {
+  const std::wstring module = platform::ModulePath();
+  return std::wstring(text::SplitAtLastBackslash(module).folder)
+      .append(L"\\")
+      .append(identity::kSettingsFile);
+}
+
+}  // namespace
+
+std::wstring GetProfileSettingsFolder() {
+  return platform::AppendPath(platform::DocumentsFolder(), std::wstring(identity::kSettingsFolder));
+}
+
+void RunState::LogAndNote(std::wstring_view text) {
+  AppendLogLine(text);
+  AppendNote(text);
+}
+
+bool RunState::PrepareServerSettings() {
+  const std::wstring folder = GetProfileSettingsFolder();
+  if (folder.empty()) {
+    LogAndNote(settings_texts::kFolderPathEmpty);
+    return true;
+  }
+  if (!platform::DirectoryExists(folder) && CreateProfileSettingsFolder()) {
+    LogAndNote(settings_texts::kFolderCreated);
+  }
+  if (!platform::DirectoryExists(folder)) return true;
+
+  const std::wstring file = folder + std::wstring(identity::kSettingsFile);
+  if (platform::FileExists(file)) {
+    LogAndNote(settings_texts::kFileExists);
+  } else if (!CopyServerSettingsFromInstallFolder(file)) {
+    LogAndNote(settings_texts::kValidationFailed);
+    return true;
+  }
+
+  const std::wstring value = platform::ReadProfileText(
+      file, kSettingsSection, settings_texts::kCheckUpdatesKey, kSettingsValueCapacity);
+  const std::wstring_view decision = text::Trim(value);
+  if (text::IsBooleanText(decision)) return text::IsTrueText(decision);
+  platform::WriteProfileText(file, kSettingsSection, settings_texts::kCheckUpdatesKey, settings_texts::kTrue);
+  return true;
+}
+
+bool RunState::CopyServerSettingsFromInstallFolder(const std::wstring& destination) {
+  const std::wstring source = SeedFile();
+  std::wstring_view failure = settings_texts::kCopyFailed;
+  if (!platform::FileExists(source)) {
+    failure = settings_texts::kSourceNotFound;
+  } else if (CopyFileW(source.c_str(), destination.c_str(), FALSE)) {
+    LogAndNote(settings_texts::kCopied);
+    return true;
+  }
+  const DWORD error = GetLastError();
+  LogAndNote(failure);
+  LogAndNote(std::wstring(log_texts::kError).append(platform::ErrorNumber(error)));
+  return false;
+}
+
+void RunState::ResolveSettingsFile() {
+  const std::wstring folder = GetProfileSettingsFolder();
+  if (folder.empty() || !platform::DirectoryExists(folder)) return;
+  SettingsFilePath = folder + std::wstring(identity::kSettingsFile);
+}

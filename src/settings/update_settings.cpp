@@ -1,0 +1,50 @@
+#include "settings/update_settings.h"
+
+#include "platform/profile.h"
+#include "product/identity.h"
+#include "settings/settings_texts.h"
+#include "text/text.h"
+
+namespace {
+
+std::wstring Read(const std::wstring& file, const wchar_t* key) {
+  return platform::ReadProfileText(file, kSettingsSection, key, kSettingsValueCapacity);
+}
+
+}  // namespace
+
+void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool& update_loc_url_mode,
+                                        WriteBack write_back) {
+  UpdateLocationSet = true;
+  if (settings_file.empty()) {
+    UpdateLocation = identity::DefaultUpdateHost();
+    IgnorePatchError = false;
+    update_loc_url_mode = false;
+    TimeoutMs = text::SecondsToMilliseconds(text::ParseDecimal(settings_texts::kDefaultTimeout));
+    return;
+  }
+
+  // A location of blanks alone is present before it is trimmed: it wins over the host and then counts as
+  // none.
+  const std::wstring url = Read(settings_file, settings_texts::kUpdateLocUrlKey);
+  const std::wstring host = Read(settings_file, settings_texts::kUpdateLocKey);
+  if (!url.empty()) update_loc_url_mode = true;
+  UpdateLocation = text::Trim(url.empty() ? host : url);
+  if (UpdateLocation.empty()) {
+    UpdateLocation = identity::DefaultUpdateHost();
+    update_loc_url_mode = false;
+  }
+
+  const std::wstring ignore_value = Read(settings_file, settings_texts::kIgnorePatchErrorKey);
+  const std::wstring_view ignore = text::Trim(ignore_value);
+  IgnorePatchError = text::IsTrueText(ignore);
+  if (!text::IsBooleanText(ignore) && write_back == WriteBack::defaults) {
+    platform::WriteProfileText(settings_file, kSettingsSection, settings_texts::kIgnorePatchErrorKey,
+                               settings_texts::kFalse);
+  }
+
+  const std::wstring timeout_value = Read(settings_file, settings_texts::kTimeoutKey);
+  std::wstring_view timeout = text::Trim(timeout_value);
+  if (timeout.empty()) timeout = settings_texts::kDefaultTimeout;
+  TimeoutMs = text::SecondsToMilliseconds(text::ParseDecimal(timeout));
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// Section of korsa.ini that holds every key of this program.
+inline constexpr wchar_t kSettingsSection[] = L"KORSA_URL";
+/// Capacity, in characters, of the buffer that a settings value is read into.
+inline constexpr unsigned kSettingsValueCapacity = 512;
+
+/// What one check reads from the settings file.
+struct UpdateSettings {
+  std::wstring UpdateLocation;    ///< host name, or a complete address when it came from "UPDATE_LOC_URL"
+  bool UpdateLocationSet = true;  ///< true after every reading
+  bool IgnorePatchError = true;   ///< "IGNORE_PATCH_ERROR" is "TRUE"
+  std::int32_t TimeoutMs = 60;    ///< milliseconds; no bound is applied
+
+  /// Whether a missing or malformed "IGNORE_PATCH_ERROR" is replaced by "FALSE" in the file.
+  enum class WriteBack { defaults, nothing };
+
+  /// Reads the keys of `settings_file`; an empty path yields the defaults. `update_loc_url_mode` is set when
+  /// the location came from "UPDATE_LOC_URL", cleared when the default host is used, else left. Logs nothing.
+  void ReadUpdateSettings(const std::wstring& settings_file, bool& update_loc_url_mode, WriteBack write_back);
+};

@@ -1,0 +1,50 @@
+#include "ui/page_state.h"
+
+#include <string_view>
+
+#include "ui/ui_texts.h"
+
+namespace {
+
+/// The failure that the page has to tell of; empty when there is none.
+std::wstring_view FailureDetail(const PageResults& results) {
+  if (results.interactive) return results.sheet_check_failed ? results.sheet_error_text : std::wstring_view();
+  return results.last_check_failed ? results.last_check_error : std::wstring_view();
+}
+
+void OfferUpdates(const PageResults& results, PageState& state) {
+  state.text = ui_texts::kUpdatesAvailable;
+  state.install_enabled = true;
+  state.continue_offered = !results.interactive;
+}
+
+void TellFailure(std::wstring_view detail, PageState& state) {
+  // A server that answered without the list is told apart from one that was not reached by the status number.
+  const bool not_found = detail.find(ui_texts::kNotFoundStatus) != std::wstring_view::npos;
+  state.text = not_found ? ui_texts::kListNotFound : ui_texts::kConnectionFailed;
+  state.text += detail;
+  state.retry_enabled = true;
+}
+
+}  // namespace
+
+PageState DecidePageState(const PageResults& results) {
+  PageState state;
+  const std::wstring_view detail = FailureDetail(results);
+  if (results.sheet_updates_available) {
+    OfferUpdates(results, state);
+  } else if (!detail.empty()) {
+    TellFailure(detail, state);
+  } else if (results.interactive || !results.last_updates_found) {
+    state.text = ui_texts::kNoUpdates;
+  } else if (!results.last_check_failed) {
+    OfferUpdates(results, state);
+  }
+
+  if (!results.product_installed) {
+    state.text = ui_texts::kNotInstalled;
+    state.install_enabled = false;
+    state.retry_enabled = false;
+  }
+  return state;
+}

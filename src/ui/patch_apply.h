@@ -1,0 +1,84 @@
+#pragma once
+
+#include <string>
+
+#include "framework/controls.h"
+#include "framework/property_page.h"
+#include "ui/link_control.h"
+#include "ui/page_state.h"
+
+class RunState;
+class SheetUpdateCheck;
+class SystemLog;
+
+/// The sheet's first page: tells what a check found, retries it, keeps the two update options in the settings
+/// file and starts the product's own update.
+class PatchApply : public CPropertyPage {
+ public:
+  /// All three outlive the page. In patch verification mode (`run.LaunchedFromPatchCheck`) the page shows the
+  /// result of the check at start-up; otherwise it runs the sheet's check when it is first shown.
+  PatchApply(RunState& run, SheetUpdateCheck& sheet, SystemLog& system_log);
+
+ protected:
+  void DoDataExchange(const CDataExchange& exchange) override;
+  bool OnInitDialog() override;
+  bool OnSetActive() override;
+  void OnCommand(int id, int code) override;
+  bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
+
+ private:
+  // Message handlers.
+  void OnInstallUpdates();
+  void OnCheckAtStartup();
+  void OnRetry();
+  void OnHideNetworkErrors();
+  void OnContinueWithoutUpdates();
+  void OnFirstCheck();
+
+  /// Reads both options from the settings file; a missing or malformed value is replaced in the file.
+  void LoadUpdateOptions();
+  void WriteCheckUpdatesKey(bool value);
+  void WriteIgnorePatchErrorKey(bool value);
+
+  void TakeStartUpResult();
+  void RetryPatchCheck();
+  void TakeUpdaterPath(const std::wstring& executable);
+  void TakeUpdaterPathFromSheet();
+  /// Appends `entry` to the sheet log and warns the user with it.
+  void WarnAndLog(const std::wstring& entry);
+  /// Sets m_strUpdaterCommand from m_strUpdaterFile.
+  void BuildUpdaterCommand();
+
+  void UpdatePageState();
+  void ShowState(const PageState& state);
+  void ClearBeforeCheck();
+  void DiscardClicks();
+  void FocusNextAction();
+
+  RunState& run_;
+  SheetUpdateCheck& sheet_;
+  SystemLog& system_log_;
+
+  CStatic m_ctlNote;
+  CButton m_btnInstall;
+  CButton m_btnRetry;
+  CButton m_btnContinue;
+  CSysURL m_ctlMessage;
+  bool m_bInteractiveMode = true;
+  bool m_bSettingsFileKnown = false;  ///< the options are written only while it is true
+  std::wstring m_strSettingsFile;
+  std::wstring m_strUpdaterFolder;  ///< folder of the product executable, without its last backslash
+  std::wstring m_strUpdaterFile;
+  std::wstring m_strUpdaterCommand;  ///< parameters for the command interpreter
+  CButton m_chkCheckOnStartup;
+  int m_bCheckOnStartup = 1;
+  CButton m_chkHideNetworkErrors;
+  int m_bHideNetworkErrors = 0;
+  // Patch verification mode: results of the checks so far.
+  bool m_bLastCheckFailed = false;
+  std::wstring m_strLastCheckError;
+  bool m_bLastUpdatesFound = false;
+
+  bool m_bAdministrator = false;      ///< as the regular run header says
+  bool m_bFirstCheckPending = false;  ///< the sheet's first check has not run yet
+};

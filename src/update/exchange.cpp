@@ -1,0 +1,193 @@
+#include <windows.h>
+#include <wininet.h>
+
+#include <array>
+
+#include "platform/files.h"
+#include "platform/folders.h"
+#include "platform/http.h"
+#include "platform/profile.h"
+#include "platform/shared_turn.h"
+#include "product/identity.h"
+#include "text/text.h"
+#include "update/request_path.h"
+#include "update/section_names.h"
+#include "update/update_engine.h"
+#include "update/update_texts.h"
+
+namespace {
+
+constexpr wchar_t kLocalFile[] = L"updates.ini";
+/// Capacity, in characters, of the buffer that the section names are read into.
+constexpr unsigned kSectionNamesCapacity = 1024;
+constexpr DWORD kReadBlock = 4096;
+constexpr DWORD kStatusOk = 200;
+constexpr DWORD kStatusNotFound = 404;
+/// Stands in for a time-out of zero or less, which would fail every exchange at once or wait for ever.
+constexpr DWORD kFallbackTimeoutMs = 60000;
+/// Utilities of one session share the local file: from its creation until its names are read it is one's own.
+constexpr wchar_t kLocalFileTurn[] = L"Local\\QRT_15_TavrelUtility_UpdatesFile";
+/// Longest wait for that turn, in milliseconds.
+constexpr DWORD kLocalFileWaitMs = 10000;
+
+// Empty, which cannot be created, when there is no temporary folder: never the current folder.
+std::wstring LocalFilePath() {
+  const std::wstring folder = platform::TemporaryFolder();
+  return folder.empty() ? folder : folder + kLocalFile;
+}
+
+}  // namespace
+
+void UpdateEngine::FillNetworkErrorCodes() {
+  NetworkErrorCodes.assign(update_texts::kNetworkErrorCodes.begin(), update_texts::kNetworkErrorCodes.end());
+}
+
+std::wstring UpdateEngine::GetUpdatePathFromTagThree() {
+  if (facts().UpdateLocUrlMode) {
+    log().Append(update_texts::kUrlMode);
+    return {};
+  }
+  const auto path = RequestPath(TagThree, UpdateLocation);
+  log().Append(path ? update_texts::kHostMatched : update_texts::kHostNotMatched);
+  return std::wstring(path.value_or(std::wstring_view()));
+}
+
+void UpdateEngine::MatchNetworkErrorCode(std::wstring_view code) {
+  for (const std::wstring& known : NetworkErrorCodes) {
+    if (!text::EqualsIgnoreCase(known, code)) continue;
+    m_bNetworkError = true;
+    return;
+  }
+}
+
+void UpdateEngine::SetErrorText(std::wstring_view text) {
+  m_strErrorText.clear();
+  if (!text.empty()) m_strErrorText.append(update_texts::kErrorPrefix).append(text);
+  if (variant_.error_text_mirror != nullptr) *variant_.error_text_mirror = m_strErrorText;
+}
+
+void UpdateEngine::SetCheckFailed(bool failed) {
+  m_bCheckFailed = failed;
+  if (variant_.check_failed_mirror != nullptr) *variant_.check_failed_mirror = failed;
+}
+
+void UpdateEngine::FailWith(std::wstring_view error_text) {
+  SetErrorText(error_text);
+  log().Append(m_strErrorText);
+}
+
+void UpdateEngine::ReportFailure(std::wstring_view message, unsigned long error) {
+  log().Append(message);
+  SetCheckFailed(true);
+  const std::wstring code = platform::ErrorNumber(error);
+  MatchNetworkErrorCode(code);
+  FailWith(code);
+}
+
+void UpdateEngine::DownloadUpdateList(std::vector<std::wstring>& sections) {
+  const std::wstring file = LocalFilePath();
+  const std::wstring path = GetUpdatePathFromTagThree();
+  if (path.empty()) {
+    log().Append(update_texts::kInvalidTagThree);
+    SetCheckFailed(true);
+    FailWith(update_texts::kMismatch);
+    return;
+  }
+  if (!ProbeConnection()) return;
+  std::wstring pending_error;
+  platform::SharedTurn turn(kLocalFileTurn);
+  if (!FetchToFile(path, file, turn, pending_error)) return;
+  log().Append(update_texts::kCompleted);
+  if (!platform::FileExists(file)) {
+    log().Append(update_texts::kCopiedMissing);
+    return;
+  }
+  AppendSectionNames(platform::ReadProfileSectionNames(file, kSectionNamesCapacity), sections);
+  SetCheckFailed(false);
+  SetErrorText(pending_error);
+}
+
+bool UpdateEngine::ProbeConnection() {
+  const std::wstring address(identity::ProbeAddress());
+  if (InternetCheckConnectionW(address.c_str(), FLAG_ICC_FORCE_CONNECTION, 0)) return true;
+  const std::wstring code = platform::ErrorNumber(GetLastError());
+  log().Append(update_texts::kProbeFailed);
+  SetCheckFailed(true);
+  MatchNetworkErrorCode(code);
+  FailWith(std::wstring(code).append(update_texts::kCheckNetwork));
+  return false;
+}
+
+bool UpdateEngine::FetchToFile(const std::wstring& path, const std::wstring& file, platform::SharedTurn& turn,
+                               std::wstring& pending_error) {
+  const auto fail = [this](std::wstring_view message) {
+    ReportFailure(message, GetLastError());
+    return false;
+  };
+  const platform::UniqueInternet root(
+      InternetOpenW(variant_.agent, INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0));
+  if (!root) return fail(update_texts::kOpenFailed);
+
+  DWORD timeout = TimeoutMs > 0 ? static_cast<DWORD>(TimeoutMs) : kFallbackTimeoutMs;
+  if (!InternetSetOptionW(root.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout)) {
+    const DWORD error = GetLastError();
+    log().Append(update_texts::kOptionStatus);
+    log().Append(platform::ErrorNumber(error));
+  }
+
+  const platform::UniqueInternet connection(InternetConnectW(
+      root.get(), UpdateLocation.c_str(), INTERNET_DEFAULT_HTTP_PORT, L"", L"", INTERNET_SERVICE_HTTP, 0, 0));
+  if (!connection) return fail(update_texts::kConnectFailed);
+
+  const wchar_t* accepted[] = {L"text/*", nullptr};
+  const platform::UniqueInternet request(
+      HttpOpenRequestW(connection.get(), L"GET", path.c_str(), nullptr, nullptr, accepted,
+                       INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, 0));
+  if (!request) return fail(update_texts::kOpenRequestFailed);
+  if (!HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0)) return fail(update_texts::kSendRequestFailed);
+  if (!CheckStatus(request.get(), pending_error)) return false;
+  turn.Take(kLocalFileWaitMs);
+  return CopyBody(request.get(), file);
+}
+
+bool UpdateEngine::CheckStatus(void* request, std::wstring& pending_error) {
+  DWORD status = 0;
+  DWORD size = sizeof status;
+  const BOOL queried =
+      HttpQueryInfoW(request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &status, &size, nullptr);
+  const DWORD error = GetLastError();
+  if (queried && status == kStatusOk) {
+    log().Append(update_texts::kFound);
+    return true;
+  }
+  if (queried && status == kStatusNotFound) {
+    ReportFailure(update_texts::kNotFound, status);
+    return false;
+  }
+  pending_error = platform::ErrorNumber(queried ? status : 0);
+  log().Append(update_texts::kStatusCode);
+  log().Append(pending_error);
+  if (!queried) ReportFailure(update_texts::kStatusFailed, error);
+  return queried != FALSE;
+}
+
+bool UpdateEngine::CopyBody(void* request, const std::wstring& file) {
+  const platform::UniqueFile local = platform::OpenForWriting(file, CREATE_ALWAYS);
+  if (!local) {
+    ReportFailure(update_texts::kFileFailed, GetLastError());
+    return false;
+  }
+  for (;;) {
+    std::array<char, kReadBlock> block{};
+    DWORD read = 0;
+    if (!InternetReadFile(request, block.data(), kReadBlock, &read)) {
+      ReportFailure(update_texts::kFileReadFailed, GetLastError());
+      return false;
+    }
+    if (read == 0) return true;
+    if (!platform::WriteAll(local.get(), {block.data(), read})) {
+      ReportFailure(update_texts::kFileWriteFailed, GetLastError());
+      return false;
+    }
+  }
+}

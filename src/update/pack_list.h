@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The newest update pack of a list: the highest level, and the highest build of that level.
+struct LatestPack {
+  std::int32_t level = 0;
+  std::int32_t build = 0;
+};
+
+/// Updates `latest` from the section names of an update information file. The first name is the file's own
+/// heading; each further one names a pack by its last two underscore-separated numbers, level and build.
+/// `latest` keeps its values when the list holds several packs and the best level or build is below 1.
+void FindLatestPack(const std::vector<std::wstring>& sections, LatestPack& latest);
+
+/// Whether the installed executable (third and fourth number of its version) is older than `latest`.
+bool IsNewer(const LatestPack& latest, std::int32_t installed_level, std::int32_t installed_build);

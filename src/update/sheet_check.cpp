@@ -1,0 +1,77 @@
+#include "update/sheet_check.h"
+
+#include "product/identity.h"
+#include "update/process_state.h"
+#include "update/update_engine.h"
+#include "update/update_texts.h"
+
+namespace {
+
+constexpr CheckVariant kInteractiveCheck{nullptr, update_texts::kRecordFoundInteractive,
+                                         update_texts::kRecordDeletedInteractive};
+
+}  // namespace
+
+void SheetUpdateCheck::RunUpdateCheck() {
+  if (g_nUpdateCheckCount != 0) return;
+  ClearStatus();
+  UpdateEngine engine(facts_, *this, kInteractiveCheck);
+  if (SheetCheckCount > 0) Append(update_texts::kRetry);
+  Append(update_texts::kEntriesStart);
+  engine.IdentifyRegistryMode();
+  engine.ReadUpdateSettings(run_.SettingsFilePath, facts_.UpdateLocUrlMode,
+                            UpdateSettings::WriteBack::nothing);
+  if (!PassVersionGate(engine)) return;
+  ReadRegisteredData(engine);
+  Append(update_texts::kEntriesEnd);
+  Append(update_texts::kUpdatesStart);
+  Compare(engine);
+  ++SheetCheckCount;
+  Append(update_texts::kUpdatesEnd);
+}
+
+void SheetUpdateCheck::ClearStatus() {
+  for (std::wstring* text : {&SheetTagOne, &SheetTagTwo, &SheetInstallPath, &SheetTagThree,
+                             &SheetClientVersion, &SheetErrorText, &facts_.InstallPath, &facts_.IconPath}) {
+    text->clear();
+  }
+  SheetUpdatesAvailable = false;
+  SheetCheckFailed = false;
+}
+
+bool SheetUpdateCheck::PassVersionGate(UpdateEngine& engine) {
+  engine.ReadClientVersion();
+  SheetClientVersion = engine.ClientVersion;
+  g_bProductInstalled = SheetClientVersion == identity::kProductVersion;
+  if (g_bProductInstalled) return true;
+  Append(update_texts::kVersionNotFound);
+  Append(update_texts::kEntriesEnd);
+  return false;
+}
+
+void SheetUpdateCheck::ReadRegisteredData(UpdateEngine& engine) {
+  engine.ReadTagOne();
+  engine.ReadTagTwo();
+  engine.ReadTagThree();
+  engine.ReadInstallPathLogged();
+  SheetTagOne = engine.TagOne;
+  SheetTagTwo = engine.TagTwo;
+  SheetTagThree = engine.TagThree;
+  SheetInstallPath = engine.GetInstallPath();
+  if (!SheetTagThree.empty() && SheetCheckCount == 0) {
+    engine.ReadProductFileVersion();
+    ApplyBuildVersion(engine.ProductFileVersion);
+  }
+}
+
+void SheetUpdateCheck::Compare(UpdateEngine& engine) {
+  if (SheetTagTwo.empty() || SheetTagOne.empty() || SheetInstallPath.empty()) {
+    Append(update_texts::kEntriesNotFound);
+    return;
+  }
+  engine.FillNetworkErrorCodes();
+  engine.CompareUpdates(SheetTagTwo, SheetTagOne);
+  SheetUpdatesAvailable = engine.m_bUpdatesAvailable;
+  SheetCheckFailed = engine.m_bCheckFailed;
+  SheetErrorText = engine.m_strErrorText;
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "log/sheet_log.h"
+#include "settings/run_state.h"
+
+class UpdateEngine;
+
+/// The main sheet's own update check, its status and its log. The status lives as long as the sheet.
+class SheetUpdateCheck : public SheetLog {
+ public:
+  explicit SheetUpdateCheck(RunState& run) : run_(run) {}
+
+  std::wstring SheetTagOne;
+  std::wstring SheetTagTwo;  ///< full path of the product executable
+  std::wstring SheetInstallPath;
+  std::wstring SheetTagThree;
+  std::wstring SheetClientVersion;
+  bool SheetUpdatesAvailable = false;
+  bool SheetCheckFailed = false;
+  std::wstring SheetErrorText;       ///< " Error : " and the code or message; empty without a failure
+  std::int32_t SheetCheckCount = 0;  ///< checks that reached their end
+
+  /// Runs one check on the calling thread; its outcome is the status above, its entries go to this log.
+  /// Does nothing once a start-up check has run in this process.
+  void RunUpdateCheck();
+
+ private:
+  void ClearStatus();
+  bool PassVersionGate(UpdateEngine& engine);
+  void ReadRegisteredData(UpdateEngine& engine);
+  void Compare(UpdateEngine& engine);
+
+  RunState& run_;
+  RegistryFacts facts_;  // apart from the application's: an interactive check leaves those alone
+};
