@@ -6,10 +6,9 @@
 
 namespace {
 
-/// Messages whose answer a dialog procedure returns itself instead of leaving it in DWLP_MSGRESULT.
-bool AnswersDirectly(UINT message) {
-  return (message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC) || message == WM_COMPAREITEM ||
-         message == WM_VKEYTOITEM || message == WM_CHARTOITEM || message == WM_QUERYDRAGICON;
+/// A dialog procedure answers these itself instead of leaving its answer in DWLP_MSGRESULT.
+bool IsColorMessage(UINT message) {
+  return message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC;
 }
 
 }  // namespace
@@ -22,8 +21,6 @@ void CPropertyPage::UpdateData(bool save) {
   DoDataExchange({Handle(), save});
 }
 
-void CPropertyPage::DoDataExchange(const CDataExchange&) {}
-
 bool CPropertyPage::OnInitDialog() {
   UpdateData(false);
   return true;
@@ -32,8 +29,6 @@ bool CPropertyPage::OnInitDialog() {
 bool CPropertyPage::OnSetActive() {
   return true;
 }
-
-void CPropertyPage::OnCommand(int, int) {}
 
 bool CPropertyPage::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
   switch (message) {
@@ -84,7 +79,7 @@ INT_PTR CPropertyPage::HandleMessage(UINT message, WPARAM wparam, LPARAM lparam)
     Adopt(nullptr);
   }
   if (!handled) return FALSE;
-  if (AnswersDirectly(message)) return result;
+  if (IsColorMessage(message)) return result;
   SetWindowLongPtrW(window, DWLP_MSGRESULT, result);
   return TRUE;
 }

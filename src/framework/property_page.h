@@ -23,14 +23,14 @@ class CPropertyPage : public CWnd {
 
   /// Runs DoDataExchange in the given direction.
   void UpdateData(bool save);
-  virtual void DoDataExchange(const CDataExchange& exchange);
+  virtual void DoDataExchange(const CDataExchange& exchange) = 0;
 
   /// The page's window was made. The base attaches the controls. True: the framework sets the focus.
   virtual bool OnInitDialog();
   /// The page is about to be shown. False refuses.
   virtual bool OnSetActive();
   /// A control's notification: `code` as in WM_COMMAND.
-  virtual void OnCommand(int id, int code);
+  virtual void OnCommand(int id, int code) = 0;
 
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
 

@@ -42,14 +42,16 @@ INT_PTR CPropertySheet::DoModal() {
   result_ = -1;
   const HWND window = Create();
   if (window == nullptr) return result_;
-  if (Attach(window)) {
-    ShowIcon();
-    OnInitDialog();
-    CenterOnMonitor(window);
-    ShowWindow(window, SW_SHOWNORMAL);
-    RunLoop();
+  if (!Attach(window)) {
+    DestroyWindow(window);
+    return result_;
   }
-  DestroyWindow(window);
+  ShowIcon();
+  OnInitDialog();
+  CenterOnMonitor(window);
+  ShowWindow(window, SW_SHOWNORMAL);
+  RunLoop();
+  if (Handle() != nullptr) DestroyWindow(Handle());
   return result_;
 }
 

@@ -25,15 +25,15 @@ class CPropertySheet : public CWnd {
   /// Resource identifier of the icon in the title bar and in the taskbar; 0: none.
   void SetIcon(int icon_id) { icon_id_ = icon_id; }
 
-  /// Shows the sheet and returns when it ended: IDOK, IDCANCEL or what EndDialog was given. -1, at once, when
-  /// the sheet cannot be shown.
+  /// Shows the sheet and returns when it ended: IDOK, IDCANCEL or what EndDialog was given. -1 when the sheet
+  /// cannot be shown, at once, or when its window was destroyed by someone else.
   INT_PTR DoModal();
   /// Ends DoModal with `result` as soon as the message in hand is done.
   void EndDialog(INT_PTR result);
 
  protected:
   /// The sheet's window stands, its first page is made.
-  virtual void OnInitDialog() {}
+  virtual void OnInitDialog() = 0;
   /// A command of a button of the sheet itself, of the system menu below 0xF000, or of F1 (kHelpCommand).
   /// True: handled.
   virtual bool OnCommand(int id);

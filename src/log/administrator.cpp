@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <vector>
-
 #include "platform/handles.h"
 
 namespace {
@@ -52,11 +50,11 @@ bool IsRunningAsAdmin() {
   const platform::UniqueSid group = AdministratorsGroup();
   if (!group) return false;
 
-  const DWORD size = static_cast<DWORD>(sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE)) + GetLengthSid(group.get());
-  std::vector<DWORD> storage((size + sizeof(DWORD) - 1) / sizeof(DWORD));
-  ACL* acl = reinterpret_cast<ACL*>(storage.data());
+  // Room for one entry with the longest SID there is.
+  alignas(DWORD) BYTE storage[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE];
+  ACL* acl = reinterpret_cast<ACL*>(storage);
   SECURITY_DESCRIPTOR descriptor{};
-  return InitializeAcl(acl, static_cast<DWORD>(storage.size() * sizeof(DWORD)), ACL_REVISION) &&
+  return InitializeAcl(acl, sizeof storage, ACL_REVISION) &&
          AddAccessAllowedAce(acl, ACL_REVISION, kRead | kWrite, group.get()) &&
          InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) &&
          SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE) &&

@@ -8,6 +8,7 @@
 #include "settings/settings_texts.h"
 #include "settings/update_settings.h"
 #include "text/text.h"
+#include "ui/readable_color.h"
 #include "ui/ui_texts.h"
 #include "update/check_patch.h"
 #include "update/process_state.h"
@@ -35,13 +36,10 @@ OptionText ReadOption(const std::wstring& file, const wchar_t* key) {
   return text::IsTrueText(option) ? OptionText::yes : OptionText::no;
 }
 
-/// Black as long as the user's colours keep it readable on the face colour.
+/// Black, except where the user's colours, such as white on black, make it disappear.
 COLORREF StatusColor() {
-  HIGHCONTRASTW contrast = {};
-  contrast.cbSize = sizeof(contrast);
-  const bool high = SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof(contrast), &contrast, 0) &&
-                    (contrast.dwFlags & HCF_HIGHCONTRASTON) != 0;
-  return high ? GetSysColor(COLOR_BTNTEXT) : RGB(0, 0, 0);
+  constexpr COLORREF kBlack = RGB(0, 0, 0);
+  return IsReadableOnFace(kBlack) ? kBlack : GetSysColor(COLOR_BTNTEXT);
 }
 
 }  // namespace

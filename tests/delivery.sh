@@ -1,0 +1,30 @@
+#!/bin/bash
+# What is delivered: tests/delivery.sh BUILD-TREE. Fails when the executable needs a library that Windows does
+# not bring, lost its hardening or its version, is not 32-bit, or is not the same when linked again.
+set -euo pipefail
+tree=$1
+program=$tree/QRTTavrelUtility.exe
+failed=0
+fail() { echo "delivery: $*"; failed=1; }
+
+allowed=' advapi32 comctl32 comdlg32 gdi32 kernel32 msvcrt ole32 shell32 shlwapi user32 uxtheme version wininet '
+headers=$(i686-w64-mingw32-objdump -p "$program")
+for library in $(sed -n 's/.*DLL Name: \(.*\)\.[dD][lL][lL]$/\L\1/p' <<<"$headers"); do
+  [[ $allowed == *" $library "* ]] || fail "needs $library"
+done
+grep -q 'file format pei-i386' <<<"$headers" || fail "is not a 32-bit program"
+grep -q '^DllCharacteristics[[:space:]]*0*140$' <<<"$headers" || fail "lacks address randomisation or data execution prevention"
+grep -q '^Subsystem[[:space:]]*0*2[[:space:]]' <<<"$headers" || fail "is not a window program"
+resources=$(i686-w64-mingw32-windres -J coff -O rc "$program" 2>/dev/null)
+grep -q 'FILEVERSION 2, 0, 3, 0' <<<"$resources" || fail "has no version 2.0.3.0"
+for wanted in 'Common-Controls' asInvoker '<dpiAware'; do
+  grep -aq "$wanted" "$program" || fail "has no $wanted in its manifest"
+done
+
+copy=$(mktemp)
+trap 'rm -f "$copy"' EXIT
+cp "$program" "$copy"
+touch "$tree/src/libtavrel.a"
+cmake --build "$tree" --target QRTTavrelUtility >/dev/null
+cmp "$program" "$copy" || fail "differs when it is linked again"
+exit "$failed"
