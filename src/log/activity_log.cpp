@@ -21,6 +21,6 @@ void ActivityLog::WriteRunHeader() {
   }
 }
 
-void ActivityLog::ApplyBuildVersion(std::wstring_view file_version) {
+void ActivityLog::ApplyBuildVersionToLog(std::wstring_view file_version) {
   log_text::ReplaceBuildLine(log_text_, build_line_, file_version);
 }

@@ -21,7 +21,7 @@ class ActivityLog : public LogSink {
   void WriteRunHeader();
   /// Puts `file_version` in the place of "NA" wherever the build line stands in the log. The build line
   /// itself keeps its text, so that a later call finds nothing more to replace.
-  void ApplyBuildVersion(std::wstring_view file_version);
+  void ApplyBuildVersionToLog(std::wstring_view file_version);
 
   const std::wstring& LogText() const { return log_text_; }
   const std::wstring& NotesText() const { return notes_text_; }

@@ -19,6 +19,6 @@ bool SheetLog::WriteRegularRunHeader() {
   return administrator;
 }
 
-void SheetLog::ApplyBuildVersion(std::wstring_view file_version) {
+void SheetLog::ApplyBuildVersionToLog(std::wstring_view file_version) {
   log_text::ReplaceBuildLine(sheet_log_, g_strBuildLine, file_version);
 }

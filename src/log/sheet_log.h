@@ -18,8 +18,8 @@ class SheetLog : public LogSink {
   /// Appends the header of a run started by the user; copies the build line into `g_strBuildLine`. Returns
   /// whether the process runs with administrator rights.
   bool WriteRegularRunHeader();
-  /// As ActivityLog::ApplyBuildVersion, on this log.
-  void ApplyBuildVersion(std::wstring_view file_version);
+  /// As ActivityLog::ApplyBuildVersionToLog, on this log.
+  void ApplyBuildVersionToLog(std::wstring_view file_version);
 
   void ClearSheetLog() { sheet_log_.clear(); }
   const std::wstring& SheetLogText() const { return sheet_log_; }

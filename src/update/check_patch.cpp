@@ -40,7 +40,7 @@ void CCheckPatch::ReadFacts(RunState& run, bool first_check) {
   ReadInstallPath();
   if (first_check && !GetInstallPath().empty()) {
     ReadProductFileVersion();
-    run.ApplyBuildVersion(ProductFileVersion);
+    run.ApplyBuildVersionToLog(ProductFileVersion);
   }
 }
 

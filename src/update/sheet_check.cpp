@@ -60,7 +60,7 @@ void SheetUpdateCheck::ReadRegisteredData(UpdateEngine& engine) {
   SheetInstallPath = engine.GetInstallPath();
   if (!SheetTagThree.empty() && SheetCheckCount == 0) {
     engine.ReadProductFileVersion();
-    ApplyBuildVersion(engine.ProductFileVersion);
+    ApplyBuildVersionToLog(engine.ProductFileVersion);
   }
 }
 
