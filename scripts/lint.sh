@@ -9,11 +9,11 @@ cd "$repo"
 
 case ${1-} in
   format)
-    find src tests demo -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run -Werror
+    find src tests demo \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format --dry-run -Werror
     ;;
   tidy)
-    # clang knows neither where the cross compiler keeps its headers nor which target it builds for.
-    arguments=(--extra-arg=--target=i686-w64-mingw32)
+    # clang knows neither where the cross compiler keeps its headers, nor its target, nor all of its warnings.
+    arguments=(--extra-arg=--target=i686-w64-mingw32 --extra-arg=-Wno-unknown-warning-option)
     while read -r folder; do
       arguments+=(--extra-arg=-isystem"$folder")
     done < <(i686-w64-mingw32-g++-posix -x c++ -E -v /dev/null 2>&1 |

@@ -1,0 +1,180 @@
+#!/bin/bash
+# Plays one scene inside a sandbox room: lays everything out as an installer and a user would have, starts
+# the update server, runs the utility, and leaves what is to be seen in a folder.
+#   play.sh SCENE MODE SECONDS OUTPUT BUILD
+# MODE is regular or patch. On a virtual display each window is photographed after SECONDS and closed; on a
+# desktop its windows are the user's. BUILD is the build tree of the cross compiler.
+# Output: picture-1.png …, *.log (the utility's log files), requests.log (the server's), exit-code,
+# settings.ini (korsa.ini as the run left it), started.txt (how the product was started, if it was).
+set -euo pipefail
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "${BASH_SOURCE[0]}")/../scripts/lib.sh"
+[[ -n ${TAVREL_ROOM-} ]] || die "to be run in a sandbox room (run.sh does)"
+
+scene=$1 mode=$2 seconds=$3 output=$4 build=$5
+window_title='Varnexa 15.0 Tavrel Utility'
+
+# What a scene can set, with the values of a scene that sets nothing.
+product=15.0.2.5                 # file version of the installed product; empty: not installed
+list=updates.ini                 # update information file on the server; empty: there is none
+answer=                          # nginx directive that answers the request instead
+rate=0                           # bytes a second, 0: no limit
+server=up                        # up or down
+server_address=127.0.0.1         # of the update host; empty: its name is unknown
+update_host=updates.varnexa.example
+update_url=                      # UPDATE_LOC_URL; empty: left out
+check_updates=TRUE
+ignore_error=FALSE
+seed=yes                         # korsa.ini stands beside the program
+record=                          # text of the record of processed packs; empty: there is none
+left_out=                        # value that the product's uninstall entry lacks
+wow_key=no                       # an empty SOFTWARE\Wow6432Node in a 32-bit prefix
+# shellcheck source=/dev/null
+. "$repo/demo/scenes/$scene"
+
+stage=$TAVREL_ROOM/stage
+drive=$WINEPREFIX/drive_c
+program_files='Program Files'
+branch=SOFTWARE
+if [[ $WINEARCH == win64 ]]; then
+  program_files='Program Files (x86)'
+  branch='SOFTWARE\Wow6432Node'
+fi
+folder=$drive/$program_files/Varnexa/QRT15
+windows_folder="C:\\$program_files\\Varnexa\\QRT15"
+log_folder=$drive/ProgramData/Varnexa/QRT15
+documents=$drive/users/$(id -un)/Documents
+
+lay_out_files() {
+  rm -rf "$stage" "$folder" "$log_folder" "$documents/Varnexa"
+  rm -f "$drive/users/$(id -un)/Temp/updates.ini"
+  mkdir -p "$stage/www/qrt15" "$folder" "$log_folder"
+  cp "$build/QRTTavrelUtility.exe" "$folder/"
+  if [[ $seed == yes ]]; then
+    {
+      printf '[KORSA_URL]\r\nCHECKUPDATES=%s\r\n' "$check_updates"
+      if [[ -n $update_url ]]; then printf 'UPDATE_LOC_URL=%s\r\n' "$update_url"; fi
+      printf 'UPDATE_LOC=%s\r\nIGNORE_PATCH_ERROR=%s\r\nTIMEOUT=30\r\n' "$update_host" "$ignore_error"
+    } >"$folder/korsa.ini"
+  fi
+  if [[ -n $product ]]; then cp "$build/demo/standin/$product/Qrt.exe" "$folder/"; fi
+  if [[ -n $record ]]; then printf '%s' "$record" >"$folder/installedupdates.dat"; fi
+  if [[ -n $list ]]; then cp "$repo/demo/$list" "$stage/www/qrt15/updates.ini"; fi
+}
+
+# The product's keys as its installer writes them.
+register_product() {
+  local maker uninstall value file=$stage/product.reg
+  {
+    printf 'Windows Registry Editor Version 5.00\n\n'
+    if [[ $WINEARCH == win32 ]]; then printf '[-HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node]\n'; fi
+    if [[ $wow_key == yes ]]; then printf '[HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node]\n'; fi
+    maker="HKEY_LOCAL_MACHINE\\$branch\\NORVIK Software Inc."
+    uninstall="HKEY_LOCAL_MACHINE\\$branch\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varnexa 15.0"
+    printf '[-%s]\n[-%s]\n' "$maker" "$uninstall"
+    if [[ -n $product ]]; then
+      printf '[%s\\Varnexa\\15.0]\n"Version"="15.0"\n"Installpath"="%s"\n' \
+        "$maker" "${windows_folder//\\/\\\\}"
+      printf '[%s]\n' "$uninstall"
+      for value in DisplayName="Varnexa 15.0" DisplayVersion=15.0 DisplayIcon="$windows_folder\\Qrt.exe" \
+        URLUpdateInfo=http://updates.varnexa.example/qrt15/updates.ini; do
+        [[ ${value%%=*} == "$left_out" ]] && continue
+        value=${value//\\/\\\\}
+        printf '"%s"="%s"\n' "${value%%=*}" "${value#*=}"
+      done
+    fi
+  } >"$file"
+  # Of a 64-bit Windows its own program: what the 32-bit one writes is put elsewhere.
+  local loader=wine
+  if [[ $WINEARCH == win64 ]]; then loader=/usr/lib/wine/wine64; fi
+  timeout 60 "$loader" regedit /S "$file"
+}
+
+open_server() {
+  {
+    grep -v ' updates\.varnexa\.example$' "$repo/demo/hosts"
+    if [[ -n $server_address ]]; then printf '%s updates.varnexa.example\n' "$server_address"; fi
+  } >"$stage/hosts"
+  # In place: this very file is mounted over /etc/hosts.
+  cat "$stage/hosts" >"$TAVREL_ROOM/hosts"
+  : >"$stage/requests.log"
+  [[ $server == up ]] || return 0
+  sed -e "s|@STAGE@|$stage|; s|@RATE@|$rate|; s|@ANSWER@|$answer|" "$repo/demo/nginx.conf" >"$stage/nginx.conf"
+  nginx -c "$stage/nginx.conf" -e "$stage/server-errors.log" &
+  server_process=$!
+  wait_until 10 is_serving || die "the update server does not start; see $stage/server-errors.log"
+}
+
+is_serving() { (: </dev/tcp/127.0.0.1/80) 2>/dev/null; }
+
+is_running() { kill -0 "$utility" 2>/dev/null; }
+
+new_windows() {
+  local window
+  # Nothing found is reported as a failure.
+  for window in $(xdotool search --onlyvisible --name "$window_title" 2>/dev/null); do
+    [[ " $seen " == *" $window "* ]] || printf '%s\n' "$window"
+  done
+}
+
+# Photographs and closes one window after the other until the utility has ended, for a bounded time.
+attend_windows() {
+  local window pictures=0 seen=' ' closed=0 end=$((SECONDS + 120 + 4 * seconds))
+  while is_running && ((SECONDS < end)); do
+    sleep 0.2
+    window=$(new_windows)
+    if [[ -n $window ]]; then
+      seen+="${window//$'\n'/ } "
+      sleep "$seconds"
+      pictures=$((pictures + 1))
+      timeout 20 import -window root "$output/picture-$pictures.png"
+    elif ((pictures == 0 || SECONDS - closed < 3)); then
+      continue
+    fi
+    timeout 20 wine taskkill /im QRTTavrelUtility.exe >/dev/null 2>&1 || true
+    closed=$SECONDS
+  done
+  if is_running; then
+    say "The utility does not end; it is killed"
+    timeout 20 wine taskkill /f /im QRTTavrelUtility.exe >/dev/null 2>&1 || kill -KILL "$utility"
+  fi
+}
+
+run_utility() {
+  local arguments=() code=0
+  if [[ $mode == patch ]]; then arguments=(2); fi
+  cd "$folder"
+  wine QRTTavrelUtility.exe "${arguments[@]}" &
+  utility=$!
+  if [[ $(<"$TAVREL_ROOM/display-kind") == virtual ]]; then attend_windows; fi
+  wait "$utility" || code=$?
+  printf '%s\n' "$code" >"$output/exit-code"
+}
+
+gather() {
+  local file
+  find "$log_folder" -name '*.log' -exec cp -t "$output" {} +
+  cp "$stage/requests.log" "$output/"
+  file=$documents/Varnexa/QRT15/korsa.ini
+  if [[ -e $file ]]; then cp "$file" "$output/settings.ini"; fi
+  # A started update may take a moment to leave its note.
+  file=$folder/qrt-arguments.txt
+  if [[ -e $file ]]; then cp "$file" "$output/started.txt"; fi
+  if [[ -e $folder/installedupdates.dat ]]; then cp "$folder/installedupdates.dat" "$output/"; fi
+}
+
+clean_up() {
+  if [[ -n ${server_process-} ]]; then kill "$server_process" 2>/dev/null || true; fi
+}
+
+# One scene at a time in a room.
+exec {stage_lock}>"$TAVREL_ROOM/stage.lock"
+flock --wait 300 "$stage_lock" || die "another scene has been playing for too long"
+trap clean_up EXIT
+rm -rf "$output"
+mkdir -p "$output"
+lay_out_files
+register_product
+open_server
+run_utility
+gather

@@ -1,0 +1,114 @@
+#!/bin/bash
+# Sets up, builds, and runs the utility in a sandbox: see the usage text below.
+set -euo pipefail
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "${BASH_SOURCE[0]}")/scripts/lib.sh"
+
+usage() {
+  cat <<'EOF'
+Usage: ./run.sh [OPTION]…
+
+Installs what is missing (Debian 12, as root or with sudo for apt), builds the utility and runs it in a
+sandbox with a stand-in for the installed product and an update server: on the desktop where there is a
+display, otherwise on a virtual one, leaving a picture of its window. Nothing outside this folder is
+touched, apart from Debian packages; nothing reaches another machine.
+
+  --scene NAME    what the utility finds (below)
+  --mode MODE     regular (default): started by the user, the window opens at once
+                  patch: started by the product, a window opens only if there is something to tell
+  --arch ARCH     win32 (default) or win64: the kind of Windows
+  --virtual       use a virtual display also where there is a desktop
+  --seconds N     on a virtual display, how long a window stays before its picture is taken and it is
+                  closed (default: 3)
+  --list          only lists the scenes
+  --help          this text
+
+Scenes:
+EOF
+  list_scenes
+}
+
+list_scenes() {
+  local file about
+  for file in offered $(cd "$repo/demo/scenes" && ls --ignore=offered); do
+    about=$(sed -n 's/^about="\(.*\)"$/\1/p' "$repo/demo/scenes/$file")
+    printf '  %-18s %s\n' "$file" "$about"
+  done
+}
+
+scene=offered
+mode=regular
+arch=win32
+display=virtual
+seconds=3
+if [[ -n ${DISPLAY-} ]]; then display=desktop; fi
+while (($#)); do
+  case $1 in
+    --scene | --mode | --arch | --seconds)
+      (($# > 1)) || die "$1 needs a value; ./run.sh --help tells more"
+      declare "${1#--}=$2"
+      shift 2 ;;
+    --virtual) display=virtual; shift ;;
+    --list) list_scenes; exit ;;
+    --help | -h) usage; exit ;;
+    *) die "unknown option: $1; ./run.sh --help tells more" ;;
+  esac
+done
+[[ $scene =~ ^[a-z0-9-]+$ && -f $repo/demo/scenes/$scene ]] ||
+  die "unknown scene: $scene; ./run.sh --list names them"
+[[ $mode == regular || $mode == patch ]] || die "unknown mode: $mode"
+[[ $arch == win32 || $arch == win64 ]] || die "unknown kind of Windows: $arch"
+[[ $seconds =~ ^[0-9]+$ ]] || die "not a number of seconds: $seconds"
+# The sandbox reaches a display by its socket alone, not over the network.
+if [[ $display == desktop ]] &&
+  ! [[ $DISPLAY =~ ^(unix)?:([0-9]+) && -S /tmp/.X11-unix/X${BASH_REMATCH[2]} ]]; then
+  say "The display $DISPLAY is not one of this machine; using a virtual one"
+  display=virtual
+fi
+only_arch=$(sed -n 's/^arch=//p' "$repo/demo/scenes/$scene")
+if [[ -n $only_arch && $only_arch != "$arch" ]]; then
+  say "This scene is one of $only_arch; using that"
+  arch=$only_arch
+fi
+
+"$repo/scripts/setup.sh"
+"$repo/scripts/build.sh" release QRTTavrelUtility standins
+sandbox=("$repo/scripts/sandbox.sh" --name demo --arch "$arch" --display "$display")
+output=$build_root/run/$scene-$mode-$arch
+say "Opening the sandbox"
+# A sandbox left open with another display would show the window there.
+"${sandbox[@]}" --close
+"${sandbox[@]}" --open
+if [[ $display == virtual ]]; then
+  say "Running the utility on a virtual display"
+else
+  say "Running the utility on your desktop; close its window to go on"
+fi
+code=0
+"${sandbox[@]}" --limit 3600 -- "$repo/demo/play.sh" "$scene" "$mode" "$seconds" "$output" \
+  "$build_root/release" || code=$?
+"${sandbox[@]}" --close
+((code == 0)) || die "the run failed ($code); the sandbox's own logs are in $("${sandbox[@]}" --path)"
+
+show() {
+  printf '\n== %s\n' "$1"
+  shift
+  if [[ -s ${1-} ]]; then tr -d '\r' <"$1"; else echo '(none)'; fi
+}
+
+pictures=$(find "$output" -name 'picture-*.png' -printf x)
+show "The utility's log file" "$(find "$output" -name '*.log' ! -name requests.log -print -quit)"
+show "What the update server was asked" "$output/requests.log"
+show "korsa.ini in the user's Documents folder" "$output/settings.ini"
+if [[ -e $output/started.txt ]]; then
+  show "How the product was started (arguments, then folder)" "$output/started.txt"
+fi
+printf '\nThe utility ended with exit code %s' "$(<"$output/exit-code")"
+if [[ $display == virtual ]]; then
+  if [[ -n $pictures ]]; then
+    printf ' after showing %d window(s)' "${#pictures}"
+  else
+    printf ' without showing a window'
+  fi
+fi
+printf '.\nPictures, log file and request log: %s\n' "$output"

@@ -1,0 +1,19 @@
+#!/bin/bash
+# Sets up, builds and runs every test, natively and under Wine: ./test.sh [CTEST OPTION]…, for example
+# ./test.sh -R record. Ends with ctest's own summary over all of them.
+set -euo pipefail
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "${BASH_SOURCE[0]}")/scripts/lib.sh"
+
+"$repo/scripts/setup.sh"
+for preset in native release; do "$repo/scripts/build.sh" "$preset"; done
+
+# One list over both trees, so that there is one summary.
+mkdir -p "$build_root/ctest"
+printf 'subdirs("%s" "%s")\n' "$build_root/native" "$build_root/release" >"$build_root/ctest/CTestTestfile.cmake"
+
+# Before the tests, whose times are bounded.
+for arch in win32 win64; do "$repo/scripts/sandbox.sh" --arch "$arch" --prepare; done
+say "Running the tests"
+trap '"$repo/scripts/sandbox.sh" --close-all' EXIT
+ctest --test-dir "$build_root/ctest" --output-on-failure --timeout 300 --parallel 2 "$@"
