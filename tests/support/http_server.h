@@ -1,0 +1,73 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace support {
+
+struct HttpRequest {
+  std::string method;
+  std::string path;  ///< as it stands in the request line
+  std::string head;  ///< the whole request head
+  /// A header's value; empty when it was not sent.
+  std::string Header(std::string_view name) const;
+};
+
+/// What goes over the wire in answer to one request, byte for byte.
+struct HttpReply {
+  std::string bytes;      ///< status line, headers and body
+  std::size_t piece = 0;  ///< bytes sent at a time; 0: all at once
+  unsigned pause_ms = 0;  ///< wait before every piece, the first one included
+  std::string tail;       ///< sent `tail_count` times behind `bytes`
+  unsigned tail_count = 0;
+  enum class End { close, reset, hold } end = End::close;  ///< hold: until the client or the server ends
+};
+
+/// A complete answer with its length and "Connection: close". `headers`: further ones, each with its "\r\n".
+HttpReply Reply(int status, std::string_view body, std::string_view headers = {});
+
+/// An HTTP server on loopback in a thread of this program; serves one connection at a time. In the sandbox
+/// the update host and the probe address are 127.0.0.1, so it answers both; the probe only connects.
+/// It calls imported functions on its own thread: a hook that counts or fails calls looks at the thread.
+class HttpServer {
+ public:
+  using Answer = std::function<HttpReply(const HttpRequest&)>;
+
+  /// Listens at once; ends the program when the port is taken. `answer` runs on the server's thread.
+  explicit HttpServer(Answer answer, std::uint16_t port = 80);
+  explicit HttpServer(HttpReply reply) : HttpServer([reply](const HttpRequest&) { return reply; }) {}
+  HttpServer(const HttpServer&) = delete;
+  HttpServer& operator=(const HttpServer&) = delete;
+  ~HttpServer() { Stop(); }
+
+  void Start();
+  /// From here on connections are refused; one that is being served is cut off.
+  void Stop();
+
+  std::vector<HttpRequest> Requests() const;
+  /// Those that asked nothing included; all there were, once the server is stopped.
+  unsigned Connections() const { return connections_; }
+
+ private:
+  void Run();
+  void Serve(std::uintptr_t client);
+  bool Send(std::uintptr_t client, std::string_view bytes) const;
+
+  Answer answer_;
+  std::uint16_t port_;
+  std::atomic<std::uintptr_t> listener_{};
+  std::atomic<std::uintptr_t> client_{};
+  std::atomic<bool> stopping_{false};
+  std::atomic<unsigned> connections_{0};
+  mutable std::mutex mutex_;
+  std::vector<HttpRequest> requests_;
+  std::thread thread_;
+};
+
+}  // namespace support

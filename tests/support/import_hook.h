@@ -1,0 +1,72 @@
+#pragma once
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+/// Replacing imported functions in this program's own import table. Product code is linked into the test
+/// program, so its calls go through the same table; code inside the system's DLLs is not touched.
+namespace support {
+
+/// One entry of the import table. `dll` is in lower case; an import by ordinal is named "#ordinal".
+struct ImportSlot {
+  std::string dll;
+  std::string name;
+  void** address = nullptr;
+};
+
+/// Every entry, in the order of the table: of this program, or of another one that was loaded to be looked
+/// at.
+std::vector<ImportSlot> AllImports(HMODULE module = nullptr);
+/// The entry for `name` ("InternetOpenW"), of whichever DLL; ends the program with a message when it imports
+/// no such function, because a hook that replaces nothing would let a test pass for nothing.
+void** FindImport(std::string_view name);
+/// Puts `function` into the entry and returns what stood there.
+void* ExchangeImport(void** slot, void* function);
+
+/// Builds a replacement's failing answer: sets the last error and returns `result`.
+template <class Result>
+Result Fail(DWORD error, Result result) {
+  SetLastError(error);
+  return result;
+}
+
+/// Replaces one imported function from construction to destruction by anything that can be called with its
+/// arguments. One hook for each function at a time. `original()` is the function that was replaced.
+///
+///   ImportHook<InternetOpenW> hook("InternetOpenW", [&](auto...) { ++calls; return nullptr; });
+template <auto Function, class Type = decltype(Function)>
+class ImportHook;
+
+template <auto Function, class Result, class... Arguments>
+class ImportHook<Function, Result(WINAPI*)(Arguments...)> {
+ public:
+  ImportHook(std::string_view name, std::function<Result(Arguments...)> replacement)
+      : slot_(FindImport(name)) {
+    replacement_ = std::move(replacement);
+    original_ = ExchangeImport(slot_, reinterpret_cast<void*>(&Enter));
+  }
+  /// Fails every call with this last error and result.
+  ImportHook(std::string_view name, DWORD error, Result result = {})
+      : ImportHook(name, [=](Arguments...) { return Fail(error, result); }) {}
+  ImportHook(const ImportHook&) = delete;
+  ImportHook& operator=(const ImportHook&) = delete;
+  ~ImportHook() { ExchangeImport(slot_, original_); }
+
+  Result original(Arguments... arguments) const {
+    return reinterpret_cast<Result(WINAPI*)(Arguments...)>(original_)(arguments...);
+  }
+
+ private:
+  static Result WINAPI Enter(Arguments... arguments) { return replacement_(arguments...); }
+
+  static inline std::function<Result(Arguments...)> replacement_;
+  void** slot_;
+  void* original_ = nullptr;
+};
+
+}  // namespace support

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/handles.h"
+#include "support/import_hook.h"
+
+namespace support {
+
+// --- Files. Paths are Windows paths. Whatever cannot be done ends the program with a message.
+void MakeFolder(const std::wstring& path);  ///< with every folder above it
+void WriteBytes(const std::wstring& path, std::string_view bytes);
+std::optional<std::string> ReadBytes(const std::wstring& path);
+std::vector<std::wstring> FileNames(const std::wstring& folder);  ///< sorted; folders left out
+/// Last write time, in 100 ns since 1601.
+void SetWriteTime(const std::wstring& path, std::uint64_t time);
+void RemoveTree(const std::wstring& path);
+/// A stand-in product executable of this file version: 15.0.0.36, 15.0.1.0, 15.0.2.5 or 15.0.2.7.
+std::wstring StandIn(std::wstring_view version);
+
+/// Keeps a file open so that others may do no more than `share` allows (error 32 else).
+struct ShareLock : platform::UniqueFile {
+  explicit ShareLock(const std::wstring& path, DWORD share = 0);
+};
+
+// --- Registry, under HKEY_LOCAL_MACHINE: with a Machine around, its own, else the prefix's.
+void SetRegistryBytes(const std::wstring& key, const wchar_t* name, DWORD type, std::string_view bytes);
+void SetRegistryText(const std::wstring& key, const wchar_t* name, std::wstring_view text);
+void MakeRegistryKey(const std::wstring& key);
+void RemoveRegistryValue(const std::wstring& key, const wchar_t* name);
+
+enum class Layout { one, two };  ///< below "SOFTWARE\Wow6432Node", directly below "SOFTWARE"
+std::wstring MakerKey(Layout layout);
+std::wstring UninstallKey(Layout layout);
+
+/// What an installer registers; an empty fact is left out.
+struct Product {
+  std::wstring version = L"15.0";
+  std::wstring tag_one = L"15.0.2.5";
+  std::wstring tag_two;  ///< "\Qrt.exe" in the product folder
+  std::wstring tag_three = L"http://updates.varnexa.example/patches/updates.ini";
+  std::wstring install_path;
+};
+
+/// A machine of the test's own, for as long as the object lives: HKEY_LOCAL_MACHINE and HKEY_CURRENT_USER are
+/// empty keys of this process, and Documents, common application data, the temporary folder and the program's
+/// own folder are empty folders below one that goes away with the object.
+class Machine {
+ public:
+  Machine();
+  ~Machine();
+
+  std::wstring Documents() const { return root_ + L"\\documents"; }
+  std::wstring CommonAppData() const { return root_ + L"\\common"; }
+  std::wstring Temp() const { return root_ + L"\\temp"; }
+  std::wstring ProgramFolder() const { return root_ + L"\\program"; }
+  std::wstring ProductFolder() const { return root_ + L"\\product"; }
+
+  std::wstring SettingsFile() const { return Documents() + L"\\Varnexa\\QRT15\\korsa.ini"; }
+  std::wstring LogFolder() const { return CommonAppData() + L"\\Varnexa\\QRT15"; }
+  std::wstring Record() const { return ProductFolder() + L"\\installedupdates.dat"; }
+  std::wstring UpdateList() const { return Temp() + L"\\updates.ini"; }
+
+  /// The facts of a product in the product folder.
+  Product DefaultProduct() const;
+  void Install(Layout layout, const Product& product);
+  /// Copies a stand-in executable of this version into the product folder, in place of another one.
+  void PlaceExecutable(std::wstring_view version);
+  /// Writes the settings file with this text below its section's heading.
+  void WriteSettings(std::string_view lines);
+
+ private:
+  std::wstring name_;
+  std::wstring temp_before_;
+  std::wstring root_;
+  platform::UniqueRegistryKey machine_key_, user_key_;
+  ImportHook<GetModuleFileNameW> module_name_;
+};
+
+}  // namespace support

@@ -1,0 +1,31 @@
+#include "support/text.h"
+
+#include "platform/files.h"
+
+namespace support {
+
+std::string Utf8(std::wstring_view text) {
+  return platform::ToUtf8(text);
+}
+
+std::vector<std::wstring> Split(std::wstring_view text, wchar_t separator) {
+  std::vector<std::wstring> parts;
+  for (std::size_t end; (end = text.find(separator)) != text.npos; text.remove_prefix(end + 1)) {
+    parts.emplace_back(text.substr(0, end));
+  }
+  parts.emplace_back(text);
+  return parts;
+}
+
+std::string LogDifference(std::wstring_view log, const std::vector<std::wstring>& expected) {
+  for (const std::wstring& wanted : expected) {
+    const std::wstring_view entry = log.substr(0, log.find(L"\n\n"));
+    if (entry != wanted || entry.size() == log.size()) {
+      return "is       \"" + Utf8(entry) + "\"\nexpected \"" + Utf8(wanted) + "\"";
+    }
+    log.remove_prefix(entry.size() + 2);
+  }
+  return log.empty() ? std::string() : "more than expected: \"" + Utf8(log) + "\"";
+}
+
+}  // namespace support
