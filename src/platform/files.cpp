@@ -27,6 +27,8 @@ class WriterTurn {
     SetLastError(error);
   }
 
+  bool IsHeld() const { return held_; }
+
  private:
   HANDLE file_;
   OVERLAPPED range_{};
@@ -79,7 +81,8 @@ bool AppendAll(HANDLE file, std::string_view bytes) {
   if (!SetFilePointerEx(file, zero, &end, FILE_END)) return false;
   if (WriteAll(file, bytes)) return true;
   const DWORD error = GetLastError();
-  if (SetFilePointerEx(file, end, nullptr, FILE_BEGIN)) SetEndOfFile(file);
+  // Without the turn, what stands behind the old end by now may be another writer's.
+  if (turn.IsHeld() && SetFilePointerEx(file, end, nullptr, FILE_BEGIN)) SetEndOfFile(file);
   SetLastError(error);
   return false;
 }

@@ -17,8 +17,9 @@ UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition);
 std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t limit);
 /// Writes every byte or answers false with the last error set.
 bool WriteAll(HANDLE file, std::string_view bytes);
-/// Appends every byte or leaves the file as long as it was, answering false with the last error set. Programs
-/// that append through this function take turns (waiting a second at most), so that their texts stay whole.
+/// Appends every byte or answers false with the last error set, leaving the file as long as it was. Programs
+/// that append through this function take turns, so that their texts stay whole; one that waited a second in
+/// vain appends without its turn, and then leaves what a failure got as far as writing.
 bool AppendAll(HANDLE file, std::string_view bytes);
 
 /// UTF-16 text as UTF-8; a lone surrogate becomes U+FFFD.

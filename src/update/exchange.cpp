@@ -25,6 +25,12 @@ constexpr DWORD kStatusOk = 200;
 constexpr DWORD kStatusNotFound = 404;
 /// Stands in for a time-out of zero or less, which would fail every exchange at once or wait for ever.
 constexpr DWORD kFallbackTimeoutMs = 60000;
+/// A list of updates has a few thousand bytes. A body larger than this is none: it would fill the disk, and
+/// the profile functions would take it into memory whole.
+constexpr std::size_t kBodyLimit = 32 * 1024 * 1024;
+/// Longest copying of a body, in milliseconds: the receive time-out bounds each pause of the server, not
+/// their sum.
+constexpr ULONGLONG kBodyWaitMs = 5 * 60 * 1000;
 /// Utilities of one session share the local file: from its creation until its names are read it is one's own.
 constexpr wchar_t kLocalFileTurn[] = L"Local\\QRT_15_TavrelUtility_UpdatesFile";
 /// Longest wait for that turn, in milliseconds.
@@ -177,6 +183,8 @@ bool UpdateEngine::CopyBody(void* request, const std::wstring& file) {
     ReportFailure(update_texts::kFileFailed, GetLastError());
     return false;
   }
+  const ULONGLONG start = GetTickCount64();
+  std::size_t copied = 0;
   for (;;) {
     std::array<char, kReadBlock> block{};
     DWORD read = 0;
@@ -185,6 +193,12 @@ bool UpdateEngine::CopyBody(void* request, const std::wstring& file) {
       return false;
     }
     if (read == 0) return true;
+    copied += read;
+    const bool late = GetTickCount64() - start > kBodyWaitMs;
+    if (late || copied > kBodyLimit) {
+      ReportFailure(update_texts::kFileReadFailed, late ? ERROR_INTERNET_TIMEOUT : ERROR_FILE_TOO_LARGE);
+      return false;
+    }
     if (!platform::WriteAll(local.get(), {block.data(), read})) {
       ReportFailure(update_texts::kFileWriteFailed, GetLastError());
       return false;

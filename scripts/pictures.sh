@@ -1,0 +1,110 @@
+#!/bin/bash
+# Takes the pictures in docs/pictures: see the usage text below.
+set -euo pipefail
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
+
+usage() {
+  cat <<'EOT'
+Usage: scripts/pictures.sh [--dpi N] [--contrast] [--only NAME] [FOLDER]
+
+Builds the utility, plays the demo's scenes on a virtual display and leaves a picture of each state of its
+window in FOLDER (default: docs/pictures).
+
+  --dpi N      as on a display of N dots per inch (96 unless given)
+  --contrast   with high-contrast colours and without a visual style
+  --only NAME  only the picture of this name
+EOT
+}
+
+dpi=96
+contrast=no
+only=
+folder=$repo/docs/pictures
+while (($#)); do
+  case $1 in
+    --dpi) dpi=$2; shift 2 ;;
+    --contrast) contrast=yes; shift ;;
+    --only) only=$2; shift 2 ;;
+    --help | -h) usage; exit ;;
+    -*) usage >&2; exit 2 ;;
+    *) folder=$(realpath -m -- "$1"); shift ;;
+  esac
+done
+
+# picture | scene | mode | seconds before the picture | keys pressed in the middle of that time
+table='
+regular-checking       |slow         |regular|1|
+regular-offered        |offered      |regular|3|
+regular-none           |matching     |regular|3|
+regular-not-found      |not-found    |regular|3|
+regular-no-connection  |no-network   |regular|3|
+regular-mismatch       |host-mismatch|regular|3|
+regular-not-installed  |not-installed|regular|3|
+regular-install        |offered      |regular|3|Return
+regular-log            |offered      |regular|3|ctrl+Tab
+patch-offered          |offered      |patch  |3|
+patch-failed           |not-found    |patch  |3|
+patch-missing-facts    |missing-facts|patch  |3|
+patch-log              |not-found    |patch  |3|ctrl+Tab
+about                  |offered      |regular|4|alt+space Up Return
+'
+
+build=$build_root/release
+shots=$build_root/pictures
+sandbox=("$repo/scripts/sandbox.sh" --name "pictures-$dpi-$contrast" --limit 120)
+
+set_up_display() {
+  local colour
+  "${sandbox[@]}" -- wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$dpi" /f
+  # Without a window manager Wine paints the first window's title as if it were not the active one.
+  for colour in {,Gradient}InactiveTitle='51 153 255' InactiveTitleText='0 0 0'; do
+    "${sandbox[@]}" -- wine reg add 'HKCU\Control Panel\Colors' /v "${colour%%=*}" /d "${colour#*=}" /f
+  done
+  [[ $contrast == yes ]] || return 0
+  "${sandbox[@]}" -- wine reg add 'HKCU\Control Panel\Accessibility\HighContrast' /v Flags /d 127 /f
+  "${sandbox[@]}" -- wine reg add 'HKCU\Software\Microsoft\Windows\CurrentVersion\ThemeManager' \
+    /v ThemeActive /d 0 /f
+  for colour in ButtonFace Window InfoWindow Menu AppWorkspace; do
+    "${sandbox[@]}" -- wine reg add 'HKCU\Control Panel\Colors' /v $colour /d '0 0 0' /f
+  done
+  for colour in ButtonText WindowText WindowFrame MenuText; do
+    "${sandbox[@]}" -- wine reg add 'HKCU\Control Panel\Colors' /v $colour /d '255 255 255' /f
+  done
+}
+
+# Runs in the room, beside the scene: waits for the window, then presses the keys one after the other.
+press_keys() {
+  "${sandbox[@]}" -- bash -c '
+    for ((i = 0; i < 100; ++i)); do
+      xdotool search --onlyvisible --name "Varnexa 15.0 Tavrel Utility" >/dev/null 2>&1 && break
+      sleep 0.1
+    done
+    sleep 1.5
+    for key in "$@"; do xdotool key "$key"; sleep 0.4; done' keys "$@"
+}
+
+take_picture() {
+  local keys=()
+  read -r -a keys <<<"$5"
+  say "Picture $1"
+  if ((${#keys[@]})); then press_keys "${keys[@]}" & fi
+  "${sandbox[@]}" -- "$repo/demo/play.sh" "$2" "$3" "$4" "$shots" "$build"
+  wait
+  # The window alone; the desktop around it is black.
+  convert "$shots/picture-1.png" -bordercolor black -border 1 -trim +repage -strip +dither -colors 256 \
+    -define png:compression-level=9 "$folder/$1.png"
+}
+
+"$repo/scripts/setup.sh"
+"$repo/scripts/build.sh" release
+mkdir -p "$folder"
+"${sandbox[@]}" --open
+set_up_display >/dev/null
+while IFS='|' read -r name scene mode seconds keys; do
+  name=${name// /}
+  if [[ -z $name || (-n $only && $name != "$only") ]]; then continue; fi
+  take_picture "$name" "${scene// /}" "${mode// /}" "$seconds" "$keys" </dev/null
+done <<<"$table"
+"${sandbox[@]}" --close
+say "Pictures are in $folder"
