@@ -5,6 +5,7 @@
 #include <wininet.h>
 
 #include <map>
+#include <tuple>
 
 #include "expected.h"
 #include "settings/run_state.h"
@@ -72,6 +73,7 @@ packs=1_12,2_7,2_3 product=15.0.1.0;ok yes;MATCHED|FOUND|FETCHED|NEWER 3.
 product=15.0.0.36;ok yes;MATCHED|FOUND|FETCHED|NEWER 3.
 packs=1_12,2_7,2_3 product=15.0.2.7;ok no;MATCHED|FOUND|FETCHED|OLDER 3.|SAME
 product=;ok kept;MATCHED|FOUND|FETCHED
+late=2_7;ok yes;MATCHED|FOUND|FETCHED|NEWER 3.
 record=;ok yes;MATCHED|FOUND|FETCHED|RECORD|READ|NEWER 2.
 record= product=15.0.2.7;ok no;MATCHED|FOUND|FETCHED|RECORD|READ|OLDER 2.|SAME
 record= packs=;ok no;MATCHED|FOUND|FETCHED|RECORD|READ|OLDER 2.
@@ -132,8 +134,12 @@ TEST_CASE("check: a step's text, code or flag is another's; a pack wrongly offer
     const Hook hook = Prepare(scene, setup);
     const int status = setup.contains(L"status") ? std::stoi(setup[L"status"]) : 200;
     const std::wstring packs = setup.contains(L"packs") ? setup[L"packs"] : L"2_7";
-    HttpServer server(Reply(status, "[Update Packs for Versions]\r\n" + Packs(packs, "[", "]\r\n")));
+    HttpServer server([&](const auto&) {
+      if (setup.contains(L"late")) support::WriteBytes(scene.machine.Record(), Packs(setup[L"late"], "", ""));
+      return Reply(status, "[Update Packs for Versions]\r\n" + Packs(packs, "[", "]\r\n"));
+    });
     const auto results = Split(columns[1], L' ');
+    engine.UpdateSections = {L"of", L"an_9_9", L"earlier_9_9"};
     engine.m_bUpdatesAvailable = scene.available_mirror = results[1] != L"yes";
     engine.CompareUpdates(scene.machine.ProductFolder() + L"\\Qrt.exe", L"15.0.2.5");
     CHECK_LOG(scene.run.LogText(), columns[2]);
@@ -152,7 +158,8 @@ TEST_CASE("check: a step's text, code or flag is another's; a pack wrongly offer
     server.Stop();
     if (error_text.ends_with(L"mismatch.")) CHECK(server.Connections() == 0);
     const bool there = GetFileAttributesW(scene.machine.Record().c_str()) != INVALID_FILE_ATTRIBUTES;
-    CHECK(there == (setup.contains(L"record") && columns[2].find(L"DELETED") == row.npos));
+    CHECK(there == ((setup.contains(L"record") || setup.contains(L"late")) &&
+                    columns[2].find(L"DELETED") == row.npos));
   }
 }
 
@@ -171,7 +178,13 @@ TEST_CASE("exchange: something else on the wire, an answer out of a cache, or a 
   Scene scene;
   std::string body = std::string(10000, ';') + "\r\n[a]\r\n";
   HttpServer server([&](const auto&) { return Reply(200, body, "Cache-Control: max-age=3600\r\n"); });
+  DWORD flags = 0;
+  const ImportHook<HttpOpenRequestW> open("HttpOpenRequestW", [&](auto... all) {
+    flags = std::get<6>(std::tuple(all...));
+    return open.original(all...);
+  });
   scene.Exchange();
+  CHECK(flags == (INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT));
   CHECK(support::ReadBytes(scene.machine.UpdateList()) == body);
   body = "[b]\r\n[c]\r\n";
   scene.Exchange();

@@ -3,46 +3,26 @@
 #include <windows.h>
 
 #include <functional>
+#include <map>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "support/machine.h"
 
 /// Failing imported functions of this program one call at a time, and counting the handles they open and
 /// close.
 namespace sweep {
 
-/// What a handle is closed with.
-enum class Kind { none, object, find, key, sid, internet };
-/// How a function tells that it failed: a null result, INVALID_HANDLE_VALUE and its like, the error code
-/// itself, or the code as an HRESULT. The last error is set in every case.
-enum class Answer { zero, minus_one, code, hresult };
-
-struct Function {
-  const char* name;
-  void* hook;
-  void** original;
-  const Function** self;
-  Answer answer;
-  std::vector<DWORD> codes;  ///< codes to fail with; none: the function is only watched
-  Kind opens = Kind::none;
-  Kind closes = Kind::none;
-  bool never_called = false;  ///< answers 1 instead of doing what it does
-};
-
-/// Imports of the program `program` from the DLLs that the table of functions covers which nobody has judged:
-/// a function that it begins to call gets its line in that table or among those that cannot fail.
-std::vector<std::string> UnjudgedImports(const wchar_t* program);
-
 struct Call {
-  const Function* function;
-  std::wstring subject;  ///< the first text among its arguments: a path, a key, a value's name
-  int nth;               ///< counted among the calls of this function with this subject, from 1
-  DWORD code;            ///< that it was made to fail with, or 0
+  const char* function;
+  std::wstring subject;      ///< the first text among its arguments: a path, a key, a value's name
+  int nth;                   ///< counted among the calls of this function with this subject, from 1
+  std::vector<DWORD> codes;  ///< to fail with
+  DWORD code;                ///< that it was made to fail with, or 0
 };
 
-/// Which calls fail: by number, counted from 0 in the order of the run.
 struct Fault {
-  std::size_t call;
+  std::size_t call;  ///< counted from 0 in the order of the run
   DWORD code;
 };
 struct Plan {
@@ -51,10 +31,35 @@ struct Plan {
 };
 
 struct Run {
-  std::vector<Call> calls;            ///< of functions that can fail
-  std::vector<std::string> disorder;  ///< handles left open, closed twice or by the wrong function
+  std::vector<Call> calls;
+  std::string disorder;  ///< handles left open, closed twice or by the wrong function
 };
 /// Calls `act` with `plan` in force. Only calls of this thread count.
 Run Perform(const Plan& plan, const std::function<void()>& act);
+/// Imports of a program that touch files, the registry, the network or security and that no line of the table
+/// of functions covers.
+std::string UncoveredImports(const wchar_t* program);
+
+/// What a scene left behind.
+struct Outcome {
+  std::wstring said;   ///< its log entries and messages; what changes with the clock is left out
+  std::wstring state;  ///< everything else that must be as in a run without failures
+  bool operator==(const Outcome&) const = default;
+};
+using Files = std::map<std::wstring, std::string>;  ///< path below the machine's folder, content
+
+struct Scene {
+  char letter;  ///< by which the rules name it
+  const char* name;
+  void (*arrange)(support::Machine&);  ///< on top of what every scene finds
+  Outcome (*act)(support::Machine&);
+  std::vector<std::wstring> owns;  ///< ends of the paths that it may change
+  /// What holds whatever fails; the complaint, empty without one.
+  std::string (*judge)(const Outcome&, const Files& before, const Files& after);
+};
+const std::vector<Scene>& Scenes();
+/// What every scene finds: settings, a registered product with its executable, logs, and strangers' files.
+void Furnish(support::Machine& machine);
+inline constexpr char kServedList[] = "[Update Packs for Versions]\r\n[Varnexa15_0_2_7]\r\n";
 
 }  // namespace sweep

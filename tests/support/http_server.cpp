@@ -10,22 +10,8 @@
 namespace support {
 namespace {
 
-constexpr DWORD kSocketTimeoutMs = 5000;
-
-void SetOption(SOCKET socket, int option, DWORD value) {
-  setsockopt(socket, SOL_SOCKET, option, reinterpret_cast<const char*>(&value), sizeof value);
-}
-
-std::string ReadHead(SOCKET client) {
-  std::string head;
-  char block[4096];
-  while (head.find("\r\n\r\n") == std::string::npos) {
-    const int received = recv(client, block, sizeof block, 0);
-    if (received <= 0) return {};
-    head.append(block, static_cast<std::size_t>(received));
-  }
-  return head;
-}
+constexpr unsigned kLookMs = 20;
+constexpr unsigned kLongestWaitMs = 10000;
 
 }  // namespace
 
@@ -53,7 +39,8 @@ HttpServer::HttpServer(Answer answer, std::uint16_t port) : answer_(std::move(an
 
 void HttpServer::Start() {
   const SOCKET listener = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
-  SetOption(listener, SO_REUSEADDR, 1);
+  const BOOL reuse = TRUE;
+  setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&reuse), sizeof reuse);
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(port_);
@@ -72,7 +59,6 @@ void HttpServer::Start() {
 void HttpServer::Stop() {
   if (!thread_.joinable()) return;
   stopping_ = true;
-  if (client_ != 0) shutdown(client_, SD_BOTH);
   thread_.join();
   closesocket(listener_);
 }
@@ -82,24 +68,46 @@ std::vector<HttpRequest> HttpServer::Requests() const {
   return requests_;
 }
 
-void HttpServer::Run() {
-  for (;;) {
-    fd_set ready{1, {listener_}};
-    timeval moment{0, 20000};
+// Every socket is asked whether it is ready before it is used: an operation that is still under way when its
+// socket is closed can bring down Wine's server process.
+bool HttpServer::Ready(std::uintptr_t socket, Use use) const {
+  for (unsigned waited = 0; waited < kLongestWaitMs; waited += kLookMs) {
     const bool last_look = stopping_;
-    if (select(0, &ready, nullptr, nullptr, &moment) == 1) {
+    fd_set sockets{1, {socket}};
+    timeval moment{0, kLookMs * 1000};
+    if (select(0, use == Use::read ? &sockets : nullptr, use == Use::write ? &sockets : nullptr, nullptr,
+               &moment) == 1) {
+      return true;
+    }
+    if (last_look) break;
+  }
+  return false;
+}
+
+void HttpServer::Run() {
+  bool last_look = false;
+  while (!last_look) {
+    last_look = stopping_;
+    while (Ready(listener_, Use::read)) {
       const SOCKET client = accept(listener_, nullptr, nullptr);
+      u_long nonblocking = 1;
+      ioctlsocket(client, FIONBIO, &nonblocking);
       ++connections_;
-      SetOption(client, SO_RCVTIMEO, kSocketTimeoutMs);
-      SetOption(client, SO_SNDTIMEO, kSocketTimeoutMs);
-      client_ = client;
       Serve(client);
-      client_ = 0;
       closesocket(client);
-    } else if (last_look) {
-      return;
     }
   }
+}
+
+std::string HttpServer::ReadHead(std::uintptr_t client) const {
+  std::string head;
+  char block[4096];
+  while (head.find("\r\n\r\n") == std::string::npos) {
+    const int received = Ready(client, Use::read) ? recv(client, block, sizeof block, 0) : 0;
+    if (received <= 0) return {};
+    head.append(block, static_cast<std::size_t>(received));
+  }
+  return head;
 }
 
 void HttpServer::Serve(std::uintptr_t client) {
@@ -123,16 +131,14 @@ void HttpServer::Serve(std::uintptr_t client) {
   if (reply.end == HttpReply::End::reset) {
     setsockopt(client, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&at_once), sizeof at_once);
   }
-  char byte = 0;
-  while (reply.end == HttpReply::End::hold && !stopping_) {
-    if (recv(client, &byte, 1, 0) == 0 || WSAGetLastError() != WSAETIMEDOUT) return;
+  while (reply.end == HttpReply::End::hold && !stopping_ && !Ready(client, Use::read)) {
   }
 }
 
 bool HttpServer::Send(std::uintptr_t client, std::string_view bytes) const {
   while (!bytes.empty() && !stopping_) {
     const int size = static_cast<int>(std::min<std::size_t>(bytes.size(), 1 << 20));
-    const int sent = send(client, bytes.data(), size, 0);
+    const int sent = Ready(client, Use::write) ? send(client, bytes.data(), size, 0) : 0;
     if (sent <= 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(sent));
   }

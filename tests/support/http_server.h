@@ -56,13 +56,16 @@ class HttpServer {
 
  private:
   void Run();
+  enum class Use { read, write };
+  /// Waits until the socket can be used; not long, and only for a moment once the server is to stop.
+  bool Ready(std::uintptr_t socket, Use use) const;
+  std::string ReadHead(std::uintptr_t client) const;
   void Serve(std::uintptr_t client);
   bool Send(std::uintptr_t client, std::string_view bytes) const;
 
   Answer answer_;
   std::uint16_t port_;
   std::atomic<std::uintptr_t> listener_{};
-  std::atomic<std::uintptr_t> client_{};
   std::atomic<bool> stopping_{false};
   std::atomic<unsigned> connections_{0};
   mutable std::mutex mutex_;
