@@ -144,7 +144,8 @@ run_utility() {
   local arguments=() code=0
   if [[ $mode == patch ]]; then arguments=(2); fi
   cd "$folder"
-  wine QRTTavrelUtility.exe "${arguments[@]}" &
+  # Not with the stage: a utility that outlives this script must not keep the next scene waiting.
+  wine QRTTavrelUtility.exe "${arguments[@]}" {stage_lock}>&- &
   utility=$!
   if [[ $(<"$TAVREL_ROOM/display-kind") == virtual ]]; then attend_windows; fi
   wait "$utility" || code=$?
