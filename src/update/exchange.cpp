@@ -30,7 +30,7 @@ constexpr DWORD kFallbackTimeoutMs = 60000;
 constexpr std::size_t kBodyLimit = 32 * 1024 * 1024;
 /// Longest copying of a body, in milliseconds: the receive time-out bounds each pause of the server, not
 /// their sum.
-constexpr ULONGLONG kBodyWaitMs = 5 * 60 * 1000;
+constexpr ULONGLONG kBodyWaitMs = 300000;
 /// Utilities of one session share the local file: from its creation until its names are read it is one's own.
 constexpr wchar_t kLocalFileTurn[] = L"Local\\QRT_15_TavrelUtility_UpdatesFile";
 /// Longest wait for that turn, in milliseconds.
