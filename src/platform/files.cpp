@@ -1,11 +1,14 @@
 #include "platform/files.h"
 
+#include "platform/shared_turn.h"
 #include "text/text.h"
 
 namespace platform {
 namespace {
 
 constexpr DWORD kChunk = 64 * 1024;
+constexpr wchar_t kReplacingTurn[] = L"Local\\QRT_15_TavrelUtility_Replacing";
+constexpr DWORD kReplacingWaitMs = 1000;
 
 // A lock on one byte far behind any file's end: it keeps writers of this program apart and nobody else.
 class WriterTurn {
@@ -34,6 +37,12 @@ class WriterTurn {
   OVERLAPPED range_{};
   bool held_ = false;
 };
+
+// Also one that is marked as read-only, as a copy of such a file is.
+void RemoveFile(const std::wstring& path) {
+  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+  DeleteFileW(path.c_str());
+}
 
 }  // namespace
 
@@ -83,6 +92,22 @@ bool AppendAll(HANDLE file, std::string_view bytes) {
   const DWORD error = GetLastError();
   // Without the turn, what stands behind the old end by now may be another writer's.
   if (turn.IsHeld() && SetFilePointerEx(file, end, nullptr, FILE_BEGIN)) SetEndOfFile(file);
+  SetLastError(error);
+  return false;
+}
+
+bool ReplaceFileWhole(const std::wstring& path, const std::function<bool(const std::wstring&)>& make) {
+  SharedTurn turn(kReplacingTurn);
+  turn.Take(kReplacingWaitMs);
+  if (!turn.IsHeld()) return make(path);
+  const std::wstring fresh = path + L".new";
+  RemoveFile(fresh);
+  if (make(fresh) &&
+      MoveFileExW(fresh.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+    return true;
+  }
+  const DWORD error = GetLastError();
+  RemoveFile(fresh);
   SetLastError(error);
   return false;
 }

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,6 +22,12 @@ bool WriteAll(HANDLE file, std::string_view bytes);
 /// that append through this function take turns, so that their texts stay whole; one that waited a second in
 /// vain appends without its turn, and then leaves what a failure got as far as writing.
 bool AppendAll(HANDLE file, std::string_view bytes);
+
+/// Lets `make` write a file of another name and puts that in the place of `path` in one step, so that whoever
+/// is ended on the way, or finds the disk full, leaves the old file or the new one and never a part of
+/// either. False, with the last error set and the old file as it was, when `make` answers false or the file
+/// cannot be put there. Programs take turns; one that waited a second in vain makes `path` itself.
+bool ReplaceFileWhole(const std::wstring& path, const std::function<bool(const std::wstring&)>& make);
 
 /// UTF-16 text as UTF-8; a lone surrogate becomes U+FFFD.
 std::string ToUtf8(std::wstring_view text);

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "platform/files.h"
+
 namespace platform {
 
 std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
@@ -16,7 +18,18 @@ std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, c
 
 void WriteProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
                       const wchar_t* value) {
-  WritePrivateProfileStringW(section, key, value, file.c_str());
+  const auto write = [&](const std::wstring& path) {
+    return WritePrivateProfileStringW(section, key, value, path.c_str()) != FALSE;
+  };
+  // The system's function rewrites the file in place: a copy takes that risk.
+  if (ReplaceFileWhole(file, [&](const std::wstring& path) {
+        return (path == file || CopyFileW(file.c_str(), path.c_str(), FALSE)) && write(path);
+      })) {
+    return;
+  }
+  // A missing file has nothing to lose; one that is held or stands in a closed folder can still be written
+  // to.
+  if (GetLastError() != ERROR_DISK_FULL) write(file);
 }
 
 std::wstring ReadProfileSectionNames(const std::wstring& file, unsigned capacity) {

@@ -8,7 +8,8 @@ namespace platform {
 /// it is missing.
 std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
                              unsigned capacity);
-/// Writes a value; a failure is ignored, the reader's default then holds again at the next reading.
+/// Writes a value, leaving the file whole whatever happens; a failure is ignored, the reader's default then
+/// holds again at the next reading.
 void WriteProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
                       const wchar_t* value);
 

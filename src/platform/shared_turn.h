@@ -26,6 +26,7 @@ class SharedTurn {
     held_ = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
     SetLastError(error);
   }
+  bool IsHeld() const { return held_; }
 
  private:
   UniqueKernelHandle mutex_;

@@ -75,7 +75,9 @@ bool RunState::CopyServerSettingsFromInstallFolder(const std::wstring& destinati
   std::wstring_view failure = settings_texts::kCopyFailed;
   if (!platform::FileExists(source)) {
     failure = settings_texts::kSourceNotFound;
-  } else if (CopyFileW(source.c_str(), destination.c_str(), FALSE)) {
+  } else if (platform::ReplaceFileWhole(destination, [&source](const std::wstring& path) {
+               return CopyFileW(source.c_str(), path.c_str(), FALSE) != FALSE;
+             })) {
     LogAndNote(settings_texts::kCopied);
     return true;
   }

@@ -155,6 +155,8 @@ const Function kTable[] = {
     F(UnlockFileEx, zero, {158}),
     F(CreateDirectoryW, zero, {3, 5, 112}),
     F(CopyFileW, zero, kFile),
+    F(MoveFileExW, zero, {5, 32, 112}),
+    F(SetFileAttributesW, zero, {5}),
     F(DeleteFileW, zero, {2, 5, 32}),
     F(FindFirstFileW, minus_one, {2, 3, 5}, find),
     F(FindNextFileW, zero, {5, 18}),

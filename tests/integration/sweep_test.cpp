@@ -93,7 +93,9 @@ constexpr Rule kRules[] = {
     {"s", "PathFileExistsW GetModuleFileNameW", L"\\program\\korsa.ini", 0, 0,
      L"Source path not found.|Error : #|"},
     {"s", "GetModuleFileNameW", L"", 0, 0, L"Source path not found.|Error : 2|"},
-    {"s", "CopyFileW", L"", 0, 0, L"file copy failed.|Error : #|Server settings INI validation failed.|"},
+    {"s", "CopyFileW", L"\\program\\korsa.ini", 0, 0, L"file copy failed.|Error : #|Server settings INI val"},
+    {"s", "MoveFileExW", L"", 1, 0, L"file copy failed.|Error : #|Server settings INI validation failed.|"},
+    {"sp", "CopyFileW MoveFileExW", L"", 0, 0, L""},
     {"s", "SHGetFolderPathW PathAppendW GetFileAttributesW CreateDirectoryW", L"", 0, 0, L""},
     // Log file: silent, or an error line. Of the page's own only the file is seen.
     {"lnp", "SHGetSpecialFolderPathW GetFileAttributesW", L"", 0, 0, L""},
