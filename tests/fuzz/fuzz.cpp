@@ -1,5 +1,5 @@
 // One libFuzzer program for all parsers of the pure part. TAVREL_PARSER in the environment names one of the
-// table at the end; without it the names are listed. TAVREL_SHOW prints each input as a unit test has it.
+// table at the end; without it the names are listed. TAVREL_SHOW prints each input as a row of the unit tests has it.
 #undef NDEBUG  // the rules are asserted
 #include <algorithm>
 #include <cassert>
@@ -226,7 +226,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const Text in = Decode(data, size);
-  if (std::getenv("TAVREL_SHOW")) std::puts(Literal(in).c_str());
+  if (std::getenv("TAVREL_SHOW")) std::puts(("row " + Literal(in)).c_str());
   std::fflush(stdout);
   chosen_check(in);
   return 0;

@@ -2,7 +2,7 @@
 # Fuzzes every parser of the pure part, two at a time, for HOURS (or --seconds N; 20 unless given) in all:
 #   tests/fuzz/run.sh [HOURS | --seconds N]
 # What was found interesting stays in build/fuzz/corpus for the next run. An input that breaks a rule is printed
-# as it would stand in a table of tests/unit and kept in build/fuzz/found; the exit code is then 1.
+# as a row of tests/unit/rows.txt has it and kept in build/fuzz/found; the exit code is then 1.
 # TAVREL_FUZZ_BUILD names another build folder.
 set -euo pipefail
 cd -- "$(dirname -- "$0")/../.."
@@ -24,7 +24,7 @@ mkdir -p -- "$build/seeds" "$build/found"
 number=0
 while IFS= read -r row; do
   printf '%b' "$row" >"$build/seeds/$((++number))"
-done < <(grep -hoP '(?<=L")([^"\\]|\\.)*(?= => )' tests/unit/*_test.cpp)
+done < <(sed -n 's/\(.*\) =>.*/\1/p' tests/unit/rows.txt)
 printf -- '-- Fuzzing %d parsers for %d s, %d seeds\n' ${#parsers[@]} "$seconds" "$number"
 
 fuzz_one() {
@@ -38,7 +38,7 @@ fuzz_one() {
   grep -m1 -E 'Assertion|ERROR: |runtime error: ' "$log" || tail -n 5 "$log"
   for input in "$build/found/$parser-"*; do
     printf '%-10s broken by ' "$parser"
-    TAVREL_SHOW=1 TAVREL_PARSER=$parser "$fuzz" -timeout=10 "$input" 2>/dev/null | grep -m1 '^L"'
+    TAVREL_SHOW=1 TAVREL_PARSER=$parser "$fuzz" -timeout=10 "$input" 2>/dev/null | sed -n 's/^row //p'
   done
   return 1
 }

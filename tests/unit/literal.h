@@ -5,18 +5,21 @@
 #include <string_view>
 #include <vector>
 
-/// `value` as it stands in a table of these tests: readable in a failure, ready to be pasted as a new row.
+inline constexpr std::wstring_view kEscaped{L"\n\t\r\0\\", 5};
+inline constexpr std::string_view kLetters = "ntr0\\";
+
+/// `value` as it stands in a row of the tests' tables, ready to be pasted as a new one.
 inline std::string Literal(std::wstring_view value) {
-  std::string result = "L\"";
+  std::string result;
   for (const wchar_t c : value) {
-    const auto unit = static_cast<unsigned>(c);
-    char escaped[16];
-    const char* format = unit < 0x20 ? "\\%03o" : unit < 0x7F ? "%c" : unit <= 0xFFFF ? "\\u%04X" : "\\U%08X";
-    if (c == L'"' || c == L'\\') format = "\\%c";
-    std::snprintf(escaped, sizeof escaped, format, unit);
-    result += escaped;
+    const std::size_t letter = kEscaped.find(c);
+    char text[16];
+    const char* const format = letter != kEscaped.npos ? "\\%c" : c >= 0x20 && c < 0x7F ? "%c" : "\\u%04X";
+    std::snprintf(text, sizeof text, format,
+                  letter != kEscaped.npos ? kLetters[letter] : static_cast<int>(c));
+    result += text;
   }
-  return result += '"';
+  return result;
 }
 
 /// The parts of a list or of several arguments: "a|b" is two texts, the empty text none.

@@ -2,27 +2,15 @@
 
 #include <doctest.h>
 
-#include <initializer_list>
+#include <functional>
 
 #include "literal.h"
 
-using namespace std::literals;
-
-// Failures show wide texts as table literals.
+// Failures show wide texts as rows have them.
 template <>
 struct doctest::StringMaker<std::wstring> {
   static String convert(const std::wstring& value) { return Literal(value).c_str(); }
 };
 
-/// For each row, "input => result", `function` of the input must give the result.
-template <class Function>
-void CheckRows(std::initializer_list<std::wstring_view> rows, Function function) {
-  constexpr std::wstring_view kArrow = L" => ";
-  for (const std::wstring_view row : rows) {
-    const std::size_t arrow = row.rfind(kArrow);
-    REQUIRE(arrow != row.npos);
-    INFO("row ", Literal(row));
-    const std::wstring expected(row.substr(arrow + kArrow.size()));
-    CHECK(std::wstring(function(row.substr(0, arrow))) == expected);
-  }
-}
+/// For each row of the running test's table, `function` of the input must give the result.
+void CheckRows(const std::function<std::wstring(std::wstring_view)>& function);

@@ -1,0 +1,44 @@
+#define DOCTEST_CONFIG_IMPLEMENT_WITH_MAIN
+#include "unit.h"
+
+#include <fstream>
+#include <string>
+
+namespace {
+
+std::wstring Unescape(std::string_view text) {
+  std::wstring result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool escaped = text[i] == '\\';
+    if (escaped) ++i;
+    const std::size_t letter = escaped ? kLetters.find(text[i]) : kLetters.npos;
+    if (letter != kLetters.npos) {
+      result += kEscaped[letter];
+    } else if (escaped) {  // "\u" and four digits
+      result += static_cast<wchar_t>(std::stoi(std::string(text.substr(i + 1, 4)), nullptr, 16));
+      i += 4;
+    } else {
+      result += static_cast<wchar_t>(text[i]);
+    }
+  }
+  return result;
+}
+
+}  // namespace
+
+void CheckRows(const std::function<std::wstring(std::wstring_view)>& function) {
+  const std::string heading = std::string("[") + doctest::getContextOptions()->currentTest->m_name + "]";
+  std::ifstream file(TAVREL_ROWS, std::ios::binary);
+  unsigned rows = 0;
+  std::string line;
+  for (bool here = false; std::getline(file, line);) {
+    if (line.starts_with("[")) here = line == heading;
+    const std::size_t arrow = line.rfind(" =>");
+    if (!here || line[0] == '#' || arrow == line.npos) continue;
+    INFO("row ", line);
+    const std::string_view expected = std::string_view(line).substr(arrow + 3);
+    CHECK(function(Unescape(line.substr(0, arrow))) == Unescape(expected.substr(expected.starts_with(' '))));
+    ++rows;
+  }
+  REQUIRE(rows > 0);
+}
