@@ -7,9 +7,8 @@ namespace ui_texts {
 
 // Status of the patch update page.
 inline constexpr std::wstring_view kUpdatesAvailable =
-    L" Varnexa 15.0 patch updates are available on our server.Click \"Install Updates\" button to initiate "
-    L"the "
-    L"update  process. ";
+    L" Varnexa 15.0 patch updates are available on our server.Click \"Install Updates\" button "
+    L"to initiate the update  process. ";
 inline constexpr std::wstring_view kListNotFound =
     L" Varnexa has tried to connect to the update server for the auto-update feature.\n"
     L" Unable to collect the update information from the server.\n"
@@ -24,9 +23,8 @@ inline constexpr std::wstring_view kNotInstalled =
 inline constexpr std::wstring_view kNotFoundStatus = L"404";
 
 inline constexpr wchar_t kNote[] =
-    L"Note: You can also check the patch availability at \"Start Menu -> All Programs -> Varnexa -> Varnexa "
-    L"15.0 "
-    L"Update\"";
+    L"Note: You can also check the patch availability at \"Start Menu -> All Programs "
+    L"-> Varnexa -> Varnexa 15.0 Update\"";
 
 // Installer launch.
 inline constexpr wchar_t kPathNotFound[] =
