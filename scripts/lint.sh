@@ -9,7 +9,7 @@ cd "$repo"
 
 case ${1-} in
   format)
-    find src tests demo \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format --dry-run -Werror
+    find src tests demo tools \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format --dry-run -Werror
     ;;
   tidy)
     # clang knows neither where the cross compiler keeps its headers, nor its target, nor all of its warnings.
