@@ -46,6 +46,23 @@ Text Newest(View sections) {
   return std::to_wstring(latest.level) + L'.' + std::to_wstring(latest.build);
 }
 
+Text Compare(View installed) {
+  const std::vector<Text> parts = Split(installed, L'.');
+  return IsNewer({2, 7}, text::ParseDecimal(parts[0]), text::ParseDecimal(parts[1])) ? L"newer" : L"";
+}
+
+Text Cut(View path) {
+  const text::SplitPath split = text::SplitAtLastBackslash(path);
+  return Text(split.has_backslash ? L"" : L"none").append(split.folder).append(L"|").append(split.file);
+}
+
+Text Choose(View times) {
+  std::vector<LogFileEntry> files;
+  for (const wchar_t c : times) files.push_back({L"", static_cast<std::uint64_t>(c) << 48});
+  const auto chosen = ChooseLogFile(files);
+  return chosen ? std::to_wstring(*chosen) : L"new";
+}
+
 Text Names(View buffer) {
   std::vector<Text> names{L"before"};
   AppendSectionNames(buffer, names);
@@ -73,125 +90,73 @@ Text Widened(View value) {
   return Text(result.begin(), result.end());
 }
 
+Text Optional(const auto& value) {
+  return value ? Text(*value) : L"none";
+}
+
+const struct {
+  const char* title;  ///< of its rows: the fault that they would show
+  Text (*function)(View);
+} kTables[] = {
+    {"trimming forgets a Unicode blank, or takes off what is none",
+     [](View in) { return Text(text::Trim(in)); }},
+    {"a boolean text is taken for another, or with something around it",
+     [](View in) {
+       return Text(text::IsBooleanText(in) ? L"boolean" : L"") + (text::IsTrueText(in) ? L" true" : L"");
+     }},
+    {"a letter's neighbour in the table of characters is taken for it",
+     [](View in) { return Text(text::EqualsIgnoreCase(in.substr(0, 1), in.substr(1)) ? L"equal" : L""); }},
+    {"a number overflows, or stops at the wrong character",
+     [](View in) { return std::to_wstring(text::ParseDecimal(in)); }},
+    {"seconds overflow on their way to milliseconds",
+     [](View in) { return std::to_wstring(text::SecondsToMilliseconds(text::ParseDecimal(in))); }},
+    {"version folding loses the overlap of its fields, or overflows", Fold},
+    {"a path is cut at the wrong place", Cut},
+    {"an argument is lost, stripped twice, or not known as the last", Parse},
+    {"the newest pack is not found, or a list without one changes the result", Newest},
+    {"a newer pack is taken for an older one", Compare},
+    {"a recorded pack is not recognised, or a heading counts as one",
+     [](View in) {
+       const std::size_t bar = in.find(L'|');
+       return std::to_wstring(CountRecordedPacks(Split(in.substr(bar + 1)), in.substr(0, bar)));
+     }},
+    {"a record's version is misread, or read where there is none",
+     [](View in) {
+       const auto version = ParseRecordVersion(in);
+       return version ? std::to_wstring(*version) : L"none";
+     }},
+    {"the request asks for another file than the registered one",
+     [](View in) { return Optional(RequestPath(in, L"up.example")); }},
+    {"a section name is lost at the buffer's end, or a cut one is kept", Names},
+    {"blank lines stay between the entries of the file",
+     [](View in) { return log_text::Normalise(Text(in)); }},
+    {"the build line is missed in the log, or another NA is replaced",
+     [](View in) {
+       std::vector<Text> parts = Split(in);
+       log_text::ReplaceBuildLine(parts[1], L"Varnexa 15.0 Build Version : NA", parts[0]);
+       return parts[1];
+     }},
+    {"a line's end is lost on its way to the file", Widened<log_text::WithCrLf>},
+    {"a line's end is lost on its way to the edit control", [](View in) { return EditText(Text(in)); }},
+    {"a line's end is doubled on its way from the file", Widened<log_text::WithLf>},
+    {"a foreign file is taken for a log, or a log is overlooked",
+     [](View in) { return Text(log_text::IsLogFileName(in) ? L"log" : L"other"); }},
+    {"the run's log goes into the wrong one of several files", Choose},
+    {"a log is saved under a name with a wrong extension",
+     [](View in) { return Optional(SavedLogPath(in)); }},
+    {"the page of the regular mode tells of another result than its check's",
+     [](View in) { return Page(true, in); }},
+    {"the page of patch verification forgets a found update or hides a failure",
+     [](View in) { return Page(false, in); }},
+    {"the installer's file name is quoted by itself, or its switch stands outside the quotes",
+     LaunchParameters},
+};
+
 }  // namespace
 
-TEST_CASE("trimming forgets a Unicode blank, or takes off what is none") {
-  CheckRows([](View in) { return Text(text::Trim(in)); });
-}
-
-TEST_CASE("a boolean text is taken for another, or with something around it") {
-  CheckRows([](View value) {
-    return Text(text::IsBooleanText(value) ? L"boolean" : L"") + (text::IsTrueText(value) ? L" true" : L"");
-  });
-  CHECK_FALSE((text::EqualsIgnoreCase(L"@", L"`") || text::EqualsIgnoreCase(L"[", L"{")));
-}
-
-TEST_CASE("a number overflows, or stops at the wrong character") {
-  CheckRows([](View value) { return std::to_wstring(text::ParseDecimal(value)); });
-}
-
-TEST_CASE("seconds overflow on their way to milliseconds") {
-  CheckRows(
-      [](View value) { return std::to_wstring(text::SecondsToMilliseconds(text::ParseDecimal(value))); });
-}
-
-TEST_CASE("version folding loses the overlap of its fields, or overflows") {
-  CheckRows(Fold);
-}
-
-TEST_CASE("a path is cut at the wrong place") {
-  CheckRows([](View path) {
-    const text::SplitPath split = text::SplitAtLastBackslash(path);
-    return Text(split.has_backslash ? L"" : L"none").append(split.folder).append(L"|").append(split.file);
-  });
-}
-
-TEST_CASE("an argument is lost, stripped twice, or not known as the last") {
-  CheckRows(Parse);
-}
-
-TEST_CASE("the newest pack is not found, or a list without one changes the result") {
-  CheckRows(Newest);
-}
-
-TEST_CASE("a newer pack is taken for an older one") {
-  CheckRows([](View installed) {
-    const std::vector<Text> parts = Split(installed, L'.');
-    return Text(IsNewer({2, 7}, text::ParseDecimal(parts[0]), text::ParseDecimal(parts[1])) ? L"newer" : L"");
-  });
-}
-
-TEST_CASE("a recorded pack is not recognised, or a heading counts as one") {
-  CheckRows([](View in) {
-    const View list = in.substr(in.find(L'|') + 1);
-    return std::to_wstring(CountRecordedPacks(Split(list), in.substr(0, in.find(L'|'))));
-  });
-}
-
-TEST_CASE("a record's version is misread, or read where there is none") {
-  CheckRows([](View record) {
-    const auto version = ParseRecordVersion(record);
-    return version ? std::to_wstring(*version) : Text(L"none");
-  });
-}
-
-TEST_CASE("the request asks for another file than the registered one") {
-  CheckRows([](View address) { return Text(RequestPath(address, L"up.example").value_or(L"none")); });
-}
-
-TEST_CASE("a section name is lost at the buffer's end, or a cut one is kept") {
-  CheckRows(Names);
-}
-
-TEST_CASE("blank lines stay between the entries of the file") {
-  CheckRows([](View in) { return log_text::Normalise(Text(in)); });
-}
-
-TEST_CASE("the build line is missed in the log, or another NA is replaced") {
-  CheckRows([](View in) {
-    std::vector<Text> parts = Split(in);
-    log_text::ReplaceBuildLine(parts[1], L"Varnexa 15.0 Build Version : NA", parts[0]);
-    return parts[1];
-  });
-}
-
-TEST_CASE("a line's end is lost on its way to the file") {
-  CheckRows(Widened<log_text::WithCrLf>);
-}
-
-TEST_CASE("a line's end is lost on its way to the edit control") {
-  CheckRows(EditText);
-}
-
-TEST_CASE("a line's end is doubled on its way from the file") {
-  CheckRows(Widened<log_text::WithLf>);
-}
-
-TEST_CASE("a foreign file is taken for a log, or a log is overlooked") {
-  CheckRows([](View name) { return Text(log_text::IsLogFileName(name) ? L"log" : L"other"); });
-}
-
-TEST_CASE("the run's log goes into the wrong one of several files") {
-  CheckRows([](View times) {
-    std::vector<LogFileEntry> files;
-    for (const wchar_t c : times) files.push_back({L"", static_cast<std::uint64_t>(c) << 48});
-    const auto chosen = ChooseLogFile(files);
-    return chosen ? std::to_wstring(*chosen) : Text(L"new");
-  });
-}
-
-TEST_CASE("a log is saved under a name with a wrong extension") {
-  CheckRows([](View path) { return SavedLogPath(path).value_or(L"none"); });
-}
-
-TEST_CASE("the page of the regular mode tells of another result than its check's") {
-  CheckRows([](View in) { return Page(true, in); });
-}
-
-TEST_CASE("the page of patch verification forgets a found update or hides a failure") {
-  CheckRows([](View in) { return Page(false, in); });
-}
-
-TEST_CASE("the installer's file name is quoted by itself, or its switch stands outside the quotes") {
-  CheckRows(LaunchParameters);
+TEST_CASE("the pure part makes something else of an input") {
+  for (const auto& table : kTables) {
+    CAPTURE(table.title);
+    CheckRows(table.title, table.function);
+  }
 }

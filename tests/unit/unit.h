@@ -2,8 +2,6 @@
 
 #include <doctest.h>
 
-#include <functional>
-
 #include "literal.h"
 
 // Failures show wide texts as rows have them.
@@ -12,5 +10,5 @@ struct doctest::StringMaker<std::wstring> {
   static String convert(const std::wstring& value) { return Literal(value).c_str(); }
 };
 
-/// For each row of the running test's table, `function` of the input must give the result.
-void CheckRows(const std::function<std::wstring(std::wstring_view)>& function);
+/// For each row of this table, `function` of the input must give the result.
+void CheckRows(const char* title, std::wstring (*function)(std::wstring_view));
