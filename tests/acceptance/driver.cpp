@@ -1,106 +1,62 @@
 #include "acceptance/driver.h"
 
-#include <prsht.h>
-
-#include <vector>
-
 #include "platform/folders.h"
 #include "resource.h"
 #include "support/text.h"
 
-using namespace support;
-
 namespace {
 
 constexpr DWORD kLongestWaitMs = 10000;
-constexpr DWORD kDialogAtom = 32770;
-using Match = std::function<bool(HWND)>;
 
-/// The first window in front that matches: of all descendants of `parent`, without one of the main windows.
-HWND FindWindowBy(HWND parent, const Match& match) {
-  std::pair<const Match&, HWND> search{match, nullptr};
-  const auto visit = [](HWND window, LPARAM parameter) WINAPI -> BOOL {
-    auto& [matches, found] = *reinterpret_cast<std::pair<const Match&, HWND>*>(parameter);
-    if (matches(window)) found = window;
-    return found == nullptr;
-  };
-  const auto parameter = reinterpret_cast<LPARAM>(&search);
-  parent == nullptr ? EnumWindows(visit, parameter) : EnumChildWindows(parent, visit, parameter);
-  return search.second;
-}
-
-std::wstring SettingsFolder() {
-  return platform::DocumentsFolder() + L"\\Varnexa\\QRT15\\";
-}
-
-std::wstring LogFolder() {
-  return platform::CommonAppDataFolder() + L"\\Varnexa\\QRT15\\";
+/// The control of a dialog or of one of the pages in it.
+HWND Item(HWND dialog, int id) {
+  if (dialog == nullptr) return nullptr;
+  HWND item = GetDlgItem(dialog, id), page = nullptr;
+  while (item == nullptr && (page = FindWindowExW(dialog, page, WC_DIALOG, nullptr)) != nullptr) {
+    item = GetDlgItem(page, id);
+  }
+  return item;
 }
 
 }  // namespace
 
-Stage::Stage() {
-  for (const std::wstring& made :
-       {folder, SettingsFolder(), LogFolder(), folder + L"\\program", folder + L"\\product"}) {
-    RemoveTree(made);
-    MakeFolder(made);
-  }
-  CopyFileW(TAVREL_UTILITY, program.c_str(), FALSE);
-  PlaceProduct(L"15.0.2.5");
-  SetFact(L"Version", L"15.0");
-  SetFact(L"Installpath", folder + L"\\product");
-  SetFact(L"DisplayVersion", L"15.0");
-  SetFact(L"DisplayIcon", product);
-  SetFact(L"URLUpdateInfo", L"http://updates.varnexa.example/qrt15/updates.ini");
-  WriteSettings("CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\nTIMEOUT=20\r\n");
+Stage::Stage()
+    : Installation(L"C:\\tavrel-acceptance", platform::DocumentsFolder(), platform::CommonAppDataFolder()) {
+  support::MakeFolder(LogFolder());
+  support::CopyOver(TAVREL_UTILITY, program);
+  PlaceExecutable(L"15.0.2.5");
+  Install(support::Layout::two, DefaultProduct());
+  WriteSettings("CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
 }
 
-void Stage::PlaceProduct(const std::wstring& version) const {
-  CopyFileW(StandIn(version).c_str(), product.c_str(), FALSE);
-}
-
-void Stage::SetFact(const std::wstring& name, std::wstring_view text) const {
-  const bool of_maker = name == L"Version" || name == L"Installpath";
-  const std::wstring key = of_maker ? MakerKey(Layout::two) : UninstallKey(Layout::two);
-  SetRegistryText(key, name.c_str(), text);
-  if (text.empty()) RemoveRegistryValue(key, name.c_str());
-}
-
-void Stage::WriteSettings(std::string_view lines) const {
-  WriteBytes(SettingsFolder() + L"korsa.ini", std::string("[KORSA_URL]\r\n").append(lines));
-}
-
-std::string Stage::Setting(const wchar_t* key) const {
-  const std::wstring file = SettingsFolder() + L"korsa.ini";
-  wchar_t text[64];
-  WritePrivateProfileStringW(nullptr, nullptr, nullptr, file.c_str());  // forgets what was read before
-  GetPrivateProfileStringW(L"KORSA_URL", key, L"", text, 64, file.c_str());
-  return Utf8(text);
+std::wstring Stage::File(const std::wstring& name) const {
+  return name == L"korsa.ini" ? SettingsFile() : root_ + L"\\" + name;
 }
 
 std::wstring Stage::LogFile() const {
-  const std::vector<std::wstring> names = FileNames(LogFolder());
-  return names.size() == 1 ? LogFolder() + names[0] : std::wstring();
+  const std::vector<std::wstring> names = support::FileNames(LogFolder());
+  return names.size() == 1 ? LogFolder() + L"\\" + names[0] : std::wstring();
 }
 
 Run::Run(const std::wstring& program, const std::wstring& arguments)
     : job_(CreateJobObjectW(nullptr, nullptr)) {
   JOBOBJECT_EXTENDED_LIMIT_INFORMATION limit{};
   limit.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-  SetInformationJobObject(job_, JobObjectExtendedLimitInformation, &limit, sizeof limit);
+  SetInformationJobObject(job_.get(), JobObjectExtendedLimitInformation, &limit, sizeof limit);
   std::wstring command = L"\"" + program + L"\" " + arguments;
   STARTUPINFOW start{};
   start.cb = sizeof start;
   CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr,
                  &start, &process_);
-  AssignProcessToJobObject(job_, process_.hProcess);
+  AssignProcessToJobObject(job_.get(), process_.hProcess);
   ResumeThread(process_.hThread);
 }
 
 Run::~Run() {
   TerminateProcess(process_.hProcess, 99);
   WaitForSingleObject(process_.hProcess, kLongestWaitMs);
-  for (const HANDLE handle : {process_.hThread, process_.hProcess, job_}) CloseHandle(handle);
+  CloseHandle(process_.hThread);
+  CloseHandle(process_.hProcess);
 }
 
 bool Run::Ended() const {
@@ -109,68 +65,39 @@ bool Run::Ended() const {
          GetExitCodeProcess(process_.hProcess, &code) && code == 0;
 }
 
+bool Run::Idle() const {
+  return WaitForInputIdle(process_.hProcess, kLongestWaitMs) == 0;
+}
+
 bool Run::Answered() const {
-  const HWND message = Control(IDC_MESSAGE);
+  const HWND sheet = Sheet(), message = Item(sheet, IDC_MESSAGE);
   wchar_t start[2];
   const bool told = WaitUntil([&] { return InternalGetWindowText(message, start, 2) > 0; });
-  WaitForInputIdle(process_.hProcess, kLongestWaitMs);
+  Idle();
   Ask(message, WM_NULL);
-  const HWND sheet = Sheet();
   SetForegroundWindow(sheet);
   return told && WaitUntil([&] { return GetForegroundWindow() == sheet; });
 }
 
-bool Run::IsMainWindow(HWND window) const {
-  DWORD process = 0;
-  GetWindowThreadProcessId(window, &process);
-  return process == process_.dwProcessId && IsWindowVisible(window);
-}
-
-bool Run::ShowsWindow() const {
-  return FindWindowBy(nullptr, [&](HWND window) { return IsMainWindow(window); }) != nullptr;
-}
-
-HWND Run::FindDialog(bool sheet, HWND other) const {
-  return FindWindowBy(nullptr, [&](HWND window) {
-    return IsMainWindow(window) && window != other && GetClassLongW(window, GCW_ATOM) == kDialogAtom &&
-           sheet == (Descendant(window, IDC_MESSAGE) != nullptr);
+HWND Run::Find(bool sheet, HWND other) const {
+  HWND window = nullptr;
+  const auto wanted = [&] {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    return process == process_.dwProcessId && window != other && IsWindowVisible(window) &&
+           sheet == (Item(window, IDC_MESSAGE) != nullptr);
+  };
+  WaitUntil([&] {
+    do {
+      window = FindWindowExW(nullptr, window, WC_DIALOG, nullptr);
+    } while (window != nullptr && !wanted());
+    return window != nullptr;
   });
-}
-
-HWND Run::Dialog(HWND other) const {
-  HWND dialog = nullptr;
-  WaitUntil([&] { return (dialog = FindDialog(false, other)) != nullptr; });
-  return dialog;
-}
-
-HWND Run::Sheet() const {
-  HWND sheet = nullptr;
-  WaitUntil([&] { return (sheet = FindDialog(true, nullptr)) != nullptr; });
-  return sheet;
+  return window;
 }
 
 HWND Run::Control(int id) const {
-  return Descendant(Sheet(), id);
-}
-
-std::string Run::Text(int id) const {
-  return WindowText(Control(id));
-}
-
-std::string Run::ShowLog() const {
-  Ask(Sheet(), PSM_SETCURSEL, 1);
-  return Text(IDC_LOG_TEXT);
-}
-
-void Run::Keys(std::initializer_list<WORD> keys) const {
-  std::vector<INPUT> strokes(keys.size() * 2);
-  for (std::size_t i = 0; i < strokes.size(); ++i) {
-    const bool down = i < keys.size();
-    strokes[i].type = INPUT_KEYBOARD;
-    strokes[i].ki.wVk = keys.begin()[down ? i : strokes.size() - 1 - i];
-    strokes[i].ki.dwFlags = down ? 0 : KEYEVENTF_KEYUP;
-  }
-  SendInput(static_cast<UINT>(strokes.size()), strokes.data(), sizeof(INPUT));
+  return Item(Sheet(), id);
 }
 
 bool WaitUntil(const std::function<bool()>& condition) {
@@ -180,11 +107,6 @@ bool WaitUntil(const std::function<bool()>& condition) {
     Sleep(10);
   }
   return true;
-}
-
-HWND Descendant(HWND parent, int id) {
-  if (parent == nullptr) return nullptr;
-  return FindWindowBy(parent, [id](HWND window) { return GetDlgCtrlID(window) == id; });
 }
 
 LRESULT Ask(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -198,18 +120,10 @@ std::string WindowText(HWND window) {
   const auto buffer = reinterpret_cast<LPARAM>(text.data());
   text.resize(static_cast<std::size_t>(Ask(window, WM_GETTEXT, text.size(), buffer)));
   std::erase(text, L'\r');
-  return Utf8(text);
+  return support::Utf8(text);
 }
 
-std::string BoxText(HWND box) {
-  std::string text = WindowText(box) + "|";
-  for (HWND child = GetWindow(box, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-    if ((Ask(child, WM_GETDLGCODE) & DLGC_STATIC) != 0) text += WindowText(child);  // the icon has none
-  }
-  return text;
-}
-
-bool Answer(HWND box, int button) {
-  PostMessageW(GetDlgItem(box, button), BM_CLICK, 0, 0);
-  return WaitUntil([box] { return !IsWindowVisible(box); });
+void Press(const std::vector<BYTE>& keys) {
+  for (auto key = keys.begin(); key != keys.end(); ++key) keybd_event(*key, 0, 0, 0);
+  for (auto key = keys.rbegin(); key != keys.rend(); ++key) keybd_event(*key, 0, KEYEVENTF_KEYUP, 0);
 }

@@ -1,5 +1,6 @@
 // One libFuzzer program for all parsers of the pure part. TAVREL_PARSER in the environment names one of the
-// table at the end; without it the names are listed. TAVREL_SHOW prints each input as a row of the unit tests has it.
+// table at the end; without it the names are listed. TAVREL_SHOW prints each input as a row of the unit tests
+// has it.
 #undef NDEBUG  // the rules are asserted
 #include <algorithm>
 #include <cassert>

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,48 +15,36 @@
 namespace sweep {
 
 struct Call {
-  const char* function;
+  std::wstring function;
   std::wstring subject;      ///< the first text among its arguments: a path, a key, a value's name
   int nth;                   ///< counted among the calls of this function with this subject, from 1
   std::vector<DWORD> codes;  ///< to fail with
   DWORD code;                ///< that it was made to fail with, or 0
 };
 
-struct Fault {
-  std::size_t call;  ///< counted from 0 in the order of the run
-  DWORD code;
-};
 struct Plan {
-  std::vector<Fault> faults;
-  bool from_then_on = false;  ///< the first fault's function fails for the rest of the run as well
+  std::map<std::size_t, DWORD> faults;  ///< calls, counted from 0 in the order of the run, and their codes
+  bool from_then_on = false;            ///< a function that failed fails for the rest of the run as well
 };
 
 struct Run {
   std::vector<Call> calls;
-  std::string disorder;  ///< handles left open, closed twice or by the wrong function
+  std::wstring disorder;  ///< handles left open, closed twice or by the wrong function
 };
 /// Calls `act` with `plan` in force. Only calls of this thread count.
 Run Perform(const Plan& plan, const std::function<void()>& act);
-/// Imports of a program that touch files, the registry, the network or security and that no line of the table
+/// Imports of a program that touch files, the registry, the network or security and that no row of the table
 /// of functions covers.
 std::string UncoveredImports(const wchar_t* program);
-
-/// What a scene left behind.
-struct Outcome {
-  std::wstring said;   ///< its log entries and messages; what changes with the clock is left out
-  std::wstring state;  ///< everything else that must be as in a run without failures
-  bool operator==(const Outcome&) const = default;
-};
-using Files = std::map<std::wstring, std::string>;  ///< path below the machine's folder, content
+/// The program's clock stands at `now` for as long as what is returned lives.
+std::shared_ptr<void> StopClock(__time64_t now);
 
 struct Scene {
-  char letter;  ///< by which the rules name it
+  wchar_t letter;  ///< by which the tables name it
   const char* name;
-  void (*arrange)(support::Machine&);  ///< on top of what every scene finds
-  Outcome (*act)(support::Machine&);
-  std::vector<std::wstring> owns;  ///< ends of the paths that it may change
-  /// What holds whatever fails; the complaint, empty without one.
-  std::string (*judge)(const Outcome&, const Files& before, const Files& after);
+  const wchar_t* pairs_from;               ///< function from whose first call on two calls fail, or null
+  void (*arrange)(support::Machine&);      ///< on top of what every scene finds
+  std::wstring (*act)(support::Machine&);  ///< its log entries and messages, "-- " and the results
 };
 const std::vector<Scene>& Scenes();
 /// What every scene finds: settings, a registered product with its executable, logs, and strangers' files.

@@ -5,13 +5,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <sstream>
 
 namespace support {
 namespace {
 
-constexpr unsigned kLookMs = 20;
-constexpr unsigned kLongestWaitMs = 10000;
+constexpr int kLookMs = 20;
 
 }  // namespace
 
@@ -31,7 +29,7 @@ HttpReply Reply(int status, std::string_view body, std::string_view headers) {
   return reply;
 }
 
-HttpServer::HttpServer(Answer answer, std::uint16_t port) : answer_(std::move(answer)), port_(port) {
+HttpServer::HttpServer(Answer answer) : answer_(std::move(answer)) {
   WSADATA data;
   WSAStartup(MAKEWORD(2, 2), &data);
   Start();
@@ -43,12 +41,11 @@ void HttpServer::Start() {
   setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&reuse), sizeof reuse);
   sockaddr_in address{};
   address.sin_family = AF_INET;
-  address.sin_port = htons(port_);
+  address.sin_port = htons(80);
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   if (bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
       listen(listener, 16) != 0) {
-    std::fprintf(stderr, "port %u of the loopback network is not free: %d\n", unsigned{port_},
-                 WSAGetLastError());
+    std::fprintf(stderr, "port 80 of the loopback network is not free: %d\n", WSAGetLastError());
     std::exit(3);
   }
   stopping_ = false;
@@ -70,50 +67,34 @@ std::vector<HttpRequest> HttpServer::Requests() const {
 
 // Every socket is asked whether it is ready before it is used: an operation that is still under way when its
 // socket is closed can bring down Wine's server process.
-bool HttpServer::Ready(std::uintptr_t socket, Use use) const {
-  for (unsigned waited = 0; waited < kLongestWaitMs; waited += kLookMs) {
-    const bool last_look = stopping_;
-    fd_set sockets{1, {socket}};
-    timeval moment{0, kLookMs * 1000};
-    if (select(0, use == Use::read ? &sockets : nullptr, use == Use::write ? &sockets : nullptr, nullptr,
-               &moment) == 1) {
-      return true;
-    }
-    if (last_look) break;
+bool HttpServer::Ready(std::uintptr_t socket, short use) const {
+  for (bool last_look = false; !last_look;) {
+    last_look = stopping_;
+    WSAPOLLFD look{socket, use, 0};
+    if (WSAPoll(&look, 1, kLookMs) == 1) return true;
   }
   return false;
 }
 
 void HttpServer::Run() {
-  bool last_look = false;
-  while (!last_look) {
-    last_look = stopping_;
-    while (Ready(listener_, Use::read)) {
-      const SOCKET client = accept(listener_, nullptr, nullptr);
-      u_long nonblocking = 1;
-      ioctlsocket(client, FIONBIO, &nonblocking);
-      ++connections_;
-      Serve(client);
-      closesocket(client);
-    }
+  while (Ready(listener_, POLLRDNORM)) {
+    const SOCKET client = accept(listener_, nullptr, nullptr);
+    u_long nonblocking = 1;
+    ioctlsocket(client, FIONBIO, &nonblocking);
+    ++connections_;
+    Serve(client);
+    closesocket(client);
   }
-}
-
-std::string HttpServer::ReadHead(std::uintptr_t client) const {
-  std::string head;
-  char block[4096];
-  while (head.find("\r\n\r\n") == std::string::npos) {
-    const int received = Ready(client, Use::read) ? recv(client, block, sizeof block, 0) : 0;
-    if (received <= 0) return {};
-    head.append(block, static_cast<std::size_t>(received));
-  }
-  return head;
 }
 
 void HttpServer::Serve(std::uintptr_t client) {
-  HttpRequest request{{}, {}, ReadHead(client)};
-  if (request.head.empty()) return;
-  std::istringstream(request.head) >> request.method >> request.path;
+  HttpRequest request;
+  char block[4096];
+  while (request.head.find("\r\n\r\n") == std::string::npos) {
+    const int received = Ready(client, POLLRDNORM) ? recv(client, block, sizeof block, 0) : 0;
+    if (received <= 0) return;
+    request.head.append(block, static_cast<std::size_t>(received));
+  }
   {
     const std::lock_guard lock(mutex_);
     requests_.push_back(request);
@@ -131,14 +112,12 @@ void HttpServer::Serve(std::uintptr_t client) {
   if (reply.end == HttpReply::End::reset) {
     setsockopt(client, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&at_once), sizeof at_once);
   }
-  while (reply.end == HttpReply::End::hold && !stopping_ && !Ready(client, Use::read)) {
-  }
 }
 
 bool HttpServer::Send(std::uintptr_t client, std::string_view bytes) const {
   while (!bytes.empty() && !stopping_) {
     const int size = static_cast<int>(std::min<std::size_t>(bytes.size(), 1 << 20));
-    const int sent = Ready(client, Use::write) ? send(client, bytes.data(), size, 0) : 0;
+    const int sent = Ready(client, POLLWRNORM) ? send(client, bytes.data(), size, 0) : 0;
     if (sent <= 0) return false;
     bytes.remove_prefix(static_cast<std::size_t>(sent));
   }

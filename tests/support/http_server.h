@@ -12,9 +12,7 @@
 namespace support {
 
 struct HttpRequest {
-  std::string method;
-  std::string path;  ///< as it stands in the request line
-  std::string head;  ///< the whole request head
+  std::string head;  ///< request line and headers
   /// A header's value; empty when it was not sent.
   std::string Header(std::string_view name) const;
 };
@@ -26,7 +24,7 @@ struct HttpReply {
   unsigned pause_ms = 0;  ///< wait before every piece, the first one included
   std::string tail;       ///< sent `tail_count` times behind `bytes`
   unsigned tail_count = 0;
-  enum class End { close, reset, hold } end = End::close;  ///< hold: until the client or the server ends
+  enum class End { close, reset } end = End::close;
 };
 
 /// A complete answer with its length and "Connection: close". `headers`: further ones, each with its "\r\n".
@@ -39,8 +37,8 @@ class HttpServer {
  public:
   using Answer = std::function<HttpReply(const HttpRequest&)>;
 
-  /// Listens at once; ends the program when the port is taken. `answer` runs on the server's thread.
-  explicit HttpServer(Answer answer, std::uint16_t port = 80);
+  /// Listens at once on port 80; ends the program when that is taken. `answer` runs on the server's thread.
+  explicit HttpServer(Answer answer);
   explicit HttpServer(HttpReply reply) : HttpServer([reply](const HttpRequest&) { return reply; }) {}
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
@@ -56,15 +54,12 @@ class HttpServer {
 
  private:
   void Run();
-  enum class Use { read, write };
-  /// Waits until the socket can be used; not long, and only for a moment once the server is to stop.
-  bool Ready(std::uintptr_t socket, Use use) const;
-  std::string ReadHead(std::uintptr_t client) const;
+  /// Waits until the socket can be used in this way, or until the server is to stop.
+  bool Ready(std::uintptr_t socket, short use) const;
   void Serve(std::uintptr_t client);
   bool Send(std::uintptr_t client, std::string_view bytes) const;
 
   Answer answer_;
-  std::uint16_t port_;
   std::atomic<std::uintptr_t> listener_{};
   std::atomic<bool> stopping_{false};
   std::atomic<unsigned> connections_{0};

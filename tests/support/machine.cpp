@@ -1,7 +1,6 @@
 #include "support/machine.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -10,11 +9,10 @@
 
 #include "support/text.h"
 
+namespace fs = std::filesystem;
+
 namespace support {
 namespace {
-
-constexpr wchar_t kShellFolders[] =
-    L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
 
 void Need(bool done, const std::wstring& what) {
   if (done) return;
@@ -28,45 +26,54 @@ platform::UniqueRegistryKey CreateKey(HKEY root, const std::wstring& path) {
   return key;
 }
 
-void SetText(HKEY root, const std::wstring& path, const wchar_t* name, std::wstring_view value) {
-  const std::wstring text(value);
-  const DWORD size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-  Need(RegSetKeyValueW(root, path.c_str(), name, REG_SZ, text.c_str(), size) == ERROR_SUCCESS, path);
+/// Takes `key` for the registry's `root`, with `path` as what this shell folder is.
+void Redirect(HKEY root, HKEY key, const wchar_t* shell_folder, const std::wstring& path) {
+  const DWORD size = static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t));
+  Need(RegSetKeyValueW(key, L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders",
+                       shell_folder, REG_SZ, path.c_str(), size) == ERROR_SUCCESS,
+       path);
+  RegOverridePredefKey(root, key);
 }
 
 std::wstring Below(Layout layout, const wchar_t* path) {
   return std::wstring(layout == Layout::one ? L"SOFTWARE\\Wow6432Node\\" : L"SOFTWARE\\") + path;
 }
 
-std::wstring UniqueName() {
-  static std::atomic<unsigned> count{0};
-  return L"tavrel-test-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
+std::wstring UniqueFolder() {
+  static unsigned count = 0;
+  const std::string name = "tavrel-test-" + std::to_string(GetCurrentProcessId()) + "-";
+  return (fs::temp_directory_path() / (name + std::to_string(++count))).lexically_normal().wstring();
+}
+
+/// The key of the machine in this folder, below the user's own.
+std::wstring KeyOf(const std::wstring& root) {
+  return L"Software\\" + fs::path(root).filename().wstring();
 }
 
 }  // namespace
 
 void MakeFolder(const std::wstring& path) {
   std::error_code error;
-  std::filesystem::create_directories(path, error);
+  fs::create_directories(path, error);
   Need(!error, path);
 }
 
 void WriteBytes(const std::wstring& path, std::string_view bytes) {
-  std::ofstream file(std::filesystem::path(path), std::ios::binary);
+  std::ofstream file(fs::path(path), std::ios::binary);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   file.close();
   Need(file.good(), path);
 }
 
 std::optional<std::string> ReadBytes(const std::wstring& path) {
-  std::ifstream file(std::filesystem::path(path), std::ios::binary);
+  std::ifstream file(fs::path(path), std::ios::binary);
   if (!file) return std::nullopt;
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 std::vector<std::wstring> FileNames(const std::wstring& folder) {
   std::vector<std::wstring> names;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+  for (const auto& entry : fs::directory_iterator(folder)) {
     if (!entry.is_directory()) names.push_back(entry.path().filename().wstring());
   }
   std::sort(names.begin(), names.end());
@@ -74,20 +81,19 @@ std::vector<std::wstring> FileNames(const std::wstring& folder) {
 }
 
 void SetWriteTime(const std::wstring& path, std::uint64_t time) {
-  const HANDLE file = CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                  nullptr, OPEN_EXISTING, 0, nullptr);
+  const platform::UniqueFile file(
+      CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr));
   const FILETIME value{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
-  Need(SetFileTime(file, nullptr, nullptr, &value) != FALSE, path);
-  CloseHandle(file);
+  Need(SetFileTime(file.get(), nullptr, nullptr, &value) != FALSE, path);
 }
 
 void RemoveTree(const std::wstring& path) {
   std::error_code error;
-  std::filesystem::remove_all(path, error);
+  fs::remove_all(path, error);
 }
 
-std::wstring StandIn(std::wstring_view version) {
-  return std::wstring(TAVREL_STANDIN_FOLDER).append(L"/").append(version).append(L"/Qrt.exe");
+void CopyOver(const std::wstring& from, const std::wstring& to) {
+  Need(CopyFileW(from.c_str(), to.c_str(), FALSE) != FALSE, from);
 }
 
 ShareLock::ShareLock(const std::wstring& path, DWORD share)
@@ -104,7 +110,9 @@ void SetRegistryBytes(const std::wstring& key, const wchar_t* name, DWORD type, 
 }
 
 void SetRegistryText(const std::wstring& key, const wchar_t* name, std::wstring_view text) {
-  SetText(HKEY_LOCAL_MACHINE, key, name, text);
+  const std::wstring ended = std::wstring(text) + L'\0';
+  SetRegistryBytes(key, name, REG_SZ,
+                   {reinterpret_cast<const char*>(ended.data()), ended.size() * sizeof(wchar_t)});
 }
 
 void MakeRegistryKey(const std::wstring& key) {
@@ -123,44 +131,22 @@ std::wstring UninstallKey(Layout layout) {
   return Below(layout, L"Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varnexa 15.0");
 }
 
-Machine::Machine()
-    : name_(UniqueName()),
-      temp_before_(std::filesystem::temp_directory_path().wstring()),
-      root_(std::filesystem::path(temp_before_ + L"\\" + name_).lexically_normal().wstring()),
-      machine_key_(CreateKey(HKEY_CURRENT_USER, L"Software\\" + name_ + L"\\machine")),
-      user_key_(CreateKey(HKEY_CURRENT_USER, L"Software\\" + name_ + L"\\user")),
-      module_name_("GetModuleFileNameW", [this](HMODULE module, wchar_t* path, DWORD size) {
-        if (module != nullptr) return module_name_.original(module, path, size);
-        lstrcpynW(path, (ProgramFolder() + L"\\QRTTavrelUtility.exe").c_str(), static_cast<int>(size));
-        return static_cast<DWORD>(lstrlenW(path));
-      }) {
-  for (const std::wstring& folder :
-       {Documents(), CommonAppData(), Temp(), ProgramFolder(), ProductFolder()}) {
+Installation::Installation(std::wstring root, std::wstring documents, std::wstring common)
+    : root_(std::move(root)), documents_(std::move(documents)), common_(std::move(common)) {
+  for (const std::wstring& old : {root_, documents_ + L"\\Varnexa", LogFolder()}) RemoveTree(old);
+  for (const std::wstring& folder : {documents_, common_, Temp(), ProgramFolder(), ProductFolder()}) {
     MakeFolder(folder);
   }
-  SetText(machine_key_.get(), kShellFolders, L"Common AppData", CommonAppData());
-  SetText(user_key_.get(), kShellFolders, L"Personal", Documents());
-  RegOverridePredefKey(HKEY_LOCAL_MACHINE, machine_key_.get());
-  RegOverridePredefKey(HKEY_CURRENT_USER, user_key_.get());
-  SetEnvironmentVariableW(L"TMP", Temp().c_str());
 }
 
-Machine::~Machine() {
-  SetEnvironmentVariableW(L"TMP", temp_before_.c_str());
-  RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
-  RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-  RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\" + name_).c_str());
-  RemoveTree(root_);
-}
-
-Product Machine::DefaultProduct() const {
+Product Installation::DefaultProduct() const {
   Product product;
   product.tag_two = ProductFolder() + L"\\Qrt.exe";
   product.install_path = ProductFolder();
   return product;
 }
 
-void Machine::Install(Layout layout, const Product& product) {
+void Installation::Install(Layout layout, const Product& product) {
   const auto set = [](const std::wstring& key, const wchar_t* name, const std::wstring& text) {
     MakeRegistryKey(key);
     if (!text.empty()) SetRegistryText(key, name, text);
@@ -172,14 +158,38 @@ void Machine::Install(Layout layout, const Product& product) {
   set(UninstallKey(layout), L"URLUpdateInfo", product.tag_three);
 }
 
-void Machine::PlaceExecutable(std::wstring_view version) {
-  Need(CopyFileW(StandIn(version).c_str(), (ProductFolder() + L"\\Qrt.exe").c_str(), FALSE) != FALSE,
-       StandIn(version));
+void Installation::PlaceExecutable(std::wstring_view version) {
+  CopyOver(std::wstring(TAVREL_STANDIN_FOLDER).append(L"/").append(version).append(L"/Qrt.exe"),
+           ProductFolder() + L"\\Qrt.exe");
 }
 
-void Machine::WriteSettings(std::string_view lines) {
-  MakeFolder(Documents() + L"\\Varnexa\\QRT15");
+void Installation::WriteSettings(std::string_view lines) {
+  MakeFolder(fs::path(SettingsFile()).parent_path().wstring());
   WriteBytes(SettingsFile(), std::string("[KORSA_URL]\r\n").append(lines));
+}
+
+Machine::Machine() : Machine(UniqueFolder()) {}
+
+Machine::Machine(const std::wstring& root)
+    : Installation(root, root + L"\\documents", root + L"\\common"),
+      machine_key_(CreateKey(HKEY_CURRENT_USER, KeyOf(root) + L"\\machine")),
+      user_key_(CreateKey(HKEY_CURRENT_USER, KeyOf(root) + L"\\user")),
+      module_name_("GetModuleFileNameW", [this](HMODULE module, LPWSTR path, DWORD size) {
+        if (module != nullptr) return module_name_.original(module, path, size);
+        lstrcpynW(path, (ProgramFolder() + L"\\QRTTavrelUtility.exe").c_str(), static_cast<int>(size));
+        return static_cast<DWORD>(lstrlenW(path));
+      }) {
+  Redirect(HKEY_LOCAL_MACHINE, machine_key_.get(), L"Common AppData", common_);
+  Redirect(HKEY_CURRENT_USER, user_key_.get(), L"Personal", documents_);
+  SetEnvironmentVariableW(L"TMP", Temp().c_str());
+}
+
+Machine::~Machine() {
+  SetEnvironmentVariableW(L"TMP", fs::path(root_).parent_path().c_str());
+  RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+  RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+  RegDeleteTreeW(HKEY_CURRENT_USER, KeyOf(root_).c_str());
+  RemoveTree(root_);
 }
 
 }  // namespace support

@@ -21,8 +21,8 @@ std::vector<std::wstring> FileNames(const std::wstring& folder);  ///< sorted; f
 /// Last write time, in 100 ns since 1601.
 void SetWriteTime(const std::wstring& path, std::uint64_t time);
 void RemoveTree(const std::wstring& path);
-/// A stand-in product executable of this file version: 15.0.0.36, 15.0.1.0, 15.0.2.5 or 15.0.2.7.
-std::wstring StandIn(std::wstring_view version);
+/// Copies a file over another one, if there is one.
+void CopyOver(const std::wstring& from, const std::wstring& to);
 
 /// Keeps a file open so that others may do no more than `share` allows (error 32 else).
 struct ShareLock : platform::UniqueFile {
@@ -48,37 +48,45 @@ struct Product {
   std::wstring install_path;
 };
 
-/// A machine of the test's own, for as long as the object lives: HKEY_LOCAL_MACHINE and HKEY_CURRENT_USER are
-/// empty keys of this process, and Documents, common application data, the temporary folder and the program's
-/// own folder are empty folders below one that goes away with the object.
-class Machine {
+/// A product, its utility and what they use, in folders that whoever makes one has chosen. The folder at the
+/// root goes away first, and in the others what a utility left there.
+class Installation {
  public:
-  Machine();
-  ~Machine();
+  Installation(std::wstring root, std::wstring documents, std::wstring common);
 
-  std::wstring Documents() const { return root_ + L"\\documents"; }
-  std::wstring CommonAppData() const { return root_ + L"\\common"; }
+  const std::wstring& Documents() const { return documents_; }
   std::wstring Temp() const { return root_ + L"\\temp"; }
   std::wstring ProgramFolder() const { return root_ + L"\\program"; }
   std::wstring ProductFolder() const { return root_ + L"\\product"; }
 
-  std::wstring SettingsFile() const { return Documents() + L"\\Varnexa\\QRT15\\korsa.ini"; }
-  std::wstring LogFolder() const { return CommonAppData() + L"\\Varnexa\\QRT15"; }
+  std::wstring SettingsFile() const { return documents_ + L"\\Varnexa\\QRT15\\korsa.ini"; }
+  std::wstring LogFolder() const { return common_ + L"\\Varnexa\\QRT15"; }
   std::wstring Record() const { return ProductFolder() + L"\\installedupdates.dat"; }
   std::wstring UpdateList() const { return Temp() + L"\\updates.ini"; }
 
   /// The facts of a product in the product folder.
   Product DefaultProduct() const;
   void Install(Layout layout, const Product& product);
-  /// Copies a stand-in executable of this version into the product folder, in place of another one.
+  /// Copies a stand-in executable into the product folder, in place of another one. Its file version is one
+  /// of 15.0.0.36, 15.0.1.0, 15.0.2.5 and 15.0.2.7.
   void PlaceExecutable(std::wstring_view version);
   /// Writes the settings file with this text below its section's heading.
   void WriteSettings(std::string_view lines);
 
+ protected:
+  const std::wstring root_, documents_, common_;
+};
+
+/// A machine of the test's own, for as long as the object lives: HKEY_LOCAL_MACHINE and HKEY_CURRENT_USER are
+/// empty keys of this process, and Documents, common application data, the temporary folder and the program's
+/// own folder are empty folders below one that goes away with the object.
+class Machine : public Installation {
+ public:
+  Machine();
+  ~Machine();
+
  private:
-  std::wstring name_;
-  std::wstring temp_before_;
-  std::wstring root_;
+  explicit Machine(const std::wstring& root);
   platform::UniqueRegistryKey machine_key_, user_key_;
   ImportHook<GetModuleFileNameW> module_name_;
 };

@@ -1,5 +1,10 @@
 #include "support/text.h"
 
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
 #include "platform/files.h"
 
 namespace support {
@@ -15,6 +20,18 @@ std::vector<std::wstring> Split(std::wstring_view text, wchar_t separator) {
   }
   parts.emplace_back(text);
   return parts;
+}
+
+std::vector<std::vector<std::wstring>> Rows(const char* file) {
+  std::vector<std::vector<std::wstring>> rows;
+  std::ifstream lines(std::filesystem::path(TAVREL_TESTS_FOLDER) / file);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    rows.push_back(Split(std::filesystem::path(std::u8string(line.begin(), line.end())).wstring(), L';'));
+  }
+  if (!rows.empty()) return rows;
+  std::fprintf(stderr, "no rows in %s\n", file);
+  std::exit(3);
 }
 
 std::string LogDifference(std::wstring_view log, const std::vector<std::wstring>& expected) {

@@ -9,6 +9,9 @@ namespace support {
 std::string Utf8(std::wstring_view text);
 /// The parts between the separators; one empty part for an empty text.
 std::vector<std::wstring> Split(std::wstring_view text, wchar_t separator);
+/// The lines of a table, split at ';', of a UTF-8 file named as below the tests' folder: "integration/x.txt".
+/// Lines that begin with '#' and empty ones are left out. Ends the program when there are none.
+std::vector<std::vector<std::wstring>> Rows(const char* file);
 
 /// Empty when `log` is exactly these entries, each followed by "\n\n"; else which one differs, and how.
 /// For CHECK(LogDifference(...) == "").

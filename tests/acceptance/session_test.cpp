@@ -1,0 +1,253 @@
+#include <doctest.h>
+
+#include <windows.h>
+
+#include <dlgs.h>
+#include <prsht.h>
+
+#include <algorithm>
+#include <deque>
+#include <map>
+#include <regex>
+#include <set>
+
+#include "acceptance/driver.h"
+#include "resource.h"
+#include "support/text.h"
+#include "support/watchdog.h"
+
+using support::ReadBytes;
+using support::Reply;
+using support::Utf8;
+using Fields = std::vector<std::wstring>;
+
+namespace {
+
+const std::map<std::wstring, int> kControls{
+    {L"message", IDC_MESSAGE},   {L"note", IDC_NOTE},   {L"start-up check", IDC_CHECK_ON_STARTUP},
+    {L"install", IDC_INSTALL},   {L"retry", IDC_RETRY}, {L"hide errors", IDC_HIDE_NETWORK_ERRORS},
+    {L"continue", IDC_CONTINUE}, {L"ok", IDOK},         {L"cancel", IDCANCEL},
+    {L"help", IDHELP},           {L"yes", IDYES},       {L"no", IDNO}};
+const std::map<std::wstring, BYTE> kKeys{{L"Alt", VK_MENU},     {L"Space", VK_SPACE},   {L"Up", VK_UP},
+                                         {L"Enter", VK_RETURN}, {L"Escape", VK_ESCAPE}, {L"F1", VK_F1},
+                                         {L"F4", VK_F4}};
+
+/// What stands in a field, where '|' ends a line.
+std::string Text(const std::wstring& field, const char* line_end = "\n") {
+  return std::regex_replace(Utf8(field), std::regex("\\|"), line_end);
+}
+
+/// What the page tells, by the name that it has in the table of these texts.
+std::string PageText(const std::wstring& name) {
+  static const auto texts = support::Rows("acceptance/page_texts.txt");
+  return Text(
+      std::find_if(texts.begin(), texts.end(), [&](const Fields& row) { return row[0] == name; })->at(1));
+}
+
+int Count(std::string_view text, std::string_view part) {
+  int count = 0;
+  for (std::size_t at = 0; (at = text.find(part, at)) != text.npos; ++at) ++count;
+  return count;
+}
+
+/// Whether the screen shows more than one colour along a line where the control's text begins.
+bool IsPainted(HWND control) {
+  RECT area{};
+  GetWindowRect(control, &area);
+  const HDC screen = GetDC(nullptr);
+  std::set<COLORREF> colors;
+  for (LONG x = area.left + 4; x < area.right - 5; ++x) colors.insert(GetPixel(screen, x, area.top + 8));
+  ReleaseDC(nullptr, screen);
+  return colors.size() > 1;
+}
+
+/// What is selected of the log and which line is the first to be seen.
+std::pair<LRESULT, LRESULT> PlaceIn(HWND log) {
+  return {Ask(log, EM_GETSEL), Ask(log, EM_GETFIRSTVISIBLELINE)};
+}
+
+/// One session of a person at the machine. What a step has to find is checked in it.
+struct Session {
+  Stage stage;
+  support::HttpReply reply = Reply(200, kOnePack);
+  support::HttpServer server{[this](const support::HttpRequest&) { return reply; }};
+  std::deque<Run> products;
+  std::optional<Run> run;
+  HWND save_dialog = nullptr;
+  std::string page, log_file;  ///< texts of the log page and the log file when they were looked at last
+  std::optional<support::ShareLock> lock;
+
+  HWND Control(const std::wstring& name) const { return run->Control(kControls.at(name)); }
+  void ShowPage(WPARAM index) const { Ask(run->Sheet(), PSM_SETCURSEL, index); }
+
+  void Answer(HWND box, const std::wstring& how) const {
+    if (kKeys.contains(how)) ::Press({kKeys.at(how)});
+    if (kControls.contains(how)) PostMessageW(GetDlgItem(box, kControls.at(how)), BM_CLICK, 0, 0);
+    CHECK(WaitUntil([box] { return !IsWindowVisible(box); }));
+  }
+
+  // The steps; the table of sessions explains them.
+  void Server(const Fields& f) {
+    server.Stop();
+    if (f[1] == L"down") return;
+    reply = Reply(std::stoi(f[1]), f.size() == 2 ? kOnePack : Text(f[2], "\r\n"));
+    server.Start();
+  }
+  void SlowServer(const Fields& f) { reply.pause_ms = std::stoul(f[1]); }
+  void Product(const Fields& f) { stage.PlaceExecutable(f[1]); }
+  void Fact(const Fields& f) {
+    const auto key = (f[1] == L"Version" ? support::MakerKey : support::UninstallKey)(support::Layout::two);
+    support::SetRegistryText(key, f[1].c_str(), f[2]);
+    if (f[2].empty()) support::RemoveRegistryValue(key, f[1].c_str());
+  }
+  void Write(const Fields& f) { support::WriteBytes(stage.File(f[1]), Text(f[2], "\r\n")); }
+  void Lock(const Fields& f) { lock.emplace(stage.File(f[1]), FILE_SHARE_READ); }
+  void Launch(const Fields& f) {
+    const std::wstring program = stage.File(f[1]);
+    if (!ReadBytes(program)) support::CopyOver(stage.ProductFolder() + L"\\Qrt.exe", program);
+    REQUIRE(products.emplace_back(program).Idle());
+  }
+  void Start(const Fields& f) {
+    run.reset();
+    run.emplace(stage.program, f[1]);
+  }
+  void Answered(const Fields&) { REQUIRE(run->Answered()); }
+  void Ended(const Fields&) { CHECK(run->Ended()); }
+  void Press(const Fields& f) { PostMessageW(Control(f[1]), BM_CLICK, 0, 0); }
+  void Command(const Fields& f) {
+    Ask(GetParent(Control(f[1])), WM_COMMAND, MAKEWPARAM(kControls.at(f[1]), BN_CLICKED));
+  }
+  void Keys(const Fields& f) {
+    std::vector<BYTE> keys;
+    for (const std::wstring& name : support::Split(f[1], L' ')) keys.push_back(kKeys.at(name));
+    ::Press(keys);
+  }
+  void Box(const Fields& f) {
+    const HWND box = run->Dialog(save_dialog);
+    CHECK(WindowText(box) == Utf8(f[1]));
+    std::string text;
+    HWND part = nullptr;  // the icon, which has no text, or the text
+    while ((part = FindWindowExW(box, part, L"Static", nullptr)) != nullptr) text += WindowText(part);
+    CHECK(text == Text(f[2]));
+    Answer(box, f[3]);
+  }
+  void Save(const Fields& f) {
+    ShowPage(1);
+    PostMessageW(run->Control(IDC_SAVE_LOG), BM_CLICK, 0, 0);
+    save_dialog = run->Dialog(nullptr);
+    if (f[2] == L"cancel") return Answer(save_dialog, f[2]);
+    const std::wstring path = stage.File(f[1]);
+    const HWND name = GetDlgItem(save_dialog, cmb13);
+    Ask(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+    PostMessageW(GetDlgItem(save_dialog, IDOK), BM_CLICK, 0, 0);
+    if (!f[2].empty()) Answer(run->Dialog(save_dialog), f[2]);
+  }
+  void Page(const Fields& f) {
+    // The code that stands for a refused connection is the network library's affair.
+    const std::regex refusal("Error : \\d+ Please");
+    const std::string message = WindowText(Control(L"message"));
+    CHECK(std::regex_replace(message, refusal, "Error : * Please") == PageText(f[1]));
+    CHECK(WindowText(Control(L"note")) == PageText(L"note"));
+    for (const wchar_t* name : {L"install", L"retry", L"continue"}) {
+      CHECK((IsWindowEnabled(Control(name)) != FALSE) == (f[2] == name));
+    }
+    CHECK((IsWindowVisible(Control(L"continue")) != FALSE) == (f[2] == L"continue"));
+    CHECK_FALSE(IsWindowVisible(Control(L"hide errors")));
+  }
+  void Painted(const Fields& f) { CHECK(IsPainted(Control(f[1])) == (f[2] == L"yes")); }
+  void Ticked(const Fields& f) {
+    const HWND box = Control(L"start-up check");
+    CHECK(WaitUntil([&] { return (Ask(box, BM_GETCHECK) != 0) == (f[1] == L"yes"); }));
+  }
+  void Log(const Fields& f) {
+    ShowPage(1);
+    page = WindowText(run->Control(IDC_LOG_TEXT));
+    CHECK(WindowText(run->Control(IDC_LOG_FILE)) == Utf8(stage.LogFile()));
+    ShowPage(0);
+    CHECK_MESSAGE(Count(page, Text(f[2])) == std::stoi(f[1]), page);
+  }
+  void ReadingPlace(const Fields&) {
+    ShowPage(1);
+    const HWND log = run->Control(IDC_LOG_TEXT);
+    const LRESULT at_first = PlaceIn(log).second;
+    Ask(log, EM_SETSEL, 3, 40);
+    Ask(log, EM_SCROLLCARET);
+    Ask(log, EM_LINESCROLL, 0, 4);
+    const auto chosen = PlaceIn(log);
+    CHECK(chosen.first == MAKELONG(3, 40));
+    CHECK(chosen.second < at_first);
+    ShowPage(0);
+    ShowPage(1);
+    CHECK(PlaceIn(log) == chosen);
+  }
+  void LogFileGrows(const Fields& f) {
+    const std::string log = stage.Log(), entries = std::regex_replace(page, std::regex("\n\n"), "\r\n");
+    REQUIRE(log.size() >= log_file.size() + entries.size());
+    CHECK((log.starts_with(log_file) && log.ends_with(entries)));
+    const std::string start = log.substr(log_file.size(), log.size() - log_file.size() - entries.size());
+    CHECK(Count(start, "\r\n") == std::stoi(f[1]));
+    CHECK(Count(start + entries, Text(f[2], "\r\n")) == 1);
+    log_file = log;
+  }
+  void File(const Fields& f) {
+    std::optional<std::string> wanted;
+    if (f.size() > 2) wanted = Text(f[2], "\r\n");
+    if (wanted == "log page") wanted = std::regex_replace(page, std::regex("\n"), "\r\n");
+    const auto there = [&] { return ReadBytes(stage.File(f[1])); };
+    CHECK(WaitUntil([&] { return there() == wanted; }));
+    CHECK(there().value_or("none") == wanted.value_or("none"));
+  }
+  void Running(const Fields& f) {
+    std::string running;
+    for (const Run& product : products) running += product.Runs() ? "yes " : "no ";
+    CHECK(running == Utf8(f[1] + L" "));
+  }
+  void Connections(const Fields& f) {
+    CHECK(WaitUntil([&] { return server.Connections() == std::stoul(f[1]); }));
+  }
+};
+
+const std::map<std::wstring, void (Session::*)(const Fields&)> kSteps{
+    {L"server", &Session::Server},
+    {L"slow server", &Session::SlowServer},
+    {L"product", &Session::Product},
+    {L"fact", &Session::Fact},
+    {L"write", &Session::Write},
+    {L"lock", &Session::Lock},
+    {L"launch", &Session::Launch},
+    {L"start", &Session::Start},
+    {L"answered", &Session::Answered},
+    {L"ended", &Session::Ended},
+    {L"press", &Session::Press},
+    {L"command", &Session::Command},
+    {L"keys", &Session::Keys},
+    {L"box", &Session::Box},
+    {L"save", &Session::Save},
+    {L"page", &Session::Page},
+    {L"painted", &Session::Painted},
+    {L"ticked", &Session::Ticked},
+    {L"log", &Session::Log},
+    {L"reading place", &Session::ReadingPlace},
+    {L"log file grows", &Session::LogFileGrows},
+    {L"file", &Session::File},
+    {L"running", &Session::Running},
+    {L"connections", &Session::Connections}};
+
+}  // namespace
+
+TEST_CASE("a session in which the program does not do what a person expects") {
+  const auto rows = support::Rows("acceptance/sessions.txt");
+  for (auto row = rows.begin(); row != rows.end();) {
+    const auto is_heading = [](const Fields& fields) { return fields[0] == L"session"; };
+    const auto end = std::find_if(row + 1, rows.end(), is_heading);
+    SUBCASE(Utf8(row->at(1)).c_str()) {
+      support::AllowSeconds(60);
+      Session session;
+      while (++row != end) {
+        INFO(Utf8(row->at(0)), "; ", Utf8(row->back()));
+        (session.*kSteps.at(row->at(0)))(*row);
+      }
+    }
+    row = end;
+  }
+}

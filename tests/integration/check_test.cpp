@@ -1,0 +1,235 @@
+#include <doctest.h>
+
+#include <windows.h>
+
+#include <wininet.h>
+
+#include <regex>
+#include <tuple>
+
+#include "expected.h"
+#include "support/http_server.h"
+#include "support/machine.h"
+#include "update/check_patch.h"
+#include "update/process_state.h"
+#include "update/sheet_check.h"
+
+using support::HttpServer;
+using support::ImportHook;
+using support::Layout;
+using support::Machine;
+using support::ReadBytes;
+using support::Reply;
+using support::Utf8;
+
+namespace {
+
+using Row = std::vector<std::wstring>;
+using Setup = std::map<std::wstring, std::wstring>;
+
+/// The set-up of a row, where the row itself does not say otherwise.
+constexpr wchar_t kUsual[] =
+    L"address=http://updates.varnexa.example/patches/updates.ini|settings=|product=15.0.2.5|packs=2_7|"
+    L"status=200|refuse=|layout=one|missing=|";
+
+std::string Results(bool failed, bool available, const std::wstring& error_text) {
+  return (failed ? "failed" : "ok") + std::string(available ? " yes" : " no") + Utf8(error_text);
+}
+
+std::string Mirrors() {
+  return Results(g_bCheckFailed, g_bUpdatesAvailable, g_strPatchErrorText);
+}
+
+/// A process that has made no check yet, in whose mirrors are results that a check must change or keep.
+struct Process {
+  const bool interactive;
+  RunState run;
+  SheetUpdateCheck sheet{run};
+  std::wstring icon, product_version, warnings;
+
+  Process(bool is_interactive, bool available_before) : interactive(is_interactive) {
+    g_nUpdateCheckCount = 0;
+    g_bUpdatesAvailable = available_before;
+    g_bCheckFailed = true;
+    g_bProductInstalled = false;
+    g_strPatchErrorText = L" old";
+    run.WarnUser = [this](std::wstring_view text) { warnings += text; };
+    run.ResolveSettingsFile();
+    run.WriteRunHeader();
+    sheet.WriteRegularRunHeader();
+  }
+  const std::wstring& Log() const { return interactive ? sheet.SheetLogText() : run.LogText(); }
+  /// The log behind the header.
+  std::wstring Entries() const { return Log().substr(Log().find(L"=========== Registered")); }
+  std::int32_t Checks() const { return interactive ? sheet.SheetCheckCount : g_nUpdateCheckCount; }
+
+  /// Makes a check and tells its results as the table does.
+  std::string Check() {
+    if (interactive) {
+      sheet.RunUpdateCheck();
+      icon = sheet.SheetTagTwo;
+      return Results(sheet.SheetCheckFailed, sheet.SheetUpdatesAvailable, sheet.SheetErrorText);
+    }
+    const CCheckPatch check(run);
+    CHECK(Log().ends_with(check.MessageText() + L"\n\n"));
+    icon = check.TagTwo;
+    product_version = check.ProductFileVersion;
+    return (check.m_bNetworkError ? "network " : "") +
+           Results(check.m_bCheckFailed, check.m_bUpdatesAvailable, check.m_strErrorText);
+  }
+};
+
+/// "2_3,2_7" as the names of those packs, each between `before` and `after`.
+std::string Packs(const std::wstring& numbers, const std::string& before, const std::string& after) {
+  std::string text;
+  for (const std::wstring& pack : support::Split(numbers, L',')) {
+    if (!pack.empty()) text += before + "Varnexa15_0_" + Utf8(pack) + after;
+  }
+  return text;
+}
+
+void Furnish(Machine& machine, Setup& setup) {
+  const Layout layout = setup[L"layout"] == L"one" ? Layout::one : Layout::two;
+  support::Product product = machine.DefaultProduct();
+  product.tag_three = setup[L"address"];
+  machine.Install(layout, product);
+  if (setup[L"layout"] == L"both") support::MakeRegistryKey(L"SOFTWARE\\Wow6432Node");
+  for (const std::wstring& key : {support::MakerKey(layout), support::UninstallKey(layout)}) {
+    support::RemoveRegistryValue(key, setup[L"missing"].c_str());
+  }
+  if (!setup[L"product"].empty()) machine.PlaceExecutable(setup[L"product"]);
+  machine.WriteSettings("IGNORE_PATCH_ERROR=maybe\r\n" + Utf8(setup[L"settings"]) + "\r\n");
+  if (setup.contains(L"record")) {
+    support::WriteBytes(machine.Record(), Packs(setup[L"record"], "", "") + " \r\n");
+  }
+  support::WriteBytes(machine.UpdateList(), "[old]\r\n");
+  if (setup.contains(L"gone")) support::RemoveTree(machine.Temp());
+}
+
+std::wstring WholeLog(bool interactive, const Row& row) {
+  const std::wstring start =
+      row[4].empty() ? interactive ? L"MODE ONE|VERSION|TAGS" : L"MODE ONE|TAGS" : row[4];
+  const std::wstring log = L"START|" + start + L"|END|UPDATES|" + row[3] + L"|UPDATES END";
+  return interactive ? std::regex_replace(log, std::wregex(L"RECORD|DELETED"), L"INTERACTIVE $&") : log;
+}
+
+/// What a check leaves outside its log: the settings, the record, and what it asked of the server.
+void CheckTraces(const Process& process, const Machine& machine, Setup& setup, const Row& row,
+                 const HttpServer& server) {
+  const std::string settings = ReadBytes(machine.SettingsFile()).value_or("");
+  CHECK((settings.find("IGNORE_PATCH_ERROR=maybe") != settings.npos) == process.interactive);
+  const bool record_there = GetFileAttributesW(machine.Record().c_str()) != INVALID_FILE_ATTRIBUTES;
+  CHECK(record_there ==
+        ((setup.contains(L"record") || setup.contains(L"late")) && row[3].find(L"DELETED") == row[3].npos));
+  const bool asks = setup[L"missing"].empty() && row[3].find(L"MISMATCH") == row[3].npos;
+  CHECK((asks || server.Connections() == 0));
+  CHECK(server.Requests().size() <= static_cast<std::size_t>(process.Checks()));
+  for (const support::HttpRequest& request : server.Requests()) {
+    CHECK(request.head.starts_with("GET /patches/updates.ini HTTP/1."));
+    CHECK(request.Header("Accept") == "text/*");
+    CHECK(request.Header("User-Agent") == (process.interactive ? "" : "QRT_15_TavrelUtility"));
+    CHECK(request.Header("Host") == "updates.varnexa.example");
+  }
+}
+
+/// A second check of the process, in an interactive one perhaps after another product was installed.
+void PlayAgain(Process& process, Setup& setup, Row row) {
+  const bool other = setup.contains(L"then");
+  if (other) support::SetRegistryText(support::MakerKey(Layout::one), L"Version", setup[L"then"]);
+  const std::wstring first = WholeLog(process.interactive, row);
+  row[3] = row[5];
+  CHECK(process.Check() == (other ? "ok no" : Utf8(row[1])));
+  CHECK_LOG(process.Entries(), first + L"|RETRY|" + (other ? row[5] : WholeLog(process.interactive, row)));
+  CHECK(process.product_version.empty());
+  CHECK(g_bProductInstalled == (process.interactive && !other));
+  CHECK((process.sheet.SheetTagOne + process.sheet.SheetInstallPath).empty() ==
+        (other || !process.interactive));
+}
+
+void Play(bool interactive, const Row& row) {
+  Setup setup = expected::Setup(kUsual + row[0]);
+  if (setup.contains(interactive ? L"start-up" : L"interactive")) return;
+  CAPTURE(Utf8(row[0]));
+  CAPTURE(interactive);
+  setup.try_emplace(L"build", setup[L"product"]);
+  Machine machine;
+  Furnish(machine, setup);
+  HttpServer server([&](const auto&) {
+    if (setup.contains(L"late")) support::WriteBytes(machine.Record(), Packs(setup.at(L"late"), "", ""));
+    return Reply(std::stoi(setup.at(L"status")),
+                 "[Update Packs for Versions]\r\n" + Packs(setup.at(L"packs"), "[", "]\r\n"));
+  });
+  if (setup.contains(L"down")) server.Stop();
+  Process process(interactive, row[1].find(L"yes") == row[1].npos);
+  const std::string before = Mirrors();
+  const auto obstacle =
+      Obstruct(setup[L"refuse"], setup.contains(L"record") ? machine.Record() : machine.UpdateList());
+  const std::string results = Utf8(row[1]);
+  const std::string plain = results.substr(results.starts_with("network ") ? 8 : 0);
+  CHECK(process.Check() == (interactive ? plain : results));
+  CHECK_LOG(process.Entries(), WholeLog(interactive, row));
+  CHECK(process.Log().find(L"Build Version : " + setup[L"build"] + L"\n\n") != std::wstring::npos);
+  CHECK(process.warnings.empty() == (interactive || setup[L"missing"].empty()));
+  CHECK((setup[L"missing"] == L"DisplayIcon" || process.icon == machine.ProductFolder() + L"\\Qrt.exe"));
+  CHECK(process.product_version == (interactive ? L"" : setup[L"build"]));
+  CHECK(g_bProductInstalled == interactive);
+  if (!row[5].empty()) PlayAgain(process, setup, row);
+  CHECK(Mirrors() == (interactive ? before : row[2].empty() ? plain : Utf8(row[2])));
+  CHECK((interactive ? g_nUpdateCheckCount : process.sheet.SheetCheckCount) == 0);
+  CHECK(process.Checks() == (row[5].empty() || setup.contains(L"then") ? 1 : 2));
+  server.Stop();
+  CheckTraces(process, machine, setup, row, server);
+  // No interactive check once a start-up check has told.
+  const std::wstring log = process.Log();
+  g_nUpdateCheckCount = 1;
+  if (interactive) process.Check();
+  CHECK(process.Log() == log);
+}
+
+}  // namespace
+
+TEST_CASE("check: a step out of order, another's text, code or flag; a pack wrongly offered; a record lost") {
+  for (Row row : support::Rows("integration/checks.txt")) {
+    row.resize(6);
+    for (const bool interactive : {false, true}) Play(interactive, row);
+  }
+}
+
+TEST_CASE(
+    "exchange: an answer of a cache, a file with old remains, a cut name, a time-out unset or endless") {
+  const struct {
+    const char* timeout;
+    DWORD applied;
+    std::size_t first, second, names;
+  } cases[] = {{"30", 30000, 1, 1019, 2}, {"0", 60000, 1, 10000, 1}, {"-1", 60000, 1, 1020, 2},
+               {"", 60000, 1, 1021, 1},   {"1", 1000, 1022, 1, 1},   {"", 60000, 1023, 1, 0}};
+  Machine machine;
+  machine.Install(Layout::one, machine.DefaultProduct());
+  std::string body;
+  const HttpServer server([&](const auto&) { return Reply(200, body, "Cache-Control: max-age=3600\r\n"); });
+  for (const auto& c : cases) {
+    body = "[" + std::string(c.first, 'a') + "]\n[" + std::string(c.second, 'b') + "]\n[c]\n";
+    CAPTURE(body.size());
+    machine.WriteSettings("IGNORE_PATCH_ERROR=FALSE\r\nTIMEOUT=" + std::string(c.timeout));
+    Process process(false, true);
+    DWORD flags = 0, timeout = 0;
+    const ImportHook<HttpOpenRequestW> open("HttpOpenRequestW", [&](auto... all) {
+      flags = std::get<6>(std::tuple(all...));
+      return open.original(all...);
+    });
+    const ImportHook<InternetSetOptionW> set(
+        "InternetSetOptionW", [&](HINTERNET handle, DWORD option, void* value, DWORD) {
+          DWORD type = 0, size = sizeof type;
+          InternetQueryOptionW(handle, INTERNET_OPTION_HANDLE_TYPE, &type, &size);
+          if (type == INTERNET_HANDLE_TYPE_INTERNET && option == INTERNET_OPTION_RECEIVE_TIMEOUT)
+            timeout = *static_cast<DWORD*>(value);
+          return TRUE;
+        });
+    const CCheckPatch check(process.run);
+    CHECK(flags == (INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT));
+    CHECK(timeout == c.applied);
+    CHECK(ReadBytes(machine.UpdateList()) == body);
+    REQUIRE(check.UpdateSections.size() == c.names);
+    if (c.names == 2) CHECK(check.UpdateSections[1].size() == c.second);
+  }
+}
