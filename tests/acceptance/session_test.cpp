@@ -14,7 +14,6 @@
 #include "acceptance/driver.h"
 #include "resource.h"
 #include "support/text.h"
-#include "support/watchdog.h"
 
 using support::ReadBytes;
 using support::Reply;
@@ -241,7 +240,6 @@ TEST_CASE("a session in which the program does not do what a person expects") {
     const auto is_heading = [](const Fields& fields) { return fields[0] == L"session"; };
     const auto end = std::find_if(row + 1, rows.end(), is_heading);
     SUBCASE(Utf8(row->at(1)).c_str()) {
-      support::AllowSeconds(60);
       Session session;
       while (++row != end) {
         INFO(Utf8(row->at(0)), "; ", Utf8(row->back()));

@@ -5,7 +5,6 @@
 #include <regex>
 
 #include "acceptance/driver.h"
-#include "support/watchdog.h"
 
 using support::HttpServer;
 using support::ReadBytes;
@@ -30,7 +29,6 @@ std::string Repeat(const std::string& text, int count) {
 }  // namespace
 
 TEST_CASE("ten utilities at once: one hangs, reports another list, cuts an entry in two or loses a file") {
-  support::AllowSeconds(120);
   // A list that takes a while to read, and whose pack is the installed one: whoever sees less says so.
   // Whoever gets no list does not wait for another's turn at it: all reach the log file at once.
   const std::string list =
@@ -54,7 +52,6 @@ TEST_CASE("ten utilities at once: one hangs, reports another list, cuts an entry
 }
 
 TEST_CASE("killed at any moment: settings or record are damaged, or the next run does not work") {
-  support::AllowSeconds(120);
   const HttpServer server(Reply(200, kOnePack));
   Stage stage;
   const std::string record = "Varnexa15_0_2_7";

@@ -10,7 +10,6 @@
 #include "settings/run_state.h"
 #include "support/http_server.h"
 #include "support/text.h"
-#include "support/watchdog.h"
 #include "sweep.h"
 #include "text/text.h"
 #include "update/check_patch.h"
@@ -105,7 +104,6 @@ TEST_CASE("an answer makes the check crash, hang, eat memory or report what was 
 }
 
 TEST_CASE("a machine in disorder stops the check, or the check damages what it finds") {
-  support::AllowSeconds(120);
   const support::HttpServer server(support::Reply(200, sweep::kServedList));
   for (const auto& row : support::Rows("integration/hostile_machines.txt")) {
     CAPTURE(support::Utf8(row[0]));

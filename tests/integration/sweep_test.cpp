@@ -8,7 +8,6 @@
 
 #include "support/http_server.h"
 #include "support/text.h"
-#include "support/watchdog.h"
 #include "sweep.h"
 #include "text/text.h"
 
@@ -39,7 +38,6 @@ bool Has(const std::wstring& report, std::wstring texts, DWORD code = 0) {
 class Stage {
  public:
   explicit Stage(const Scene& scene) : scene_(scene) {
-    support::AllowSeconds(90);
     Furnish(machine_);
     scene.arrange(machine_);
     root_ = std::filesystem::path(machine_.Documents()).parent_path().wstring();
