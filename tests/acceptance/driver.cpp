@@ -100,8 +100,8 @@ HWND Run::Control(int id) const {
   return Item(Sheet(), id);
 }
 
-bool WaitUntil(const std::function<bool()>& condition) {
-  const ULONGLONG end = GetTickCount64() + kLongestWaitMs;
+bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds) {
+  const ULONGLONG end = GetTickCount64() + milliseconds;
   while (!condition()) {
     if (GetTickCount64() >= end) return false;
     Sleep(10);

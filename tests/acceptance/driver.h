@@ -50,7 +50,7 @@ class Run {
   platform::UniqueKernelHandle job_;
 };
 
-bool WaitUntil(const std::function<bool()>& condition);
+bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds = 10000);
 /// What SendMessage answers; 0 when the program does not.
 LRESULT Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0);
 /// Text of a window of another process, in UTF-8, lines ended by "\n".
