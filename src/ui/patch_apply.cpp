@@ -36,6 +36,13 @@ OptionText ReadOption(const std::wstring& file, const wchar_t* key) {
   return text::IsTrueText(option) ? OptionText::yes : OptionText::no;
 }
 
+/// Escape or Alt+F4. Keys come as system keys while no control has the focus.
+bool IsClosingKey(const MSG& message) {
+  if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
+  const bool alt = (HIWORD(message.lParam) & KF_ALTDOWN) != 0;
+  return message.wParam == (alt ? VK_F4 : VK_ESCAPE);
+}
+
 /// Black, except where the user's colours, such as white on black, make it disappear.
 COLORREF StatusColor() {
   constexpr COLORREF kBlack = RGB(0, 0, 0);
@@ -103,7 +110,7 @@ void PatchApply::OnFirstCheck() {
   }
   if (g_bProductInstalled) TakeUpdaterPathFromSheet();
   m_bFirstCheckPending = false;
-  DiscardClicks();
+  DiscardInput();
   UpdatePageState();
   FocusNextAction();
   system_log_.AppendText(sheet_.SheetLogText());
@@ -200,7 +207,7 @@ void PatchApply::OnRetry() {
   } else {
     RetryPatchCheck();
   }
-  DiscardClicks();
+  DiscardInput();
   UpdatePageState();
   FocusNextAction();
 }
@@ -263,11 +270,17 @@ void PatchApply::ClearBeforeCheck() {
   Sheet().PaintBeforeBlocking();
 }
 
-void PatchApply::DiscardClicks() {
-  // Clicks made while the check ran were meant for what stood there then, not for a button enabled since.
+void PatchApply::DiscardInput() {
+  // What was clicked or typed while the check ran was meant for what stood there then, not for a button
+  // enabled since. Only the wish to leave is kept.
   MSG message;
   while (PeekMessageW(&message, Handle(), WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, PM_REMOVE)) {
   }
+  bool leave = false;
+  while (PeekMessageW(&message, nullptr, WM_KEYFIRST, WM_KEYLAST, PM_REMOVE)) {
+    leave = leave || IsClosingKey(message);
+  }
+  if (leave) PostMessageW(Sheet().Handle(), WM_CLOSE, 0, 0);
 }
 
 void PatchApply::FocusNextAction() {

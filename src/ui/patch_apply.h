@@ -52,7 +52,7 @@ class PatchApply : public CPropertyPage {
   void UpdatePageState();
   void ShowState(const PageState& state);
   void ClearBeforeCheck();
-  void DiscardClicks();
+  void DiscardInput();
   void FocusNextAction();
 
   RunState& run_;
