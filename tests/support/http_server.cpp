@@ -10,6 +10,8 @@ namespace support {
 namespace {
 
 constexpr int kLookMs = 20;
+/// Time for the client to read what was sent: a reset throws away what it has not.
+constexpr DWORD kReadingMs = 500;
 
 }  // namespace
 
@@ -110,6 +112,7 @@ void HttpServer::Serve(std::uintptr_t client) {
   }
   const linger at_once{1, 0};
   if (reply.end == HttpReply::End::reset) {
+    Sleep(kReadingMs);
     setsockopt(client, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&at_once), sizeof at_once);
   }
 }
