@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr DWORD kLongestWaitMs = 10000;
+constexpr DWORD kLongestWaitMs = 20000;
 
 /// The control of a dialog or of one of the pages in it.
 HWND Item(HWND dialog, int id) {
@@ -59,10 +59,13 @@ Run::~Run() {
   CloseHandle(process_.hProcess);
 }
 
-bool Run::Ended() const {
-  DWORD code = 1;
-  return WaitForSingleObject(process_.hProcess, kLongestWaitMs) == WAIT_OBJECT_0 &&
-         GetExitCodeProcess(process_.hProcess, &code) && code == 0;
+std::string Run::End() const {
+  DWORD code = 0;
+  if (WaitForSingleObject(process_.hProcess, kLongestWaitMs) != WAIT_OBJECT_0) {
+    return "runs on, telling: " + WindowText(Control(IDC_MESSAGE));
+  }
+  GetExitCodeProcess(process_.hProcess, &code);
+  return "exit code " + std::to_string(code);
 }
 
 bool Run::Idle() const {

@@ -31,8 +31,8 @@ class Run {
   ~Run();
 
   bool Runs() const { return WaitForSingleObject(process_.hProcess, 0) == WAIT_TIMEOUT; }
-  /// Waits for the end of the process; whether it ended with exit code 0.
-  bool Ended() const;
+  /// Waits for the end of the process: "exit code 0", or what became of it instead.
+  std::string End() const;
   /// Waits until the program has shown its window and waits for input.
   bool Idle() const;
   /// Waits until the first page tells a result and everything done so far has been dealt with. The keyboard
@@ -50,7 +50,7 @@ class Run {
   platform::UniqueKernelHandle job_;
 };
 
-bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds = 10000);
+bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds = 20000);
 /// What SendMessage answers; 0 when the program does not.
 LRESULT Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0);
 /// Text of a window of another process, in UTF-8, lines ended by "\n".

@@ -111,7 +111,7 @@ struct Session {
     run.emplace(stage.program, f[1]);
   }
   void Answered(const Fields&) { REQUIRE(run->Answered()); }
-  void Ended(const Fields&) { CHECK(run->Ended()); }
+  void Ended(const Fields&) { CHECK(run->End() == "exit code 0"); }
   void Press(const Fields& f) { PostMessageW(Control(f[1]), BM_CLICK, 0, 0); }
   void Command(const Fields& f) {
     Ask(GetParent(Control(f[1])), WM_COMMAND, MAKEWPARAM(kControls.at(f[1]), BN_CLICKED));

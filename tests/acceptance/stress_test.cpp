@@ -38,13 +38,13 @@ TEST_CASE("ten utilities at once: one hangs, reports another list, cuts an entry
     const HttpServer server(Reply(status, list));
     Stage stage;
     stage.WriteSettings("IGNORE_PATCH_ERROR=TRUE\r\nTIMEOUT=20\r\n");
-    CHECK(Run(stage.program, L"2").Ended());
+    CHECK(Run(stage.program, L"2").End() == "exit code 0");
     const std::string alone = LogOf(stage);
     CHECK(alone.find(status == 200 ? "matching with existing information" : " Error : 404") != alone.npos);
     for (int round = 0; round < kRounds; ++round) {
       std::deque<Run> runs;
       while (runs.size() < kTogether) runs.emplace_back(stage.program, L"2");
-      for (const Run& run : runs) CHECK(run.Ended());
+      for (const Run& run : runs) CHECK(run.End() == "exit code 0");
     }
     CHECK(LogOf(stage) == Repeat(alone, 1 + kRounds * kTogether));
     CHECK(ReadBytes(stage.SettingsFile()).value_or("").find("TIMEOUT=20\r\n") != std::string::npos);
@@ -74,7 +74,7 @@ TEST_CASE("killed at any moment: settings or record are damaged, or the next run
     CHECK(ReadBytes(stage.Record()).value_or(record) == record);
   }
   stage.PlaceExecutable(L"15.0.2.7");
-  CHECK(Run(stage.program, L"2").Ended());
+  CHECK(Run(stage.program, L"2").End() == "exit code 0");
   CHECK(ReadBytes(stage.SettingsFile()) == settings);
   CHECK(stage.Log().ends_with("Check Product Updates Availability : End ============\r\n"));
 }
