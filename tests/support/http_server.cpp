@@ -10,6 +10,8 @@ namespace support {
 namespace {
 
 constexpr int kLookMs = 20;
+/// Longest wait for a client: one that is killed can leave its connection open behind it.
+constexpr int kPatienceMs = 3000;
 /// Time for the client to read what was sent: a reset throws away what it has not.
 constexpr DWORD kReadingMs = 500;
 
@@ -70,10 +72,11 @@ std::vector<HttpRequest> HttpServer::Requests() const {
 // Every socket is asked whether it is ready before it is used: an operation that is still under way when its
 // socket is closed can bring down Wine's server process.
 bool HttpServer::Ready(std::uintptr_t socket, short use) const {
-  for (bool last_look = false; !last_look;) {
-    last_look = stopping_;
+  for (int looks = 0; socket == listener_ || looks < kPatienceMs / kLookMs; ++looks) {
+    const bool last_look = stopping_;
     WSAPOLLFD look{socket, use, 0};
     if (WSAPoll(&look, 1, kLookMs) == 1) return true;
+    if (last_look) return false;
   }
   return false;
 }

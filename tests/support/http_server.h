@@ -54,7 +54,8 @@ class HttpServer {
 
  private:
   void Run();
-  /// Waits until the socket can be used in this way, or until the server is to stop.
+  /// Waits until the socket can be used in this way: a client's for three seconds, the listening one until
+  /// the server is to stop.
   bool Ready(std::uintptr_t socket, short use) const;
   void Serve(std::uintptr_t client);
   bool Send(std::uintptr_t client, std::string_view bytes) const;
