@@ -82,10 +82,10 @@ bool Play(const std::wstring& program, const Scene& scene, Measure& measure) {
 
 int wmain(int count, wchar_t** arguments) {
   const unsigned rounds = count > 1 ? std::wcstoul(arguments[1], nullptr, 10) : kRounds;
-  const Stage stage;
+  Stage stage;
   std::vector<std::wstring> programs{stage.program};
   for (int i = 2; i < count; ++i) programs.emplace_back(arguments[i]);
-  stage.PlaceProduct(L"15.0.2.7");  // newer than every pack: a check has nothing to tell
+  stage.PlaceExecutable(L"15.0.2.7");  // newer than every pack: a check has nothing to tell
   std::string body;
   const HttpServer server([&body](const auto&) { return Reply(200, body); });
   const Scene scenes[] = {{"updates off", L"2", "CHECKUPDATES=FALSE\r\n", ""},
