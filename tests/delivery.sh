@@ -16,7 +16,8 @@ grep -q 'file format pei-i386' <<<"$headers" || fail "is not a 32-bit program"
 grep -q '^DllCharacteristics[[:space:]]*0*140$' <<<"$headers" || fail "lacks address randomisation or data execution prevention"
 grep -q '^Subsystem[[:space:]]*0*2[[:space:]]' <<<"$headers" || fail "is not a window program"
 resources=$(i686-w64-mingw32-windres -J coff -O rc "$program" 2>/dev/null)
-grep -q 'FILEVERSION 2, 0, 3, 0' <<<"$resources" || fail "has no version 2.0.3.0"
+version=$(sed -n 's/^#define TAVREL_FILE_VERSION_NUMBERS //p' "$tree/generated/version.h")
+grep -q "FILEVERSION $version" <<<"$resources" || fail "is not of version $version"
 for wanted in 'Common-Controls' asInvoker '<dpiAware'; do
   grep -aq "$wanted" "$program" || fail "has no $wanted in its manifest"
 done

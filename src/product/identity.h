@@ -2,15 +2,17 @@
 
 #include <string_view>
 
+#include "version.h"
+
 /// What names this program and the product that it accompanies, in one place.
 namespace identity {
 
-inline constexpr std::wstring_view kProductVersion = L"15.0";
+inline constexpr std::wstring_view kProductVersion = L"" TAVREL_PRODUCT_VERSION;
 /// Product name with its major version; also the name of the product's uninstall entry.
-inline constexpr std::wstring_view kProductLabel = L"Varnexa 15.0";
+inline constexpr std::wstring_view kProductLabel = L"Varnexa " TAVREL_PRODUCT_VERSION;
 /// Title of the sheet and of message boxes that carry no title of their own.
-inline constexpr std::wstring_view kWindowTitle = L"Varnexa 15.0 Tavrel Utility";
-inline constexpr std::wstring_view kProgramVersion = L"2.0.3";
+inline constexpr std::wstring_view kWindowTitle = L"" TAVREL_TITLE;
+inline constexpr std::wstring_view kProgramVersion = L"" TAVREL_VERSION;
 /// Image name of the product's process, and the name under which its executable is looked for first.
 inline constexpr std::wstring_view kProductImage = L"Qrt.exe";
 

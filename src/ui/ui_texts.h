@@ -2,13 +2,15 @@
 
 #include <string_view>
 
+#include "version.h"
+
 /// Fixed texts of the pages. Leading and doubled blanks and missing ones are kept as they are.
 namespace ui_texts {
 
 // Status of the patch update page.
 inline constexpr std::wstring_view kUpdatesAvailable =
-    L" Varnexa 15.0 patch updates are available on our server.Click \"Install Updates\" button "
-    L"to initiate the update  process. ";
+    L" Varnexa " TAVREL_PRODUCT_VERSION L" patch updates are available on our server."
+    L"Click \"Install Updates\" button to initiate the update  process. ";
 inline constexpr std::wstring_view kListNotFound =
     L" Varnexa has tried to connect to the update server for the auto-update feature.\n"
     L" Unable to collect the update information from the server.\n"
@@ -18,21 +20,23 @@ inline constexpr std::wstring_view kConnectionFailed =
     L" The attempt to connect to the server failed. Please click \"Retry\" button to attempt again.\n";
 inline constexpr std::wstring_view kNoUpdates = L" No new patches available on our server.";
 inline constexpr std::wstring_view kNotInstalled =
-    L" Varnexa 15.0 application is not installed in this machine.";
+    L" Varnexa " TAVREL_PRODUCT_VERSION L" application is not installed in this machine.";
 /// What an error text contains when the server answered without the update information.
 inline constexpr std::wstring_view kNotFoundStatus = L"404";
 
 inline constexpr wchar_t kNote[] =
     L"Note: You can also check the patch availability at \"Start Menu -> All Programs "
-    L"-> Varnexa -> Varnexa 15.0 Update\"";
+    L"-> Varnexa -> Varnexa " TAVREL_PRODUCT_VERSION L" Update\"";
 
 // Installer launch.
 inline constexpr wchar_t kPathNotFound[] =
     L"The patch application path not found.\n"
-    L"Please click Start Menu / All Programs / Varnexa / Varnexa 15.0 Update to check patch updates.";
+    L"Please click Start Menu / All Programs / Varnexa / "
+    L"Varnexa " TAVREL_PRODUCT_VERSION L" Update to check patch updates.";
 inline constexpr wchar_t kFileNotFound[] =
     L"The patch application file not found.\n"
-    L"Please click Start Menu / All Programs / Varnexa / Varnexa 15.0 Update to check patch updates.";
+    L"Please click Start Menu / All Programs / Varnexa / "
+    L"Varnexa " TAVREL_PRODUCT_VERSION L" Update to check patch updates.";
 inline constexpr wchar_t kCloseProduct[] =
     L"Varnexa is running! Varnexa will be closed before update. Do you want to continue ? ";
 

@@ -3,6 +3,8 @@
 #include <array>
 #include <string_view>
 
+#include "version.h"
+
 /// Texts of the update check. Support tools read them, and the patch update page searches the error texts:
 /// spelling, blanks and the uneven lengths of the rule lines are kept as they are.
 namespace update_texts {
@@ -21,7 +23,8 @@ inline constexpr std::wstring_view kUpdatesEnd =
 // Missing facts: the start-up check tells the user, the interactive check its log.
 inline constexpr std::wstring_view kMissingFacts =
     L"Could not check patch update availability.WARNING: 101\n"
-    L"Please click To Start Menu / All Programs / Varnexa / Varnexa 15.0 Update to check patch updates.";
+    L"Please click To Start Menu / All Programs / Varnexa / "
+    L"Varnexa " TAVREL_PRODUCT_VERSION L" Update to check patch updates.";
 inline constexpr std::wstring_view kVersionNotFound =
     L"Registered data entries check, version information not found.";
 inline constexpr std::wstring_view kEntriesNotFound =

@@ -11,6 +11,7 @@
 #include "log/system_log.h"
 #include "platform/files.h"
 #include "support/machine.h"
+#include "version.h"
 
 using support::ImportHook;
 using support::Machine;
@@ -75,7 +76,7 @@ TEST_CASE(
 }
 
 TEST_CASE("run headers: wrong order, blanks, mode or rights; an empty entry") {
-  g_strProgramFileVersion = L"2.0.3.0";
+  g_strProgramFileVersion = L"" TAVREL_FILE_VERSION;
   ActivityLog activity;
   activity.WriteRunHeader();
   CHECK(activity.IsAdministrator() == IsRunningAsAdmin());

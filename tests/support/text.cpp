@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "platform/files.h"
+#include "version.h"
 
 namespace support {
 
@@ -23,10 +24,14 @@ std::vector<std::wstring> Split(std::wstring_view text, wchar_t separator) {
 }
 
 std::vector<std::vector<std::wstring>> Rows(const char* file) {
+  constexpr std::string_view kFileVersion = "@FILEVERSION@";
   std::vector<std::vector<std::wstring>> rows;
   std::ifstream lines(std::filesystem::path(TAVREL_TESTS_FOLDER) / file);
   for (std::string line; std::getline(lines, line);) {
     if (line.empty() || line[0] == '#') continue;
+    if (const std::size_t at = line.find(kFileVersion); at != line.npos) {
+      line.replace(at, kFileVersion.size(), TAVREL_FILE_VERSION);
+    }
     rows.push_back(Split(std::filesystem::path(std::u8string(line.begin(), line.end())).wstring(), L';'));
   }
   if (!rows.empty()) return rows;

@@ -10,6 +10,7 @@ std::string Utf8(std::wstring_view text);
 /// The parts between the separators; one empty part for an empty text.
 std::vector<std::wstring> Split(std::wstring_view text, wchar_t separator);
 /// The lines of a table, split at ';', of a UTF-8 file named as below the tests' folder: "integration/x.txt".
+/// The first @FILEVERSION@ of a line is the program's own.
 /// Lines that begin with '#' and empty ones are left out. Ends the program when there are none.
 std::vector<std::vector<std::wstring>> Rows(const char* file);
 
