@@ -4,13 +4,34 @@
 #include <wininet.h>
 
 #include "platform/handles.h"
+#include "platform/system_library.h"
+
+/// The network library's functions, loaded with the first call.
+namespace wininet {
+
+template <class Type>
+using Function = platform::SystemFunction<Type>;
+
+inline platform::SystemLibrary library(L"wininet.dll");
+inline Function<decltype(&::HttpOpenRequestW)> HttpOpenRequestW{library, "HttpOpenRequestW"};
+inline Function<decltype(&::HttpQueryInfoW)> HttpQueryInfoW{library, "HttpQueryInfoW"};
+inline Function<decltype(&::HttpSendRequestW)> HttpSendRequestW{library, "HttpSendRequestW"};
+inline Function<decltype(&::InternetCheckConnectionW)> InternetCheckConnectionW{library,
+                                                                                "InternetCheckConnectionW"};
+inline Function<decltype(&::InternetCloseHandle)> InternetCloseHandle{library, "InternetCloseHandle"};
+inline Function<decltype(&::InternetConnectW)> InternetConnectW{library, "InternetConnectW"};
+inline Function<decltype(&::InternetOpenW)> InternetOpenW{library, "InternetOpenW"};
+inline Function<decltype(&::InternetReadFile)> InternetReadFile{library, "InternetReadFile"};
+inline Function<decltype(&::InternetSetOptionW)> InternetSetOptionW{library, "InternetSetOptionW"};
+
+}  // namespace wininet
 
 namespace platform {
 
 struct InternetTraits {
   using Handle = HINTERNET;
   static Handle Invalid() { return nullptr; }
-  static void Close(Handle handle) { InternetCloseHandle(handle); }
+  static void Close(Handle handle) { wininet::InternetCloseHandle(handle); }
 };
 /// Root handle, connection and request of WinInet; declared in this order, they close newest first.
 using UniqueInternet = UniqueHandle<InternetTraits>;

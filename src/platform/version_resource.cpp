@@ -4,7 +4,18 @@
 
 #include <vector>
 
+#include "platform/system_library.h"
+
 namespace platform {
+namespace {
+
+SystemLibrary library(L"version.dll");
+SystemFunction<decltype(&::GetFileVersionInfoSizeW)> GetFileVersionInfoSizeW(library,
+                                                                             "GetFileVersionInfoSizeW");
+SystemFunction<decltype(&::GetFileVersionInfoW)> GetFileVersionInfoW(library, "GetFileVersionInfoW");
+SystemFunction<decltype(&::VerQueryValueW)> VerQueryValueW(library, "VerQueryValueW");
+
+}  // namespace
 
 std::optional<FileVersion> ReadFileVersion(const std::wstring& path) {
   DWORD ignored = 0;

@@ -115,7 +115,7 @@ void UpdateEngine::DownloadUpdateList(std::vector<std::wstring>& sections) {
 
 bool UpdateEngine::ProbeConnection() {
   const std::wstring address(identity::ProbeAddress());
-  if (InternetCheckConnectionW(address.c_str(), FLAG_ICC_FORCE_CONNECTION, 0)) return true;
+  if (wininet::InternetCheckConnectionW(address.c_str(), FLAG_ICC_FORCE_CONNECTION, 0)) return true;
   const std::wstring code = platform::ErrorNumber(GetLastError());
   log().Append(update_texts::kProbeFailed);
   SetCheckFailed(true);
@@ -131,26 +131,27 @@ bool UpdateEngine::FetchToFile(const std::wstring& path, const std::wstring& fil
     return false;
   };
   const platform::UniqueInternet root(
-      InternetOpenW(variant_.agent, INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0));
+      wininet::InternetOpenW(variant_.agent, INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0));
   if (!root) return fail(update_texts::kOpenFailed);
 
   DWORD timeout = TimeoutMs > 0 ? static_cast<DWORD>(TimeoutMs) : kFallbackTimeoutMs;
-  if (!InternetSetOptionW(root.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout)) {
+  if (!wininet::InternetSetOptionW(root.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout)) {
     const DWORD error = GetLastError();
     log().Append(update_texts::kOptionStatus);
     log().Append(platform::ErrorNumber(error));
   }
 
-  const platform::UniqueInternet connection(InternetConnectW(
+  const platform::UniqueInternet connection(wininet::InternetConnectW(
       root.get(), UpdateLocation.c_str(), INTERNET_DEFAULT_HTTP_PORT, L"", L"", INTERNET_SERVICE_HTTP, 0, 0));
   if (!connection) return fail(update_texts::kConnectFailed);
 
   const wchar_t* accepted[] = {L"text/*", nullptr};
   const platform::UniqueInternet request(
-      HttpOpenRequestW(connection.get(), L"GET", path.c_str(), nullptr, nullptr, accepted,
-                       INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, 0));
+      wininet::HttpOpenRequestW(connection.get(), L"GET", path.c_str(), nullptr, nullptr, accepted,
+                                INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, 0));
   if (!request) return fail(update_texts::kOpenRequestFailed);
-  if (!HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0)) return fail(update_texts::kSendRequestFailed);
+  if (!wininet::HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0))
+    return fail(update_texts::kSendRequestFailed);
   if (!CheckStatus(request.get(), pending_error)) return false;
   turn.Take(kLocalFileWaitMs);
   return CopyBody(request.get(), file);
@@ -159,8 +160,8 @@ bool UpdateEngine::FetchToFile(const std::wstring& path, const std::wstring& fil
 bool UpdateEngine::CheckStatus(void* request, std::wstring& pending_error) {
   DWORD status = 0;
   DWORD size = sizeof status;
-  const BOOL queried =
-      HttpQueryInfoW(request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &status, &size, nullptr);
+  const BOOL queried = wininet::HttpQueryInfoW(request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER,
+                                               &status, &size, nullptr);
   const DWORD error = GetLastError();
   if (queried && status == kStatusOk) {
     log().Append(update_texts::kFound);
@@ -188,7 +189,7 @@ bool UpdateEngine::CopyBody(void* request, const std::wstring& file) {
   for (;;) {
     std::array<char, kReadBlock> block{};
     DWORD read = 0;
-    if (!InternetReadFile(request, block.data(), kReadBlock, &read)) {
+    if (!wininet::InternetReadFile(request, block.data(), kReadBlock, &read)) {
       ReportFailure(update_texts::kFileReadFailed, GetLastError());
       return false;
     }

@@ -33,8 +33,8 @@ struct Run {
 };
 /// Calls `act` with `plan` in force. Only calls of this thread count.
 Run Perform(const Plan& plan, const std::function<void()>& act);
-/// Imports of a program that touch files, the registry, the network or security and that no row of the table
-/// of functions covers.
+/// Imports of a program, and what was looked up by name in this one, that touch files, the registry, the
+/// network or security and that no row of the table of functions covers.
 std::string UncoveredImports(const wchar_t* program);
 /// The program's clock stands at `now` for as long as what is returned lives.
 std::shared_ptr<void> StopClock(__time64_t now);

@@ -134,13 +134,14 @@ const Functions& Watched() {
 }
 #undef WATCH
 
-/// Puts the hooks into the import table, or takes them out again.
+/// Puts the hooks in, or takes them out again.
 void ExchangeAll() {
-  for (const support::ImportSlot& slot : support::AllImports()) {
-    const auto found = Watched().find(slot.name);
-    if (found == Watched().end()) continue;
-    found->second->other = support::ExchangeImport(slot.address, found->second->other);
-  }
+  static const std::map<Function*, void**> slots = [] {
+    std::map<Function*, void**> found;
+    for (const auto& [name, function] : Watched()) found[function] = support::FindImport(name);
+    return found;
+  }();
+  for (const auto& [function, slot] : slots) function->other = support::ExchangeImport(slot, function->other);
 }
 
 __time64_t stopped_at;
@@ -152,13 +153,15 @@ __time64_t Now(__time64_t* /*copy*/) {
 
 std::string UncoveredImports(const wchar_t* program) {
   static const std::regex fallible(
-      "(?!.*(SystemTimeAsFileTime|DefaultDllDirectories))((advapi32|shlwapi|version|wininet)\\.dll .*|"
+      "(?!.*SystemTimeAsFileTime)((advapi32|shlwapi|version|wininet)\\.dll .*|"
       "kernel32\\.dll .*(File|Director|Profile|Path|Mutex).*)");
   const HMODULE module = LoadLibraryExW(program, nullptr, DONT_RESOLVE_DLL_REFERENCES);
   std::string names = module == nullptr ? "(not readable)" : "";
-  for (const support::ImportSlot& slot : support::AllImports(module)) {
-    if (!Watched().contains(slot.name) && std::regex_match(slot.dll + " " + slot.name, fallible))
-      names += " " + slot.name;
+  for (const auto& slots : {support::AllImports(module), support::LateImports()}) {
+    for (const support::ImportSlot& slot : slots) {
+      if (!Watched().contains(slot.name) && std::regex_match(slot.dll + " " + slot.name, fallible))
+        names += " " + slot.name;
+    }
   }
   FreeLibrary(module);
   return names;

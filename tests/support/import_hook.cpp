@@ -2,9 +2,62 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <filesystem>
 
 namespace support {
 namespace {
+
+/// A function that is looked up by name. Who looked it up calls `jump`, which goes where `target` points.
+struct LateFunction {
+  std::string dll, name;
+  void* target;
+  void* jump;
+};
+std::deque<LateFunction> late_functions;  // in their places for good
+
+/// Libraries of which the program looks up functions.
+constexpr const wchar_t* kLateLibraries[] = {L"comctl32", L"comdlg32", L"ole32",
+                                             L"uxtheme",  L"version",  L"wininet"};
+
+std::string FileName(HMODULE module) {
+  wchar_t path[MAX_PATH];
+  GetModuleFileNameW(module, path, MAX_PATH);
+  CharLowerW(path);
+  return std::filesystem::path(path).filename().string();
+}
+
+/// "jmp [target]".
+void* MakeJump(void** target) {
+  static_assert(sizeof(void*) == 4, "the instruction takes an absolute address of 32 bits");
+  constexpr std::size_t kBytes = 6;
+  auto* code = static_cast<unsigned char*>(VirtualAlloc(nullptr, kBytes, MEM_COMMIT, PAGE_EXECUTE_READWRITE));
+  code[0] = 0xFF, code[1] = 0x25;
+  std::memcpy(code + 2, &target, sizeof target);
+  return code;
+}
+
+FARPROC WINAPI LookUp(HMODULE module, LPCSTR name);
+const auto system_look_up = reinterpret_cast<decltype(&LookUp)>(
+    ExchangeImport(FindImport("GetProcAddress"), reinterpret_cast<void*>(&LookUp)));
+
+LateFunction* FindLate(HMODULE module, std::string_view name) {
+  for (LateFunction& known : late_functions) {
+    if (known.name == name) return &known;
+  }
+  const auto found = reinterpret_cast<void*>(system_look_up(module, std::string(name).c_str()));
+  if (found == nullptr) return nullptr;
+  LateFunction& late = late_functions.emplace_back(FileName(module), std::string(name), found, nullptr);
+  late.jump = MakeJump(&late.target);
+  return &late;
+}
+
+/// Stands for GetProcAddress in the import table.
+FARPROC WINAPI LookUp(HMODULE module, LPCSTR name) {
+  const LateFunction* late = FindLate(module, name);
+  return late == nullptr ? nullptr : reinterpret_cast<FARPROC>(late->jump);
+}
 
 template <class Type>
 Type* At(char* base, DWORD offset) {
@@ -34,9 +87,18 @@ std::vector<ImportSlot> AllImports(HMODULE module) {
   return slots;
 }
 
+std::vector<ImportSlot> LateImports() {
+  std::vector<ImportSlot> slots;
+  for (LateFunction& late : late_functions) slots.push_back({late.dll, late.name, &late.target});
+  return slots;
+}
+
 void** FindImport(std::string_view name) {
   for (const ImportSlot& slot : AllImports()) {
     if (slot.name == name) return slot.address;
+  }
+  for (const wchar_t* library : kLateLibraries) {
+    if (LateFunction* late = FindLate(LoadLibraryW(library), name)) return &late->target;
   }
   std::fprintf(stderr, "the program does not import %s\n", std::string(name).c_str());
   std::exit(3);

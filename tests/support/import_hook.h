@@ -8,22 +8,26 @@
 #include <utility>
 #include <vector>
 
-/// Replacing imported functions in this program's own import table. Product code is linked into the test
-/// program, so its calls go through the same table; code inside the system's DLLs is not touched.
+/// Replacing functions of the system in this program: in its own import table, and those that it looks up by
+/// name. Product code is linked into the test program, so its calls go the same ways; code inside the
+/// system's DLLs is not touched.
 namespace support {
 
-/// One entry of the import table. `dll` is in lower case; an import by ordinal is named "#ordinal".
+/// Where calls of one function go. `dll` is in lower case; an import by ordinal is named "#ordinal".
 struct ImportSlot {
   std::string dll;
   std::string name;
   void** address = nullptr;
 };
 
-/// Every entry, in the order of the table: of this program, or of another one that was loaded to be looked
-/// at.
+/// Every entry of the import table, in its order: of this program, or of another one that was loaded to be
+/// looked at.
 std::vector<ImportSlot> AllImports(HMODULE module = nullptr);
-/// The entry for `name` ("InternetOpenW"), of whichever DLL; ends the program with a message when it imports
-/// no such function, because a hook that replaces nothing would let a test pass for nothing.
+/// Every function that this program has looked up by name so far, or that FindImport was asked for.
+std::vector<ImportSlot> LateImports();
+/// The entry for `name` ("InternetOpenW"), of whichever DLL; ends the program with a message when it neither
+/// imports such a function nor can look it up, because a hook that replaces nothing would let a test pass for
+/// nothing.
 void** FindImport(std::string_view name);
 /// Puts `function` into the entry and returns what stood there.
 void* ExchangeImport(void** slot, void* function);
@@ -35,7 +39,7 @@ Result Fail(DWORD error, Result result) {
   return result;
 }
 
-/// Replaces one imported function from construction to destruction by anything that can be called with its
+/// Replaces one function from construction to destruction by anything that can be called with its
 /// arguments. One hook for each function at a time. `original()` is the function that was replaced.
 ///
 ///   ImportHook<InternetOpenW> hook("InternetOpenW", [&](auto...) { ++calls; return nullptr; });
