@@ -73,22 +73,16 @@ fi
 
 "$repo/scripts/setup.sh"
 "$repo/scripts/build.sh" release QRTTavrelUtility standins
-sandbox=("$repo/scripts/sandbox.sh" --name demo --arch "$arch" --display "$display")
 output=$build_root/run/$scene-$mode-$arch
-say "Opening the sandbox"
-# A sandbox left open with another display would show the window there.
-"${sandbox[@]}" --close
-"${sandbox[@]}" --open
 if [[ $display == virtual ]]; then
   say "Running the utility on a virtual display"
 else
   say "Running the utility on your desktop; close its window to go on"
 fi
 code=0
-"${sandbox[@]}" --limit 3600 -- "$repo/demo/play.sh" "$scene" "$mode" "$seconds" "$output" \
-  "$build_root/release" || code=$?
-"${sandbox[@]}" --close
-((code == 0)) || die "the run failed ($code); the sandbox's own logs are in $("${sandbox[@]}" --path)"
+"$repo/scripts/sandbox.sh" --name demo --arch "$arch" --display "$display" --limit 3600 -- \
+  "$repo/demo/play.sh" "$scene" "$mode" "$seconds" "$output" "$build_root/release" || code=$?
+((code == 0)) || die "the run failed ($code); the sandbox's own logs are in $build_root/sandbox/demo-$arch/log"
 
 show() {
   printf '\n== %s\n' "$1"

@@ -15,5 +15,4 @@ printf 'subdirs("%s" "%s")\n' "$build_root/native" "$build_root/release" >"$buil
 # Before the tests, whose times are bounded.
 for arch in win32 win64; do "$repo/scripts/sandbox.sh" --arch "$arch" --prepare; done
 say "Running the tests"
-trap '"$repo/scripts/sandbox.sh" --close-all' EXIT
 ctest --test-dir "$build_root/ctest" --output-on-failure --timeout 300 --parallel 2 "$@"

@@ -32,7 +32,8 @@ wow_key=no                       # an empty SOFTWARE\Wow6432Node in a 32-bit pre
 # shellcheck source=/dev/null
 . "$repo/demo/scenes/$scene"
 
-stage=$TAVREL_ROOM/stage
+# Gone with the room, and the same short path wherever this clone lies.
+stage=/tmp/stage
 drive=$WINEPREFIX/drive_c
 program_files='Program Files'
 branch=SOFTWARE
@@ -43,11 +44,13 @@ fi
 folder=$drive/$program_files/Varnexa/QRT15
 windows_folder="C:\\$program_files\\Varnexa\\QRT15"
 log_folder=$drive/ProgramData/Varnexa/QRT15
-documents=$drive/users/$(id -un)/Documents
+# Wine names the user's folder; besides it there is only one for all users.
+user_folder=$(find "$drive/users" -mindepth 1 -maxdepth 1 ! -name Public)
+documents=$user_folder/Documents
 
 lay_out_files() {
   rm -rf "$stage" "$folder" "$log_folder" "$documents/Varnexa"
-  rm -f "$drive/users/$(id -un)/Temp/updates.ini"
+  rm -f "$user_folder"/{,AppData/Local/}Temp/updates.ini
   mkdir -p "$stage/www/qrt15" "$folder" "$log_folder"
   cp "$build/QRTTavrelUtility.exe" "$folder/"
   if [[ $seed == yes ]]; then
@@ -94,13 +97,14 @@ open_server() {
   {
     grep -v ' updates\.varnexa\.example$' "$repo/demo/hosts"
     if [[ -n $server_address ]]; then printf '%s updates.varnexa.example\n' "$server_address"; fi
-  } >"$stage/hosts"
-  # In place: this very file is mounted over /etc/hosts.
-  cat "$stage/hosts" >"$TAVREL_ROOM/hosts"
+  } >/etc/hosts
   : >"$stage/requests.log"
   [[ $server == up ]] || return 0
   sed -e "s|@STAGE@|$stage|; s|@RATE@|$rate|; s|@ANSWER@|$answer|" "$repo/demo/nginx.conf" >"$stage/nginx.conf"
-  nginx -c "$stage/nginx.conf" -e "$stage/server-errors.log" &
+  local as_root=()
+  # Files need no other owner then, which root of a container may not give.
+  if ((EUID == 0)); then as_root=(-g 'user root root;'); fi
+  nginx "${as_root[@]}" -c "$stage/nginx.conf" -e "$stage/server-errors.log" &
   server_process=$!
   wait_until 10 is_serving || die "the update server does not start; see $stage/server-errors.log"
 }
@@ -144,10 +148,9 @@ run_utility() {
   local arguments=() code=0
   if [[ $mode == patch ]]; then arguments=(2); fi
   cd "$folder"
-  # Not with the stage: a utility that outlives this script must not keep the next scene waiting.
-  wine QRTTavrelUtility.exe "${arguments[@]}" {stage_lock}>&- &
+  wine QRTTavrelUtility.exe "${arguments[@]}" &
   utility=$!
-  if [[ $(<"$TAVREL_ROOM/display-kind") == virtual ]]; then attend_windows; fi
+  if [[ $TAVREL_DISPLAY == virtual ]]; then attend_windows; fi
   wait "$utility" || code=$?
   printf '%s\n' "$code" >"$output/exit-code"
 }
@@ -168,9 +171,6 @@ clean_up() {
   if [[ -n ${server_process-} ]]; then kill "$server_process" 2>/dev/null || true; fi
 }
 
-# One scene at a time in a room.
-exec {stage_lock}>"$TAVREL_ROOM/stage.lock"
-flock --wait 300 "$stage_lock" || die "another scene has been playing for too long"
 trap clean_up EXIT
 rm -rf "$output"
 mkdir -p "$output"

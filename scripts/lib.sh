@@ -3,6 +3,8 @@
 
 repo=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
 export repo
+# A login's path of an ordinary user leaves out where Debian keeps nginx.
+PATH=$PATH:/usr/sbin:/sbin
 # Everything that is built, and everything that the sandbox keeps, lies below this folder.
 build_root=$(realpath -m -- "${TAVREL_BUILD_ROOT:-$repo/build}")
 export build_root

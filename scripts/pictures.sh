@@ -17,6 +17,7 @@ window in FOLDER (default: docs/pictures).
 EOT
 }
 
+arguments=("$@")
 dpi=96
 contrast=no
 only=
@@ -50,38 +51,34 @@ patch-log              |not-found    |patch  |3|ctrl+Tab
 about                  |offered      |regular|4|alt+space Up Return
 '
 
-build=$build_root/release
 shots=$build_root/pictures
-sandbox=("$repo/scripts/sandbox.sh" --name "pictures-$dpi-$contrast" --limit 120)
 
 set_up_display() {
   local colour
-  "${sandbox[@]}" -- wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$dpi" /f
+  wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$dpi" /f
   # Without a window manager Wine paints the first window's title as if it were not the active one.
   for colour in {,Gradient}InactiveTitle='51 153 255' InactiveTitleText='0 0 0'; do
-    "${sandbox[@]}" -- wine reg add 'HKCU\Control Panel\Colors' /v "${colour%%=*}" /d "${colour#*=}" /f
+    wine reg add 'HKCU\Control Panel\Colors' /v "${colour%%=*}" /d "${colour#*=}" /f
   done
   [[ $contrast == yes ]] || return 0
-  "${sandbox[@]}" -- wine reg add 'HKCU\Control Panel\Accessibility\HighContrast' /v Flags /d 127 /f
-  "${sandbox[@]}" -- wine reg add 'HKCU\Software\Microsoft\Windows\CurrentVersion\ThemeManager' \
-    /v ThemeActive /d 0 /f
+  wine reg add 'HKCU\Control Panel\Accessibility\HighContrast' /v Flags /d 127 /f
+  wine reg add 'HKCU\Software\Microsoft\Windows\CurrentVersion\ThemeManager' /v ThemeActive /d 0 /f
   for colour in ButtonFace Window InfoWindow Menu AppWorkspace; do
-    "${sandbox[@]}" -- wine reg add 'HKCU\Control Panel\Colors' /v $colour /d '0 0 0' /f
+    wine reg add 'HKCU\Control Panel\Colors' /v $colour /d '0 0 0' /f
   done
   for colour in ButtonText WindowText WindowFrame MenuText; do
-    "${sandbox[@]}" -- wine reg add 'HKCU\Control Panel\Colors' /v $colour /d '255 255 255' /f
+    wine reg add 'HKCU\Control Panel\Colors' /v $colour /d '255 255 255' /f
   done
 }
 
-# Runs in the room, beside the scene: waits for the window, then presses the keys one after the other.
+is_window_there() { xdotool search --onlyvisible --name 'Varnexa 15.0 Tavrel Utility' >/dev/null 2>&1; }
+
+# Beside the scene: waits for the window, then presses the keys one after the other.
 press_keys() {
-  "${sandbox[@]}" -- bash -c '
-    for ((i = 0; i < 100; ++i)); do
-      xdotool search --onlyvisible --name "Varnexa 15.0 Tavrel Utility" >/dev/null 2>&1 && break
-      sleep 0.1
-    done
-    sleep 1.5
-    for key in "$@"; do xdotool key "$key"; sleep 0.4; done' keys "$@"
+  local key
+  wait_until 10 is_window_there || return 0
+  sleep 1.5
+  for key in "$@"; do xdotool key "$key"; sleep 0.4; done
 }
 
 take_picture() {
@@ -89,22 +86,26 @@ take_picture() {
   read -r -a keys <<<"$5"
   say "Picture $1"
   if ((${#keys[@]})); then press_keys "${keys[@]}" & fi
-  "${sandbox[@]}" -- "$repo/demo/play.sh" "$2" "$3" "$4" "$shots" "$build"
+  timeout --foreground 120 "$repo/demo/play.sh" "$2" "$3" "$4" "$shots/scene" "$build_root/release"
   wait
   # The window alone; the desktop around it is black.
-  convert "$shots/picture-1.png" -bordercolor black -border 1 -trim +repage -strip +dither -colors 256 \
-    -define png:compression-level=9 "$folder/$1.png"
+  convert "$shots/scene/picture-1.png" -bordercolor black -border 1 -trim +repage -strip +dither -colors 256 \
+    -define png:compression-level=9 "$shots/$1.png"
 }
 
-"$repo/scripts/setup.sh"
-"$repo/scripts/build.sh" release
-mkdir -p "$folder"
-"${sandbox[@]}" --open
+if [[ -z ${TAVREL_ROOM-} ]]; then
+  "$repo/scripts/setup.sh"
+  "$repo/scripts/build.sh" release
+  rm -rf "$shots"
+  "$repo/scripts/sandbox.sh" --name "pictures-$dpi-$contrast" -- "$0" "${arguments[@]}"
+  mkdir -p "$folder"
+  cp "$shots"/*.png "$folder/"
+  say "Pictures are in $folder"
+  exit
+fi
 set_up_display >/dev/null
 while IFS='|' read -r name scene mode seconds keys; do
   name=${name// /}
   if [[ -z $name || (-n $only && $name != "$only") ]]; then continue; fi
   take_picture "$name" "${scene// /}" "${mode// /}" "$seconds" "$keys" </dev/null
 done <<<"$table"
-"${sandbox[@]}" --close
-say "Pictures are in $folder"

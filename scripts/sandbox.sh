@@ -7,26 +7,23 @@ set -euo pipefail
 usage() {
   cat <<'EOF'
 Usage: scripts/sandbox.sh [OPTION]… -- COMMAND [ARGUMENT]…
-       scripts/sandbox.sh [OPTION]… --prepare | --open | --close | --close-all
+       scripts/sandbox.sh [--arch ARCH] --prepare
 
 Runs COMMAND in a room: a loopback network of its own (nothing reaches another machine, port 80 is free
-for every user), an /etc/hosts of its own, a private /tmp, a Wine prefix and a display. A room opens with
-the first command in it, is shared by all commands that name it, and closes by itself, ending whatever
-still runs in it, when it has been empty for a while (TAVREL_ROOM_IDLE seconds, 30 unless set).
+for every user), an /etc/hosts and a /tmp of its own, a display and a Wine prefix; of the machine's files
+only this clone and its build folder can be written. Whatever COMMAND leaves running ends with it, and
+the room with whoever called this script. Commands in one room wait for each other. The prefix stays for
+the next one, but for that of a run that was ended early: it is made anew.
 COMMAND's exit code is handed on; 124 when its time was over.
 
-  --name NAME      the room (default: main); rooms share nothing with each other
-  --arch ARCH      kind of Wine prefix: win32 (default) or win64
-  --display KIND   virtual (default), desktop (the one that DISPLAY names) or none;
-                   counts when the room opens
-  --hosts FILE     hosts file of the room, default demo/hosts; counts when the room opens
-  --root DIR       folder of all rooms (default: build/sandbox)
+  --name NAME      the room (default: TAVREL_PREFIX_NAME or main); rooms share nothing with each other
+  --arch ARCH      kind of Wine prefix: win32 (default: TAVREL_ARCH or this) or win64
+  --display KIND   virtual (default), desktop (the one that DISPLAY names) or none
+  --hosts FILE     hosts file of the room (default: demo/hosts); COMMAND may write to its copy, /etc/hosts
   --limit SECONDS  longest run of COMMAND (default: TAVREL_LIMIT or 600)
   --prepare        only makes what every room of this kind of prefix starts from, if it is missing
-  --open           only opens the room
-  --close          closes the room, one in use behind its last command
-  --close-all      closes all rooms in this way
-  --path           prints the room's folder: prefix/ (the Wine prefix), hosts, log/
+
+COMMAND finds the room's folder in TAVREL_ROOM (prefix/, log/) and the kind of display in TAVREL_DISPLAY.
 EOF
 }
 
@@ -34,18 +31,15 @@ name=${TAVREL_PREFIX_NAME:-main}
 arch=${TAVREL_ARCH:-win32}
 display=virtual
 hosts=$repo/demo/hosts
-root=$build_root/sandbox
 limit=${TAVREL_LIMIT:-600}
 action=run
 while (($#)); do
   case $1 in
-    --name) name=$2; shift 2 ;;
-    --arch) arch=$2; shift 2 ;;
-    --display) display=$2; shift 2 ;;
-    --hosts) hosts=$2; shift 2 ;;
-    --root) root=$(realpath -m -- "$2"); shift 2 ;;
-    --limit) limit=$2; shift 2 ;;
-    --prepare | --open | --close | --close-all | --path) action=${1#--}; shift ;;
+    --name | --arch | --display | --hosts | --limit)
+      (($# > 1)) || die "$1 needs a value"
+      declare "${1#--}=$2"
+      shift 2 ;;
+    --prepare) action=prepare; shift ;;
     --help | -h) usage; exit 0 ;;
     --) shift; break ;;
     *) usage >&2; exit 2 ;;
@@ -54,155 +48,81 @@ done
 [[ $arch == win32 || $arch == win64 ]] || die "unknown kind of prefix: $arch"
 [[ $display == virtual || $display == desktop || $display == none ]] || die "unknown display: $display"
 [[ $name =~ ^[A-Za-z0-9_.-]+$ ]] || die "a room's name is letters, digits, '_', '.' and '-': $name"
+[[ $action == prepare ]] || (($#)) || { usage >&2; exit 2; }
+
+wine_version=$(wine --version)
+root=$build_root/sandbox
 room=$root/$name-$arch
+template=$root/template-$arch
 
-# The keeper holds this lock for as long as the room is open.
-is_closed() { flock --nonblock --exclusive "$1/alive" true; }
+# Every process of a room inherits its lock: it is free again when the last of them has ended.
+lock_room() {
+  local lock
+  mkdir -p "$1/home" "$1/log"
+  exec {lock}>"$1.lock"
+  if ! flock --nonblock "$lock"; then
+    say "Waiting for the command that runs in $1"
+    flock --wait 300 "$lock" || die "the room $1 has been in use for too long"
+  fi
+}
 
-# Asks the keeper of the room $1 to close it. A room in use closes behind its last command, not before.
-close_room() {
-  [[ -e $1/alive ]] || return 0
-  : >"$1/close-wish"
-  if is_closed "$1" || ! flock --nonblock --exclusive "$1/users" true; then return; fi
-  wait_until 30 is_closed "$1" && return
-  say "The room $1 does not close; it is ended"
-  # With this process the kernel ends every other one in the room.
-  local keeper
-  keeper=$(<"$1/keeper.pid") && kill -KILL "$keeper" && wait_until 5 is_closed "$1"
+# A prefix is whole when its last run ended in good order and had the Wine that is installed now.
+is_whole() { [[ -e $1/whole && $(<"$1/whole") == "$wine_version" ]]; }
+
+# Becomes the first process of the room $1, which runs a command: DISPLAY SECONDS COMMAND…
+enter_room() {
+  local folder mounts=() room=$1
+  shift
+  cp "$hosts" "$room/hosts"
+  # Names come from the hosts file and from nowhere else.
+  sed 's/^hosts:.*/hosts: files/' /etc/nsswitch.conf >"$room/nsswitch.conf"
+  if [[ -d /run/nscd ]]; then mounts+=(--tmpfs /run/nscd); fi
+  if [[ $1 == desktop ]]; then
+    mounts+=(--ro-bind /tmp/.X11-unix /tmp/.X11-unix --setenv XAUTHORITY /tmp/xauthority
+      --ro-bind-try "${XAUTHORITY:-$HOME/.Xauthority}" /tmp/xauthority)
+  else
+    mounts+=(--unsetenv DISPLAY --unsetenv XAUTHORITY)
+  fi
+  for folder in "$repo" "$build_root"; do mounts+=(--bind "$folder" "$folder"); done
+  export HOME=$room/home WINEPREFIX=$room/prefix WINEARCH=$arch TAVREL_ROOM=$room
+  export WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+  # The locale fixes the ANSI code page of the prefix (1252). Wine 10 frees what it got from TMPDIR.
+  export LANG=C.UTF-8 LC_ALL=C.UTF-8
+  unset TMPDIR WINESERVER WINELOADER XDG_RUNTIME_DIR WAYLAND_DISPLAY
+  # A devices folder of the room's own (--dev) would come with a second user namespace, in which an ordinary
+  # user has no right to port 80.
+  exec bwrap --die-with-parent --unshare-net --unshare-pid --cap-add CAP_NET_BIND_SERVICE \
+    --ro-bind / / --dev-bind /dev /dev --proc /proc --perms 1777 --tmpfs /tmp "${mounts[@]}" \
+    --bind "$room/hosts" /etc/hosts --ro-bind "$room/nsswitch.conf" /etc/nsswitch.conf \
+    --chdir "$PWD" -- "$repo/scripts/room.sh" "$wine_version" "$@"
 }
 
 # A prefix of each kind is made once, in a room of its own, and copied from then on.
-make_template() {
-  local template=$root/template-$arch lock
-  mkdir -p "$root"
-  exec {lock}>"$template.lock"
-  flock --wait 180 "$lock" || die "another process has been making $template for too long"
-  if [[ ! -e $template/made ]]; then
-    say "Making a $arch Wine prefix (once, about a quarter of a minute)"
-    rm -rf "$template"
-    mkdir -p "$template/home" "$template/log"
-    cp "$hosts" "$template/hosts"
-    if ! (become_keeper "$template" make); then
-      cat "$template/log/keeper.log" >&2
-      die "making a Wine prefix failed"
-    fi
-    keep_documents_inside "$template/prefix"
-    : >"$template/made"
-  fi
-  exec {lock}>&-
-}
-
-# Becomes the keeper of the room $1 with the display $2. Of the open descriptors above the standard ones,
-# which belong to whoever called this script, only $3 stays open.
-become_keeper() {
-  local fd
-  for fd in /proc/self/fd/*; do
-    fd=${fd##*/}
-    if ((fd > 2 && fd != ${3:--1})); then exec {fd}>&-; fi
-  done
-  room_environment "$1"
-  exec setsid unshare "${user_namespace[@]}" --net --mount --pid --fork --kill-child \
-    "$repo/scripts/room-keeper.sh" "$1" "$2" "$repo" "$root" "${3-}" </dev/null >"$1/log/keeper.log" 2>&1
-}
-
-# Wine links a user's folders to the home folder; here they belong to the prefix.
-keep_documents_inside() {
-  local link
-  find "$1/drive_c/users" -type l | while read -r link; do
-    rm "$link"
-    mkdir "$link"
-  done
-}
+make_template() (
+  new=$root/new-$arch
+  is_whole "$template" && return
+  lock_room "$new"
+  is_whole "$template" && return
+  say "Making a $arch Wine prefix (once, about a quarter of a minute)"
+  rm -rf "$template" "$new/prefix"
+  (enter_room "$new" none 60 "$repo/scripts/room.sh" --furnish) >"$new/log/furnish.log" ||
+    die "making a Wine prefix failed; see $new/log"
+  # What a power cut leaves of it must not look whole.
+  sync --file-system "$new"
+  mv "$new" "$template"
+)
 
 copy_template() {
-  local from=$root/template-$arch/prefix to=$room/prefix.new
-  rm -rf "$to"
-  mkdir -p "$to/drive_c"
-  find "$from" -mindepth 1 -maxdepth 1 ! -name drive_c -exec cp -a -t "$to" {} +
-  find "$from/drive_c" -mindepth 1 -maxdepth 1 ! -name windows -exec cp -a -t "$to/drive_c" {} +
+  rm -rf "$room/prefix"
   # Wine's own files are most of a prefix and only read: linked, but for the few that programs write.
-  cp -al "$from/drive_c/windows" "$to/drive_c/"
-  find "$to/drive_c/windows" -type f ! -size +16k -print0 |
-    while IFS= read -r -d '' file; do
-      cp -p "$file" "$file.own" && mv "$file.own" "$file"
-    done
-  mv "$to" "$room/prefix"
+  cp -al "$template/prefix" "$room/prefix"
+  find "$room/prefix" -type f \( ! -path '*/drive_c/windows/*' -o ! -size +16k \) -print0 |
+    xargs -0 bash -c 'for file; do cp -p "$file" "$file.own" && mv "$file.own" "$file"; done' own
 }
 
-# What every process of a room inherits. The locale fixes the ANSI code page of the prefix (1252).
-room_environment() {
-  export HOME=$1/home WINEPREFIX=$1/prefix WINEARCH=$arch XAUTHORITY=$1/xauthority
-  export WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
-  export LANG=C.UTF-8 LC_ALL=C.UTF-8 TMPDIR=/tmp
-  unset WINESERVER WINELOADER XDG_RUNTIME_DIR WAYLAND_DISPLAY
-}
-
-open_room() {
-  mkdir -p "$room/home" "$room/log"
-  make_template
-  if [[ ! -e $room/prefix ]]; then copy_template; fi
-  cp "$hosts" "$room/hosts"
-  rm -f "$room/close-wish" "$room/ready"
-  : >"$room/xauthority"
-  if [[ $display == desktop ]]; then
-    cp "${XAUTHORITY:-$HOME/.Xauthority}" "$room/xauthority" 2>/dev/null || true
-  fi
-  # The namespaces, and every process in them, end with the process that keeps this lock.
-  local alive
-  exec {alive}>"$room/alive"
-  flock --nonblock "$alive" || die "the room $room is just being opened"
-  # Forked twice: whoever ends the first command of the room, with its children, does not end the room.
-  (become_keeper "$room" "$display" "$alive" &)
-  exec {alive}>&-
-  if ! wait_until 60 test -e "$room/ready"; then
-    cat "$room/log/keeper.log" >&2
-    die "the room $room could not be opened"
-  fi
-}
-
-# An ordinary user gets the rights over a room's namespaces by being root in a user namespace.
-user_namespace=()
-enter_user=()
-if ((EUID != 0)); then
-  user_namespace=(--user --map-root-user)
-  enter_user=(--user --preserve-credentials)
-fi
-
-case $action in
-  path)
-    printf '%s\n' "$room"
-    exit ;;
-  prepare)
-    make_template
-    exit ;;
-  close)
-    close_room "$room"
-    exit ;;
-  close-all)
-    for folder in "$root"/*-win32 "$root"/*-win64; do close_room "$folder"; done
-    exit ;;
-  run)
-    (($#)) || { usage >&2; exit 2; } ;;
-esac
-
-mkdir -p "$room"
-exec {door}>"$room/door"
-flock --wait 240 "$door" || die "the room $room has been opening or closing for too long"
-touch "$room/alive"
-if is_closed "$room"; then open_room; fi
-# Whoever holds this lock shared is in the room. Taken before the door is let go, so that the keeper,
-# which closes the room behind the same door, never closes it on a newcomer.
-exec {users}>"$room/users"
-flock --shared "$users"
-exec {door}>&-
-[[ $action == open ]] && exit
-
-room_environment "$room"
-case $(<"$room/display") in
-  none) unset DISPLAY XAUTHORITY ;;
-  *) DISPLAY=$(<"$room/display"); export DISPLAY ;;
-esac
-# Not forking here makes the command a descendant of this very process, so that whoever ends this process
-# with its children ends the command too.
-exec nsenter "${enter_user[@]}" --net --mount --pid --no-fork --target "$(<"$room/keeper.pid")" \
-  "$repo/scripts/room-visitor.sh" "$room" "$PWD" "$limit" "$users" "$@"
+mkdir -p "$root"
+make_template
+[[ $action == run ]] || exit 0
+lock_room "$room"
+if ! is_whole "$room"; then copy_template; fi
+enter_room "$room" "$display" "$limit" "$@"

@@ -9,9 +9,9 @@ packages=(
   # build and checks
   cmake ninja-build g++ g++-mingw-w64-i686-posix doctest-dev
   clang libclang-rt-14-dev clang-format clang-tidy
-  # sandbox: Wine with what it draws windows and text with, display, update server, picture of the screen
-  wine wine32:i386 wine64 fonts-wine libxrender1:i386 libxcursor1:i386 libxrandr2:i386
-  xvfb xdotool imagemagick nginx-light iproute2
+  # sandbox: its walls, Wine with what it draws windows and text with, display, update server, picture of the screen
+  bubblewrap wine wine32:i386 wine64 fonts-wine libxrender1:i386 libxcursor1:i386 libxrandr2:i386
+  xvfb xdotool imagemagick nginx-light
 )
 log=$build_root/setup.log
 
