@@ -39,14 +39,10 @@ void RegistryFacts::BuildUninstallKeyPath() {
   UninstallKeyPath = UninstallKey(RegistryModeOne);
 }
 
-void RegisteredData::LogError(std::int32_t code) {
-  log_.Append(std::wstring(log_texts::kError).append(std::to_wstring(code)));
-}
-
 void RegisteredData::Report(std::wstring_view text, std::int32_t code) {
   if (text.empty()) return;
   log_.Append(text);
-  LogError(code);
+  log_.Append(std::wstring(log_texts::kError).append(std::to_wstring(code)));
 }
 
 void RegisteredData::SetMode(bool mode_one) {

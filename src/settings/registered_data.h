@@ -38,16 +38,12 @@ class RegisteredData {
   void ReadInstallPath();
   void ReadInstallPathLogged();
   std::wstring GetInstallPath() const { return facts_.InstallPath; }
+  const RegistryFacts& Facts() const { return facts_; }
 
   /// Both look for "Qrt.exe", then "qrt.exe", in the install path and leave their fields without one, or when
   /// it has no version resource.
   void ReadProductFileVersion();
   void ReadProductVersionNumber();
-
- protected:
-  void LogError(std::int32_t code);
-  LogSink& log() { return log_; }
-  RegistryFacts& facts() { return facts_; }
 
  private:
   enum class Reading { done, missing, failed };

@@ -1,4 +1,7 @@
+#include "update/exchange.h"
+
 #include <windows.h>
+
 #include <wininet.h>
 
 #include <array>
@@ -12,7 +15,6 @@
 #include "text/text.h"
 #include "update/request_path.h"
 #include "update/section_names.h"
-#include "update/update_engine.h"
 #include "update/update_texts.h"
 
 namespace {
@@ -44,21 +46,21 @@ std::wstring LocalFilePath() {
 
 }  // namespace
 
-void UpdateEngine::FillNetworkErrorCodes() {
+void Exchange::FillNetworkErrorCodes() {
   NetworkErrorCodes.assign(update_texts::kNetworkErrorCodes.begin(), update_texts::kNetworkErrorCodes.end());
 }
 
-std::wstring UpdateEngine::GetUpdatePathFromTagThree() {
-  if (facts().UpdateLocUrlMode) {
-    log().Append(update_texts::kUrlMode);
+std::wstring Exchange::GetUpdatePathFromTagThree() {
+  if (product_.Facts().UpdateLocUrlMode) {
+    log_.Append(update_texts::kUrlMode);
     return {};
   }
-  const auto path = RequestPath(TagThree, UpdateLocation);
-  log().Append(path ? update_texts::kHostMatched : update_texts::kHostNotMatched);
+  const auto path = RequestPath(product_.TagThree, settings_.UpdateLocation);
+  log_.Append(path ? update_texts::kHostMatched : update_texts::kHostNotMatched);
   return std::wstring(path.value_or(std::wstring_view()));
 }
 
-void UpdateEngine::MatchNetworkErrorCode(std::wstring_view code) {
+void Exchange::MatchNetworkErrorCode(std::wstring_view code) {
   for (const std::wstring& known : NetworkErrorCodes) {
     if (!text::EqualsIgnoreCase(known, code)) continue;
     m_bNetworkError = true;
@@ -66,35 +68,35 @@ void UpdateEngine::MatchNetworkErrorCode(std::wstring_view code) {
   }
 }
 
-void UpdateEngine::SetErrorText(std::wstring_view text) {
+void Exchange::SetErrorText(std::wstring_view text) {
   m_strErrorText.clear();
   if (!text.empty()) m_strErrorText.append(update_texts::kErrorPrefix).append(text);
   if (variant_.error_text_mirror != nullptr) *variant_.error_text_mirror = m_strErrorText;
 }
 
-void UpdateEngine::SetCheckFailed(bool failed) {
+void Exchange::SetCheckFailed(bool failed) {
   m_bCheckFailed = failed;
   if (variant_.check_failed_mirror != nullptr) *variant_.check_failed_mirror = failed;
 }
 
-void UpdateEngine::FailWith(std::wstring_view error_text) {
+void Exchange::FailWith(std::wstring_view error_text) {
   SetErrorText(error_text);
-  log().Append(m_strErrorText);
+  log_.Append(m_strErrorText);
 }
 
-void UpdateEngine::ReportFailure(std::wstring_view message, unsigned long error) {
-  log().Append(message);
+void Exchange::ReportFailure(std::wstring_view message, unsigned long error) {
+  log_.Append(message);
   SetCheckFailed(true);
   const std::wstring code = platform::ErrorNumber(error);
   MatchNetworkErrorCode(code);
   FailWith(code);
 }
 
-void UpdateEngine::DownloadUpdateList(std::vector<std::wstring>& sections) {
+void Exchange::DownloadUpdateList(std::vector<std::wstring>& sections) {
   const std::wstring file = LocalFilePath();
   const std::wstring path = GetUpdatePathFromTagThree();
   if (path.empty()) {
-    log().Append(update_texts::kInvalidTagThree);
+    log_.Append(update_texts::kInvalidTagThree);
     SetCheckFailed(true);
     FailWith(update_texts::kMismatch);
     return;
@@ -103,9 +105,9 @@ void UpdateEngine::DownloadUpdateList(std::vector<std::wstring>& sections) {
   std::wstring pending_error;
   platform::SharedTurn turn(kLocalFileTurn);
   if (!FetchToFile(path, file, turn, pending_error)) return;
-  log().Append(update_texts::kCompleted);
+  log_.Append(update_texts::kCompleted);
   if (!platform::FileExists(file)) {
-    log().Append(update_texts::kCopiedMissing);
+    log_.Append(update_texts::kCopiedMissing);
     return;
   }
   AppendSectionNames(platform::ReadProfileSectionNames(file, kSectionNamesCapacity), sections);
@@ -113,19 +115,19 @@ void UpdateEngine::DownloadUpdateList(std::vector<std::wstring>& sections) {
   SetErrorText(pending_error);
 }
 
-bool UpdateEngine::ProbeConnection() {
+bool Exchange::ProbeConnection() {
   const std::wstring address(identity::ProbeAddress());
   if (wininet::InternetCheckConnectionW(address.c_str(), FLAG_ICC_FORCE_CONNECTION, 0)) return true;
   const std::wstring code = platform::ErrorNumber(GetLastError());
-  log().Append(update_texts::kProbeFailed);
+  log_.Append(update_texts::kProbeFailed);
   SetCheckFailed(true);
   MatchNetworkErrorCode(code);
   FailWith(std::wstring(code).append(update_texts::kCheckNetwork));
   return false;
 }
 
-bool UpdateEngine::FetchToFile(const std::wstring& path, const std::wstring& file, platform::SharedTurn& turn,
-                               std::wstring& pending_error) {
+bool Exchange::FetchToFile(const std::wstring& path, const std::wstring& file, platform::SharedTurn& turn,
+                           std::wstring& pending_error) {
   const auto fail = [this](std::wstring_view message) {
     ReportFailure(message, GetLastError());
     return false;
@@ -134,15 +136,16 @@ bool UpdateEngine::FetchToFile(const std::wstring& path, const std::wstring& fil
       wininet::InternetOpenW(variant_.agent, INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0));
   if (!root) return fail(update_texts::kOpenFailed);
 
-  DWORD timeout = TimeoutMs > 0 ? static_cast<DWORD>(TimeoutMs) : kFallbackTimeoutMs;
+  DWORD timeout = settings_.TimeoutMs > 0 ? static_cast<DWORD>(settings_.TimeoutMs) : kFallbackTimeoutMs;
   if (!wininet::InternetSetOptionW(root.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout)) {
     const DWORD error = GetLastError();
-    log().Append(update_texts::kOptionStatus);
-    log().Append(platform::ErrorNumber(error));
+    log_.Append(update_texts::kOptionStatus);
+    log_.Append(platform::ErrorNumber(error));
   }
 
-  const platform::UniqueInternet connection(wininet::InternetConnectW(
-      root.get(), UpdateLocation.c_str(), INTERNET_DEFAULT_HTTP_PORT, L"", L"", INTERNET_SERVICE_HTTP, 0, 0));
+  const platform::UniqueInternet connection(
+      wininet::InternetConnectW(root.get(), settings_.UpdateLocation.c_str(), INTERNET_DEFAULT_HTTP_PORT, L"",
+                                L"", INTERNET_SERVICE_HTTP, 0, 0));
   if (!connection) return fail(update_texts::kConnectFailed);
 
   const wchar_t* accepted[] = {L"text/*", nullptr};
@@ -157,14 +160,14 @@ bool UpdateEngine::FetchToFile(const std::wstring& path, const std::wstring& fil
   return CopyBody(request.get(), file);
 }
 
-bool UpdateEngine::CheckStatus(void* request, std::wstring& pending_error) {
+bool Exchange::CheckStatus(void* request, std::wstring& pending_error) {
   DWORD status = 0;
   DWORD size = sizeof status;
   const BOOL queried = wininet::HttpQueryInfoW(request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER,
                                                &status, &size, nullptr);
   const DWORD error = GetLastError();
   if (queried && status == kStatusOk) {
-    log().Append(update_texts::kFound);
+    log_.Append(update_texts::kFound);
     return true;
   }
   if (queried && status == kStatusNotFound) {
@@ -172,13 +175,13 @@ bool UpdateEngine::CheckStatus(void* request, std::wstring& pending_error) {
     return false;
   }
   pending_error = platform::ErrorNumber(queried ? status : 0);
-  log().Append(update_texts::kStatusCode);
-  log().Append(pending_error);
+  log_.Append(update_texts::kStatusCode);
+  log_.Append(pending_error);
   if (!queried) ReportFailure(update_texts::kStatusFailed, error);
   return queried != FALSE;
 }
 
-bool UpdateEngine::CopyBody(void* request, const std::wstring& file) {
+bool Exchange::CopyBody(void* request, const std::wstring& file) {
   const platform::UniqueFile local = platform::OpenForWriting(file, CREATE_ALWAYS);
   if (!local) {
     ReportFailure(update_texts::kFileFailed, GetLastError());

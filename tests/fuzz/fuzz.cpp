@@ -13,6 +13,7 @@
 #include "ui/launch_parameters.h"
 #include "ui/log_saving.h"
 #include "unit/literal.h"
+#include "update/decision.h"
 #include "update/pack_list.h"
 #include "update/record_text.h"
 #include "update/request_path.h"
@@ -161,6 +162,33 @@ void Records(const Text& in) {
   assert(ParseRecordVersion(record) == expected);
 }
 
+// The record ("-": none), the two numbers of the executable (one of them missing: unknown), the list.
+void Decisions(const Text& in) {
+  std::vector<Text> list = Split(in);
+  const Text record = TakeFirst(list), level = TakeFirst(list), build = TakeFirst(list);
+  CheckFacts facts{list, {2, 7}, record, 15027, level, build};
+  if (record == L"-") facts.record.reset();
+  const Decision decision = Decide(facts, L"gone");
+  const std::size_t start = std::min(record.find_first_not_of(kBlanks), record.size());
+  const Text content = record.substr(start, record.find_last_not_of(kBlanks) + 1 - start);
+  const bool packs = list.size() > 1;
+  assert(decision.exit_code == (record == L"-" ? 3 : content.empty() || !packs ? 2 : 1));
+  std::size_t named = 0;
+  for (std::size_t i = 1; i < list.size(); ++i) named += Contains(content, list[i]);
+  const bool covers = decision.exit_code == 1 && named + 1 == list.size();
+  assert(decision.record_covers_list == covers);
+  const std::pair installed{text::ParseDecimal(level), text::ParseDecimal(build)};
+  const bool newer = installed < std::pair{2, 7};
+  const bool ahead = covers && ParseRecordVersion(record).value_or(0) > 15027;
+  const bool known = !packs || covers || (!level.empty() && !build.empty());
+  assert(decision.removal.has_value() == ahead);
+  assert(decision.offered.has_value() == known);
+  assert(!known || *decision.offered == (packs && (covers ? ahead : newer)));
+  assert(decision.entries.size() == (!known                                            ? 0u
+                                     : *decision.offered || (!packs && record != L"-") ? 1u
+                                                                                       : 2u));
+}
+
 void Requests(const Text& in) {
   std::vector<Text> parts = Split(in);
   const Text host = TakeFirst(parts), address = TakeFirst(parts);
@@ -208,8 +236,8 @@ const struct {
   void (*check)(const Text&);
 } kParsers[] = {
     {"trimming", Trimming}, {"booleans", Booleans}, {"numbers", Numbers}, {"replacing", Replacing},
-    {"paths", Paths},       {"packs", Packs},       {"records", Records}, {"requests", Requests},
-    {"sections", Sections}, {"logs", Logs}};
+    {"paths", Paths},       {"packs", Packs},       {"records", Records}, {"decisions", Decisions},
+    {"requests", Requests}, {"sections", Sections}, {"logs", Logs}};
 
 void (*chosen_check)(const Text&) = nullptr;
 

@@ -6,6 +6,7 @@
 #include "ui/log_saving.h"
 #include "ui/page_state.h"
 #include "unit.h"
+#include "update/decision.h"
 #include "update/pack_list.h"
 #include "update/record_text.h"
 #include "update/request_path.h"
@@ -49,6 +50,27 @@ Text Newest(View sections) {
 Text Compare(View installed) {
   const std::vector<Text> parts = Split(installed, L'.');
   return IsNewer({2, 7}, text::ParseDecimal(parts[0]), text::ParseDecimal(parts[1])) ? L"newer" : L"";
+}
+
+// The record ("-": there is none), the executable's version, the list. The entries as they are logged when a
+// record that is to go can be deleted.
+Text DecideFor(View in) {
+  std::vector<Text> sections = Split(in);
+  const Text record = sections[0], version = sections[1];
+  sections.erase(sections.begin(), sections.begin() + 2);
+  std::vector<Text> fields = Split(version, L'.');
+  fields.resize(4);
+  LatestPack latest;
+  FindLatestPack(sections, latest);
+  CheckFacts facts{sections, latest, record, 0, fields[2], fields[3]};
+  if (record == L"-") facts.record.reset();
+  if (!version.empty()) facts.product_version = text::ParseDecimal(Fold(version));
+  const Decision decision = Decide(facts, L"deleted");
+  Text result = std::to_wstring(decision.exit_code) + (decision.record_covers_list ? L" covered" : L"");
+  result += !decision.offered ? L" as before" : *decision.offered ? L" yes" : L" no";
+  if (decision.removal) result.append(L"|").append(decision.removal->deleted);
+  for (const View entry : decision.entries) result.append(L"|").append(entry);
+  return result;
 }
 
 Text Cut(View path) {
@@ -125,6 +147,7 @@ const struct {
        const auto version = ParseRecordVersion(in);
        return version ? std::to_wstring(*version) : L"none";
      }},
+    {"a check takes the wrong path, says the wrong thing or gives up a record", DecideFor},
     {"the request asks for another file than the registered one",
      [](View in) { return Optional(RequestPath(in, L"up.example")); }},
     {"a section name is lost at the buffer's end, or a cut one is kept", Names},

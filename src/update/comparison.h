@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "log/log_sink.h"
+#include "settings/registered_data.h"
+#include "update/check_variant.h"
+#include "update/decision.h"
+#include "update/exchange.h"
+
+/// The comparison, the step of the check that carries out what decision.h decides. Takes the version of the
+/// product's executable, the exchange that fetches the list, and the record of installed updates; gives the
+/// members below.
+class Comparison {
+ public:
+  Comparison(RegisteredData& product, Exchange& exchange, const CheckVariant& variant, LogSink& log)
+      : product_(product), exchange_(exchange), variant_(variant), log_(log) {}
+
+  std::int32_t LatestBuild = 0;
+  std::int32_t LatestLevel = 0;
+  std::int32_t RecordVersionNumber = 0;
+  std::vector<std::wstring> UpdateSections;  ///< section names of the fetched file, in its order
+  bool m_bUpdatesAvailable = false;
+
+  /// Fetches the list of updates and compares it with the executable in the install path and the record
+  /// beside `productIconPath`. Logs which path was taken; deletes a record that is ahead of the executable.
+  /// The registered version has no say: the executable's own file version decides.
+  void CompareUpdates(const std::wstring& productIconPath, const std::wstring& productVersion);
+  /// Settles `LatestLevel` and `LatestBuild` from `UpdateSections`.
+  void FindLatestPack();
+  /// Settles `RecordVersionNumber`; a text without a version leaves it.
+  void ReadRecordVersion(std::wstring_view text);
+  /// The record's text, read in the system's code page; empty and two entries when it cannot be read.
+  std::wstring ReadInstalledRecord(const std::wstring& path);
+
+ private:
+  void CarryOut(const Decision& decision, const std::wstring& record_path);
+  void DeleteRecord(const Decision::Removal& removal, const std::wstring& path);
+  void SetUpdatesAvailable(bool available);
+
+  RegisteredData& product_;
+  Exchange& exchange_;
+  const CheckVariant& variant_;
+  LogSink& log_;
+};

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "log/log_sink.h"
+#include "settings/registered_data.h"
+#include "settings/update_settings.h"
+#include "update/check_variant.h"
+
+namespace platform {
+class SharedTurn;
+}
+
+/// The exchange with the update server, a step of the check. Takes the registered address of the list
+/// (`TagThree`), the location and the time-out of the settings, and whether that location is a complete
+/// address; gives the section names of the fetched list and the members below.
+class Exchange {
+ public:
+  Exchange(const RegisteredData& product, const UpdateSettings& settings, const CheckVariant& variant,
+           LogSink& log)
+      : product_(product), settings_(settings), variant_(variant), log_(log) {}
+
+  std::wstring m_strErrorText;  ///< " Error : " and the last failure's code or message; empty without one
+  std::vector<std::wstring> NetworkErrorCodes;
+  bool m_bCheckFailed = false;   ///< the exchange with the server failed
+  bool m_bNetworkError = false;  ///< ... with one of `NetworkErrorCodes`
+
+  /// Fills `NetworkErrorCodes`, in place of what it held.
+  void FillNetworkErrorCodes();
+  /// Fetches the update information file into the temporary folder and appends its section names to
+  /// `sections`. Every failure sets `m_bCheckFailed` and `m_strErrorText` and is logged with its code; a
+  /// completed download clears the flag. A status other than 200 and 404 downloads the body all the same and
+  /// leaves its number as the error text. Nothing is left open.
+  void DownloadUpdateList(std::vector<std::wstring>& sections);
+  /// The request path; empty when the address does not name the update location's host, or the location is a
+  /// complete address. Logs which.
+  std::wstring GetUpdatePathFromTagThree();
+  /// Sets `m_bNetworkError` when `code` is in `NetworkErrorCodes`.
+  void MatchNetworkErrorCode(std::wstring_view code);
+  /// " Error : " and `text`, or nothing for an empty text.
+  void SetErrorText(std::wstring_view text);
+
+ private:
+  bool ProbeConnection();
+  bool FetchToFile(const std::wstring& path, const std::wstring& file, platform::SharedTurn& turn,
+                   std::wstring& pending_error);
+  bool CheckStatus(void* request, std::wstring& pending_error);
+  bool CopyBody(void* request, const std::wstring& file);
+  void ReportFailure(std::wstring_view message, unsigned long error);
+  void FailWith(std::wstring_view error_text);
+  void SetCheckFailed(bool failed);
+
+  const RegisteredData& product_;
+  const UpdateSettings& settings_;
+  const CheckVariant& variant_;
+  LogSink& log_;
+};
