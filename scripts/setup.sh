@@ -13,6 +13,8 @@ packages=(
   # sandbox: its walls, Wine with what it draws windows and text with, display, update server, picture of the screen
   bubblewrap wine wine32:i386 wine64 fonts-wine libxrender1:i386 libxcursor1:i386 libxrandr2:i386
   xvfb xdotool imagemagick nginx-light
+  # installer and release
+  nsis osslsigncode zip jq
 )
 log=$build_root/setup.log
 

@@ -1,0 +1,20 @@
+#!/bin/bash
+# Makes the installer: packaging/installer.sh BUILD-TREE [PROGRAM] > its path
+# BUILD-TREE is one of the preset release; PROGRAM takes the place of the program in it (a signed one).
+# With TAVREL_SIGN, a command that signs the file named after it, the uninstaller is signed as well.
+set -euo pipefail
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "${BASH_SOURCE[0]}")/../scripts/lib.sh"
+
+tree=$(realpath -- "$1")
+program=$(realpath -- "${2:-$tree/QRTTavrelUtility.exe}")
+version_of() { sed -n "s/^#define $1 \"\(.*\)\"$/\1/p" "$tree/generated/version.h"; }
+version=$(version_of TAVREL_VERSION)
+output=$tree/QRTTavrelUtility-$version-setup.exe
+size=$((($(stat --format=%s "$program") + 1023) / 1024 + 64))  # 64 KiB: uninstaller and seed
+# A line end of the system that reads the file.
+sed 's/$/\r/' "$tree/generated/korsa.ini" >"$tree/korsa.ini"
+makensis -V2 -WX -NOCD -DVERSION="$version" -DPRODUCT_VERSION="$(version_of TAVREL_PRODUCT_VERSION)" -DSIZE="$size" \
+  -DOUTPUT="$output" -DPROGRAM="$program" -DSEED="$tree/korsa.ini" -DICON="$repo/resources/app.ico" \
+  ${TAVREL_SIGN:+-DSIGN="$TAVREL_SIGN"} "$repo/packaging/installer.nsi" >&2
+printf '%s\n' "$output"
