@@ -15,6 +15,7 @@ done
 grep -q 'file format pei-i386' <<<"$headers" || fail "is not a 32-bit program"
 grep -q '^DllCharacteristics[[:space:]]*0*140$' <<<"$headers" || fail "lacks address randomisation or data execution prevention"
 grep -q '^Subsystem[[:space:]]*0*2[[:space:]]' <<<"$headers" || fail "is not a window program"
+(($(stat -c %s "$program") <= 250 * 1024)) || fail "is larger than 250 KiB"
 resources=$(i686-w64-mingw32-windres -J coff -O rc "$program" 2>/dev/null)
 version=$(sed -n 's/^#define TAVREL_FILE_VERSION_NUMBERS //p' "$tree/generated/version.h")
 grep -q "FILEVERSION $version" <<<"$resources" || fail "is not of version $version"

@@ -139,7 +139,7 @@ std::wstring SystemMessage(DWORD error) {
 }
 
 std::wstring ErrorNumber(DWORD error) {
-  return std::to_wstring(error);
+  return text::FormatDecimal(error);
 }
 
 }  // namespace platform

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/system_library.h"
+#include "text/text.h"
 
 namespace platform {
 namespace {
@@ -36,7 +37,7 @@ std::wstring FileVersionText(const FileVersion& version) {
   std::wstring text;
   for (const std::uint16_t number : version) {
     if (!text.empty()) text += L'.';
-    text += std::to_wstring(number);
+    text += text::FormatDecimal(number);
   }
   return text;
 }

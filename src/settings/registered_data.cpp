@@ -42,7 +42,7 @@ void RegistryFacts::BuildUninstallKeyPath() {
 void RegisteredData::Report(std::wstring_view text, std::int32_t code) {
   if (text.empty()) return;
   log_.Append(text);
-  log_.Append(std::wstring(log_texts::kError).append(std::to_wstring(code)));
+  log_.Append(std::wstring(log_texts::kError).append(text::FormatDecimal(code)));
 }
 
 void RegisteredData::SetMode(bool mode_one) {
@@ -169,7 +169,7 @@ void RegisteredData::ReadProductVersionNumber() {
   const auto version = platform::ReadFileVersion(path);
   if (!version) return;
   const auto& [first, second, third, fourth] = *version;
-  ProductVersionThird = std::to_wstring(third);
-  ProductVersionFourth = std::to_wstring(fourth);
+  ProductVersionThird = text::FormatDecimal(third);
+  ProductVersionFourth = text::FormatDecimal(fourth);
   ProductVersionNumber = text::FoldVersion(first, second, third, fourth);
 }

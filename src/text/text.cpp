@@ -1,6 +1,7 @@
 #include "text/text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <limits>
 
 namespace text {
@@ -62,6 +63,11 @@ std::int32_t ParseDecimal(std::wstring_view value) {
     number = std::min(number * 10 + (c - L'0'), kMax32 + 1);
   }
   return Saturate(negative ? -number : number);
+}
+
+std::wstring FormatDecimal(std::int64_t value) {
+  char digits[std::numeric_limits<std::int64_t>::digits10 + 2];
+  return {digits, std::to_chars(std::begin(digits), std::end(digits), value).ptr};
 }
 
 std::int32_t SecondsToMilliseconds(std::int32_t seconds) {

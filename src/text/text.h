@@ -19,6 +19,9 @@ bool IsTrueText(std::wstring_view value);
 /// Leading white space, an optional sign, decimal digits up to the first other character; 0 when there is
 /// no digit. Values outside 32 bits saturate.
 std::int32_t ParseDecimal(std::wstring_view value);
+/// `value` in decimal digits, behind a minus where it is negative. (The standard library's own brings its
+/// whole printf into the program.)
+std::wstring FormatDecimal(std::int64_t value);
 /// `seconds` as milliseconds, saturating at 32 bits.
 std::int32_t SecondsToMilliseconds(std::int32_t seconds);
 /// ((a × 10 + b) × 10 + c) × 10 + d, saturating at 32 bits.

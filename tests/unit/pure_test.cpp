@@ -29,7 +29,7 @@ class Recorder : public CCommandLineInfo {
 Text Fold(View version) {
   std::vector<std::int32_t> n;
   for (const Text& field : Split(version, L'.')) n.push_back(text::ParseDecimal(field));
-  return std::to_wstring(text::FoldVersion(n[0], n[1], n[2], n[3]));
+  return text::FormatDecimal(text::FoldVersion(n[0], n[1], n[2], n[3]));
 }
 
 Text Parse(View in) {
