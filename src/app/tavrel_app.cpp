@@ -1,7 +1,5 @@
 #include "app/tavrel_app.h"
 
-#include <commctrl.h>
-
 #include "app/custom_command_info.h"
 #include "app/tavrel_sheet.h"
 #include "framework/message_box.h"
@@ -39,8 +37,7 @@ BOOL CQRTTavrelUtilityApp::InitInstance() {
 
 void CQRTTavrelUtilityApp::InitialiseFramework() {
   // List-view, tree-view, bar, tab, up-down, progress, hot-key and animation classes.
-  const INITCOMMONCONTROLSEX classes{sizeof classes, 0xFF};
-  InitCommonControlsEx(&classes);
+  UseCommonControls(0xFF);
   CWinApp::InitInstance();
   SetRegistryKey(L"Local AppWizard-Generated Applications");
 }

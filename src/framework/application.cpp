@@ -4,8 +4,14 @@
 #include <shellapi.h>
 
 #include "framework/command_line.h"
+#include "framework/common_controls.h"
+#include "platform/system_library.h"
 
 namespace {
+
+platform::SystemLibrary ole(L"ole32.dll");
+platform::SystemFunction<decltype(&::CoInitializeEx)> InitializeCom(ole, "CoInitializeEx", E_FAIL);
+platform::SystemFunction<decltype(&::CoUninitialize)> UninitializeCom(ole, "CoUninitialize");
 
 CWinApp* g_application = nullptr;
 
@@ -14,11 +20,11 @@ CWinApp* g_application = nullptr;
 /// COM for the user-interface thread, as the shell's calls and dialogs want it.
 class ComSession {
  public:
-  ComSession() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
+  ComSession() : result_(InitializeCom(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
   ComSession(const ComSession&) = delete;
   ComSession& operator=(const ComSession&) = delete;
   ~ComSession() {
-    if (SUCCEEDED(result_)) CoUninitialize();
+    if (SUCCEEDED(result_)) UninitializeCom();
   }
 
  private:
@@ -44,8 +50,20 @@ int CWinApp::Run(HINSTANCE instance) {
 }
 
 BOOL CWinApp::InitInstance() {
-  com_ = std::make_unique<ComSession>();
+  com_wanted_ = true;
   return FALSE;
+}
+
+void CWinApp::PrepareWindows() {
+  CWinApp* const self = g_application;
+  if (self == nullptr) return;
+  if (self->common_controls_ != 0) {
+    const INITCOMMONCONTROLSEX classes{sizeof classes, self->common_controls_};
+    common_controls::InitCommonControlsEx(&classes);
+  }
+  if (self->com_wanted_) self->com_ = std::make_unique<ComSession>();
+  self->common_controls_ = 0;
+  self->com_wanted_ = false;
 }
 
 int CWinApp::ExitInstance() {

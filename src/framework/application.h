@@ -39,6 +39,14 @@ class CWinApp {
   void SetRegistryKey(std::wstring_view name) { registry_key_ = name; }
   const std::wstring& RegistryKey() const { return registry_key_; }
 
+  /// Asks for the common controls of these classes (ICC_…). A run that shows nothing does not pay for them:
+  /// PrepareWindows carries it out.
+  void UseCommonControls(DWORD classes) { common_controls_ = classes; }
+  /// Makes ready what windows need and the run has asked for: common controls and COM, once. The framework
+  /// calls it before the first window, message box or dialog of the shell. What cannot be had is silently
+  /// left out.
+  static void PrepareWindows();
+
   /// Hands every argument of the process's command line to `info`.
   static void ParseCommandLine(CCommandLineInfo& info);
 
@@ -46,8 +54,8 @@ class CWinApp {
   virtual int ExitInstance();
 
  protected:
-  /// Initialises COM for the run; an override calls it first. Returns whether a message loop is to follow,
-  /// which no program on this class needs: `Run` ignores it.
+  /// Asks for COM, for the time from the first window on; an override calls it first. Returns whether a
+  /// message loop is to follow, which no program on this class needs: `Run` ignores it.
   virtual BOOL InitInstance();
 
  private:
@@ -55,5 +63,7 @@ class CWinApp {
   CWnd* main_window_ = nullptr;
   std::wstring title_;
   std::wstring registry_key_;
+  DWORD common_controls_ = 0;  ///< classes asked for and not initialised yet
+  bool com_wanted_ = false;    ///< asked for and not initialised yet
   std::unique_ptr<ComSession> com_;
 };

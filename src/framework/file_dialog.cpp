@@ -4,13 +4,20 @@
 
 #include <algorithm>
 
+#include "framework/application.h"
+#include "platform/system_library.h"
+
 namespace {
+
+platform::SystemLibrary common_dialogs(L"comdlg32.dll");
+platform::SystemFunction<decltype(&::GetSaveFileNameW)> GetSaveFile(common_dialogs, "GetSaveFileNameW");
 
 constexpr std::size_t kLongestPath = 32768;
 
 }  // namespace
 
 std::optional<std::wstring> AskSavePath(HWND owner, const SaveDialogOptions& options) {
+  CWinApp::PrepareWindows();
   std::wstring filter(options.filter);
   std::replace(filter.begin(), filter.end(), L'|', L'\0');
   std::wstring path(kLongestPath, L'\0');
@@ -24,7 +31,7 @@ std::optional<std::wstring> AskSavePath(HWND owner, const SaveDialogOptions& opt
   dialog.nMaxFile = static_cast<DWORD>(path.size());
   dialog.lpstrDefExt = options.default_extension.c_str();
   dialog.Flags = OFN_EXPLORER | OFN_ENABLESIZING | OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT | OFN_NOCHANGEDIR;
-  if (!GetSaveFileNameW(&dialog)) return std::nullopt;
+  if (!GetSaveFile(&dialog)) return std::nullopt;
   path.resize(path.find(L'\0'));
   return path;
 }

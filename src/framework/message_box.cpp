@@ -14,6 +14,7 @@ HWND MessageOwner(const CWinApp* application) {
 }  // namespace
 
 int ShowMessage(const std::wstring& text, UINT flags, const std::wstring& title) {
+  CWinApp::PrepareWindows();
   const CWinApp* application = CWinApp::Current();
   const std::wstring& caption = title.empty() && application != nullptr ? application->Title() : title;
   const HWND owner = MessageOwner(application);

@@ -3,8 +3,13 @@
 #include <uxtheme.h>
 
 #include "framework/property_sheet.h"
+#include "platform/system_library.h"
 
 namespace {
+
+platform::SystemLibrary themes(L"uxtheme.dll");
+platform::SystemFunction<decltype(&::EnableThemeDialogTexture)> EnableDialogTexture(
+    themes, "EnableThemeDialogTexture");
 
 /// A dialog procedure answers these itself instead of leaving its answer in DWLP_MSGRESULT.
 bool IsColorMessage(UINT message) {
@@ -38,7 +43,7 @@ bool CPropertyPage::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESUL
     case WM_NOTIFY:
       if (reinterpret_cast<const NMHDR*>(lparam)->code != PSN_SETACTIVE) return false;
       // The tab's texture would lie under the page alone, not under the controls that colour themselves.
-      EnableThemeDialogTexture(Handle(), ETDT_DISABLE);
+      EnableDialogTexture(Handle(), ETDT_DISABLE);
       result = OnSetActive() ? 0 : -1;
       return true;
     default:

@@ -1,8 +1,7 @@
 #include "framework/property_sheet.h"
 
-#include <commctrl.h>
-
 #include "framework/application.h"
+#include "framework/common_controls.h"
 #include "framework/property_page.h"
 
 namespace {
@@ -40,6 +39,7 @@ void CPropertySheet::AddPage(CPropertyPage& page) {
 INT_PTR CPropertySheet::DoModal() {
   ended_ = false;
   result_ = -1;
+  CWinApp::PrepareWindows();
   const HWND window = Create();
   if (window == nullptr) return result_;
   if (!Attach(window)) {
@@ -75,7 +75,7 @@ HWND CPropertySheet::Create() {
   header.nPages = static_cast<UINT>(headers.size());
   header.nStartPage = static_cast<UINT>(start_page_);
   header.ppsp = headers.data();
-  const INT_PTR made = PropertySheetW(&header);
+  const INT_PTR made = common_controls::PropertySheetW(&header);
   return made == -1 ? nullptr : reinterpret_cast<HWND>(made);
 }
 

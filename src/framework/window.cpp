@@ -1,6 +1,6 @@
 #include "framework/window.h"
 
-#include <commctrl.h>
+#include "framework/common_controls.h"
 
 namespace {
 
@@ -16,22 +16,28 @@ CWnd::~CWnd() {
 bool CWnd::Attach(HWND window) {
   if (window == handle_) return window != nullptr;
   Detach();
-  if (!SetWindowSubclass(window, &CWnd::Procedure, kSubclassId, reinterpret_cast<DWORD_PTR>(this)))
+  // Without the library's own processing the window would lose its messages.
+  if (!common_controls::DefSubclassProc.IsThere()) return false;
+  if (!common_controls::SetWindowSubclass(window, &CWnd::Procedure, kSubclassId,
+                                          reinterpret_cast<DWORD_PTR>(this))) {
     return false;
+  }
   handle_ = window;
   subclassed_ = true;
   return true;
 }
 
 void CWnd::Detach() {
-  if (subclassed_) RemoveWindowSubclass(handle_, &CWnd::Procedure, kSubclassId);
+  if (subclassed_) common_controls::RemoveWindowSubclass(handle_, &CWnd::Procedure, kSubclassId);
   subclassed_ = false;
   handle_ = nullptr;
 }
 
 CWnd* CWnd::FromHandle(HWND window) {
   DWORD_PTR object = 0;
-  if (window == nullptr || !GetWindowSubclass(window, &CWnd::Procedure, kSubclassId, &object)) return nullptr;
+  if (window == nullptr ||
+      !common_controls::GetWindowSubclass(window, &CWnd::Procedure, kSubclassId, &object))
+    return nullptr;
   return reinterpret_cast<CWnd*>(object);
 }
 
@@ -77,7 +83,7 @@ HBRUSH CWnd::OnReflectedColor(UINT, HDC) {
 }
 
 LRESULT CWnd::Default(UINT message, WPARAM wparam, LPARAM lparam) {
-  return DefSubclassProc(handle_, message, wparam, lparam);
+  return common_controls::DefSubclassProc(handle_, message, wparam, lparam);
 }
 
 bool CWnd::ReflectColor(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
@@ -96,8 +102,8 @@ LRESULT CALLBACK CWnd::Procedure(HWND window, UINT message, WPARAM wparam, LPARA
   if (message == WM_NCDESTROY) {
     self->OnMessage(message, wparam, lparam, result);
     self->Detach();
-    return DefSubclassProc(window, message, wparam, lparam);
+    return common_controls::DefSubclassProc(window, message, wparam, lparam);
   }
   if (self->OnMessage(message, wparam, lparam, result)) return result;
-  return DefSubclassProc(window, message, wparam, lparam);
+  return common_controls::DefSubclassProc(window, message, wparam, lparam);
 }
