@@ -65,6 +65,6 @@ void CQRTTavrelUtilityApp::ShowSheet() {
   CTavrelSheet sheet(*this);
   SetMainWindow(&sheet);
   sheet.SetActivePage(CTavrelSheet::kPatchUpdatePage);
-  sheet.DoModal();
+  sheet.Run();
   SetMainWindow(nullptr);
 }

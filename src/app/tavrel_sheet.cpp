@@ -23,11 +23,18 @@ std::wstring AboutText() {
 CTavrelSheet::CTavrelSheet(RunState& run)
     : CPropertySheet(identity::kWindowTitle),
       SheetUpdateCheck(run),
-      patch_page_(run, *this, system_log_),
+      run_log_(run, *this),
+      patch_page_(run, *this, run_log_),
       log_page_(*this) {
   AddPage(patch_page_);
   AddPage(log_page_);
   SetIcon(IDI_APP);
+}
+
+INT_PTR CTavrelSheet::Run() {
+  const INT_PTR result = DoModal();
+  run_log_.Write();
+  return result;
 }
 
 void CTavrelSheet::OnInitDialog() {

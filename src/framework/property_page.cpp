@@ -11,6 +11,15 @@ platform::SystemLibrary themes(L"uxtheme.dll");
 platform::SystemFunction<decltype(&::EnableThemeDialogTexture)> EnableDialogTexture(
     themes, "EnableThemeDialogTexture");
 
+constexpr UINT kFocusMessage = WM_APP + 0x3FFE;
+
+/// Escape or Alt+F4. Keys come as system keys while no control has the focus.
+bool IsClosingKey(const MSG& message) {
+  if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
+  const bool alt = (HIWORD(message.lParam) & KF_ALTDOWN) != 0;
+  return message.wParam == (alt ? VK_F4 : VK_ESCAPE);
+}
+
 /// A dialog procedure answers these itself instead of leaving its answer in DWLP_MSGRESULT.
 bool IsColorMessage(UINT message) {
   return message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC;
@@ -20,6 +29,32 @@ bool IsColorMessage(UINT message) {
 
 void CPropertyPage::EndDialog(INT_PTR result) {
   sheet_->EndDialog(result);
+}
+
+void CPropertyPage::FocusSoon() {
+  PostMessageW(Handle(), kFocusMessage, 0, 0);
+}
+
+void CPropertyPage::MoveFocus() const {
+  const HWND control = FocusChoice();
+  if (control == nullptr || !IsWindowVisible(Handle())) return;
+  // The dialog's own way to move the focus keeps the default button right.
+  SendMessageW(sheet_->Handle(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
+}
+
+void CPropertyPage::TellSiblings() {
+  SendMessageW(sheet_->Handle(), PSM_QUERYSIBLINGS, 0, 0);
+}
+
+void CPropertyPage::DiscardInput() {
+  MSG message;
+  while (PeekMessageW(&message, Handle(), WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, PM_REMOVE)) {
+  }
+  bool leave = false;
+  while (PeekMessageW(&message, nullptr, WM_KEYFIRST, WM_KEYLAST, PM_REMOVE)) {
+    leave = leave || IsClosingKey(message);
+  }
+  if (leave) PostMessageW(sheet_->Handle(), WM_CLOSE, 0, 0);
 }
 
 void CPropertyPage::UpdateData(bool save) {
@@ -39,6 +74,12 @@ bool CPropertyPage::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESUL
   switch (message) {
     case WM_COMMAND:
       OnCommand(LOWORD(wparam), HIWORD(wparam));
+      return true;
+    case kFocusMessage:
+      MoveFocus();
+      return true;
+    case PSM_QUERYSIBLINGS:
+      OnSiblingChanged();
       return true;
     case WM_NOTIFY:
       if (reinterpret_cast<const NMHDR*>(lparam)->code != PSN_SETACTIVE) return false;

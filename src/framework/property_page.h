@@ -21,6 +21,15 @@ class CPropertyPage : public CWnd {
   /// Ends the sheet; its DoModal returns `result`.
   void EndDialog(INT_PTR result);
 
+  /// Moves the focus to FocusChoice() once the message in hand is done, since the sheet sets a focus of its
+  /// own when it shows a page. Nothing happens when another page is shown then.
+  void FocusSoon();
+  /// Calls OnSiblingChanged of every page whose window was made.
+  void TellSiblings();
+  /// For a thread that was blocked: drops the clicks on this page and the keys that came meanwhile. They were
+  /// meant for what stood there then. Only the wish to leave (Escape, Alt+F4) is kept.
+  void DiscardInput();
+
   /// Runs DoDataExchange in the given direction.
   void UpdateData(bool save);
   virtual void DoDataExchange(const CDataExchange& exchange) = 0;
@@ -29,6 +38,10 @@ class CPropertyPage : public CWnd {
   virtual bool OnInitDialog();
   /// The page is about to be shown. False refuses.
   virtual bool OnSetActive();
+  /// The control of the page or the sheet that the user goes on with; null: none.
+  virtual HWND FocusChoice() const { return nullptr; }
+  /// A page changed what other pages show.
+  virtual void OnSiblingChanged() {}
   /// A control's notification: `code` as in WM_COMMAND.
   virtual void OnCommand(int id, int code) = 0;
 
@@ -37,6 +50,7 @@ class CPropertyPage : public CWnd {
  private:
   friend class CPropertySheet;
 
+  void MoveFocus() const;
   PROPSHEETPAGEW Header(HINSTANCE instance);
   static INT_PTR CALLBACK DialogProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR HandleMessage(UINT message, WPARAM wparam, LPARAM lparam);

@@ -5,17 +5,11 @@
 #include <shellapi.h>
 #include <tlhelp32.h>
 
-#include "framework/application.h"
-#include "framework/message_box.h"
-#include "framework/wait_cursor.h"
 #include "platform/folders.h"
 #include "platform/handles.h"
 #include "product/identity.h"
-#include "ui/launch_parameters.h"
-#include "ui/patch_apply.h"
 #include "ui/ui_texts.h"
 #include "update/process_state.h"
-#include "update/sheet_check.h"
 
 namespace {
 
@@ -29,6 +23,12 @@ void Terminate(DWORD process_id) {
 
 }  // namespace
 
+std::wstring LaunchObstacle(const std::wstring& folder, const std::wstring& file) {
+  if (folder.empty()) return ui_texts::kPathNotFound;
+  const std::wstring path = folder + L'\\' + file;
+  return platform::FileExists(path) ? std::wstring() : ui_texts::kFileNotFound + path;
+}
+
 bool CloseRunningProduct() {
   const platform::UniqueSnapshot snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
   if (!snapshot) return false;
@@ -41,38 +41,7 @@ bool CloseRunningProduct() {
   return true;
 }
 
-void PatchApply::BuildUpdaterCommand() {
-  m_strUpdaterCommand = LaunchParameters(m_strUpdaterFile);
-}
-
-void PatchApply::WarnAndLog(const std::wstring& entry) {
-  sheet_.AppendSheetLine(entry);
-  ShowMessage(entry);
-}
-
-void PatchApply::OnInstallUpdates() {
-  // Where the launch is not made, the cursor is left to the next message that sets it.
-  BeginWaitCursor();
-  if (m_strUpdaterFolder.empty()) {
-    WarnAndLog(ui_texts::kPathNotFound);
-    return;
-  }
-  const std::wstring path = m_strUpdaterFolder + L'\\' + m_strUpdaterFile;
-  if (!platform::FileExists(path)) {
-    WarnAndLog(ui_texts::kFileNotFound + path);
-    return;
-  }
-  // No is the default: the product is closed without a chance to save.
-  constexpr UINT kQuestion = MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2;
-  if (m_bInteractiveMode && ShowMessage(ui_texts::kCloseProduct, kQuestion) != IDYES) return;
-
-  CloseRunningProduct();
-  BuildUpdaterCommand();
-  ShellExecuteW(nullptr, L"open", L"cmd.exe", m_strUpdaterCommand.c_str(), m_strUpdaterFolder.c_str(),
-                SW_HIDE);
+void LaunchUpdate(const std::wstring& folder, const std::wstring& parameters) {
+  ShellExecuteW(nullptr, L"open", L"cmd.exe", parameters.c_str(), folder.c_str(), SW_HIDE);
   g_nLaunchStatus = kLaunched;
-  EndDialog(IDOK);
-  EndWaitCursor();
-  UpdatePageState();
-  CWinApp::Current()->ExitInstance();
 }

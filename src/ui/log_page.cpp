@@ -11,12 +11,6 @@
 #include "ui/log_saving.h"
 #include "ui/ui_texts.h"
 
-namespace {
-
-constexpr UINT kFocusSaveMessage = WM_APP + 1;
-
-}  // namespace
-
 CLogTrace::CLogTrace(const SheetLog& log) : CPropertyPage(IDD_LOG), log_(log) {}
 
 void CLogTrace::DoDataExchange(const CDataExchange& exchange) {
@@ -37,14 +31,16 @@ bool CLogTrace::OnSetActive() {
   return CPropertyPage::OnSetActive();
 }
 
+HWND CLogTrace::FocusChoice() const {
+  return m_btnSave.Handle();
+}
+
 void CLogTrace::OnCommand(int id, int code) {
   if (id == IDC_SAVE_LOG && code == BN_CLICKED) OnSave();
 }
 
-bool CLogTrace::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
-  if (message != kFocusSaveMessage) return CPropertyPage::OnMessage(message, wparam, lparam, result);
-  SendMessageW(Sheet().Handle(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(m_btnSave.Handle()), TRUE);
-  return true;
+void CLogTrace::OnSiblingChanged() {
+  if (IsWindowVisible(Handle())) ShowLog();
 }
 
 void CLogTrace::ShowLog() {
@@ -61,8 +57,7 @@ void CLogTrace::ShowLog() {
   GetWindowRect(m_edtLog.Handle(), &text_area);
   m_lnkLogFile.ShowPath(g_strCurrentLogFile, text_area.right - text_area.left);
   m_btnSave.Enable(!m_strLog.empty());
-  // The sheet sets a focus of its own after this.
-  if (!m_strLog.empty()) PostMessageW(Handle(), kFocusSaveMessage, 0, 0);
+  if (!m_strLog.empty()) FocusSoon();
 }
 
 void CLogTrace::OnSave() {

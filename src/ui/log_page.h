@@ -19,8 +19,9 @@ class CLogTrace : public CPropertyPage {
   void DoDataExchange(const CDataExchange& exchange) override;
   bool OnInitDialog() override;
   bool OnSetActive() override;
+  void OnSiblingChanged() override;
+  HWND FocusChoice() const override;
   void OnCommand(int id, int code) override;
-  bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
 
  private:
   void ShowLog();

@@ -1,47 +1,26 @@
 #include "ui/patch_apply.h"
 
+#include "framework/application.h"
+#include "framework/message_box.h"
 #include "framework/property_sheet.h"
-#include "log/system_log.h"
-#include "platform/profile.h"
+#include "framework/wait_cursor.h"
 #include "resource.h"
 #include "settings/run_state.h"
 #include "settings/settings_texts.h"
-#include "settings/update_settings.h"
 #include "text/text.h"
+#include "ui/installer_launch.h"
+#include "ui/launch_parameters.h"
 #include "ui/readable_color.h"
+#include "ui/run_log.h"
 #include "ui/ui_texts.h"
+#include "ui/update_options.h"
 #include "update/check_patch.h"
 #include "update/process_state.h"
 #include "update/sheet_check.h"
 
 namespace {
 
-constexpr UINT_PTR kFirstCheckTimer = 1;
-// Milliseconds between the sheet's appearance and its first check. A timer speaks up only after everything is
-// painted; the rest is for a window manager that shows the frame first.
-constexpr UINT kFirstCheckDelay = 100;
-constexpr UINT kFocusNextActionMessage = WM_APP + 1;
-
-enum class OptionText { missing, yes, no, malformed };
-
-const wchar_t* BooleanText(bool value) {
-  return value ? settings_texts::kTrue : settings_texts::kFalse;
-}
-
-OptionText ReadOption(const std::wstring& file, const wchar_t* key) {
-  const std::wstring value = platform::ReadProfileText(file, kSettingsSection, key, kSettingsValueCapacity);
-  const std::wstring_view option = text::Trim(value);
-  if (option.empty()) return OptionText::missing;
-  if (!text::IsBooleanText(option)) return OptionText::malformed;
-  return text::IsTrueText(option) ? OptionText::yes : OptionText::no;
-}
-
-/// Escape or Alt+F4. Keys come as system keys while no control has the focus.
-bool IsClosingKey(const MSG& message) {
-  if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
-  const bool alt = (HIWORD(message.lParam) & KF_ALTDOWN) != 0;
-  return message.wParam == (alt ? VK_F4 : VK_ESCAPE);
-}
+constexpr UINT kFirstCheckMessage = WM_APP + 1;
 
 /// Black, except where the user's colours, such as white on black, make it disappear.
 COLORREF StatusColor() {
@@ -51,8 +30,8 @@ COLORREF StatusColor() {
 
 }  // namespace
 
-PatchApply::PatchApply(RunState& run, SheetUpdateCheck& sheet, SystemLog& system_log)
-    : CPropertyPage(IDD_UPDATES), run_(run), sheet_(sheet), system_log_(system_log) {}
+PatchApply::PatchApply(RunState& run, SheetUpdateCheck& sheet, RunLog& run_log)
+    : CPropertyPage(IDD_UPDATES), run_(run), sheet_(sheet), run_log_(run_log) {}
 
 void PatchApply::DoDataExchange(const CDataExchange& exchange) {
   DDX_Control(exchange, IDC_INSTALL, m_btnInstall);
@@ -73,48 +52,33 @@ bool PatchApply::OnInitDialog() {
   if (!m_bInteractiveMode) {
     TakeStartUpResult();
     UpdatePageState();
-    PostMessageW(Handle(), kFocusNextActionMessage, 0, 0);
-    system_log_.AppendText(run_.LogText());
-    system_log_.OpenSystemLog();
+    FocusSoon();
+    run_log_.Write();
     return true;
   }
-  // The check blocks this thread for as long as the server takes: the sheet is shown before it.
+  if (g_nUpdateCheckCount == 0) m_bAdministrator = sheet_.WriteRegularRunHeader();
+  // The check blocks this thread for as long as the server takes: the sheet is shown before it. No posted
+  // message is dealt with until then.
   m_bFirstCheckPending = true;
   UpdatePageState();
-  if (SetTimer(Handle(), kFirstCheckTimer, kFirstCheckDelay, nullptr) == 0) {
-    PostMessageW(Handle(), WM_TIMER, kFirstCheckTimer, 0);
-  }
+  PostMessageW(Handle(), kFirstCheckMessage, 0, 0);
   return true;
 }
 
 bool PatchApply::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
-  switch (message) {
-    case WM_TIMER:
-      if (wparam != kFirstCheckTimer) return false;
-      KillTimer(Handle(), kFirstCheckTimer);
-      if (m_bFirstCheckPending) OnFirstCheck();
-      return true;
-    case kFocusNextActionMessage:
-      FocusNextAction();
-      return true;
-    default:
-      return CPropertyPage::OnMessage(message, wparam, lparam, result);
-  }
+  if (message != kFirstCheckMessage) return CPropertyPage::OnMessage(message, wparam, lparam, result);
+  if (m_bFirstCheckPending) OnFirstCheck();
+  return true;
 }
 
 void PatchApply::OnFirstCheck() {
   Sheet().PaintBeforeBlocking();
-  if (g_nUpdateCheckCount == 0) {
-    m_bAdministrator = sheet_.WriteRegularRunHeader();
-    sheet_.RunUpdateCheck();
-  }
+  sheet_.RunUpdateCheck();
   if (g_bProductInstalled) TakeUpdaterPathFromSheet();
   m_bFirstCheckPending = false;
-  DiscardInput();
-  UpdatePageState();
-  FocusNextAction();
-  system_log_.AppendText(sheet_.SheetLogText());
-  system_log_.OpenSystemLog();
+  ShowResult();
+  run_log_.Write();
+  TellSiblings();
 }
 
 bool PatchApply::OnSetActive() {
@@ -163,15 +127,11 @@ void PatchApply::LoadUpdateOptions() {
 }
 
 void PatchApply::WriteCheckUpdatesKey(bool value) {
-  if (!m_bSettingsFileKnown) return;
-  platform::WriteProfileText(m_strSettingsFile, kSettingsSection, settings_texts::kCheckUpdatesKey,
-                             BooleanText(value));
+  if (m_bSettingsFileKnown) WriteOption(m_strSettingsFile, settings_texts::kCheckUpdatesKey, value);
 }
 
 void PatchApply::WriteIgnorePatchErrorKey(bool value) {
-  if (!m_bSettingsFileKnown) return;
-  platform::WriteProfileText(m_strSettingsFile, kSettingsSection, settings_texts::kIgnorePatchErrorKey,
-                             BooleanText(value));
+  if (m_bSettingsFileKnown) WriteOption(m_strSettingsFile, settings_texts::kIgnorePatchErrorKey, value);
 }
 
 void PatchApply::OnCheckAtStartup() {
@@ -188,6 +148,32 @@ void PatchApply::OnHideNetworkErrors() {
 
 void PatchApply::OnContinueWithoutUpdates() {
   EndDialog(IDOK);
+}
+
+void PatchApply::BuildUpdaterCommand() {
+  m_strUpdaterCommand = LaunchParameters(m_strUpdaterFile);
+}
+
+void PatchApply::OnInstallUpdates() {
+  // Where the launch is not made, the cursor is left to the next message that sets it.
+  BeginWaitCursor();
+  const std::wstring obstacle = LaunchObstacle(m_strUpdaterFolder, m_strUpdaterFile);
+  if (!obstacle.empty()) {
+    sheet_.AppendSheetLine(obstacle);
+    ShowMessage(obstacle);
+    return;
+  }
+  // No is the default: the product is closed without a chance to save.
+  constexpr UINT kQuestion = MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2;
+  if (m_bInteractiveMode && ShowMessage(ui_texts::kCloseProduct, kQuestion) != IDYES) return;
+
+  CloseRunningProduct();
+  BuildUpdaterCommand();
+  LaunchUpdate(m_strUpdaterFolder, m_strUpdaterCommand);
+  EndDialog(IDOK);
+  EndWaitCursor();
+  UpdatePageState();
+  CWinApp::Current()->ExitInstance();
 }
 
 void PatchApply::TakeStartUpResult() {
@@ -207,9 +193,8 @@ void PatchApply::OnRetry() {
   } else {
     RetryPatchCheck();
   }
-  DiscardInput();
-  UpdatePageState();
-  FocusNextAction();
+  ShowResult();
+  TellSiblings();
 }
 
 void PatchApply::RetryPatchCheck() {
@@ -270,27 +255,15 @@ void PatchApply::ClearBeforeCheck() {
   Sheet().PaintBeforeBlocking();
 }
 
-void PatchApply::DiscardInput() {
-  // What was clicked or typed while the check ran was meant for what stood there then, not for a button
-  // enabled since. Only the wish to leave is kept.
-  MSG message;
-  while (PeekMessageW(&message, Handle(), WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, PM_REMOVE)) {
-  }
-  bool leave = false;
-  while (PeekMessageW(&message, nullptr, WM_KEYFIRST, WM_KEYLAST, PM_REMOVE)) {
-    leave = leave || IsClosingKey(message);
-  }
-  if (leave) PostMessageW(Sheet().Handle(), WM_CLOSE, 0, 0);
+void PatchApply::ShowResult() {
+  DiscardInput();
+  UpdatePageState();
+  FocusSoon();
 }
 
-void PatchApply::FocusNextAction() {
-  if (!IsWindowVisible(Handle())) return;
-  HWND next = GetDlgItem(Sheet().Handle(), IDOK);
+HWND PatchApply::FocusChoice() const {
   for (const CButton* action : {&m_btnInstall, &m_btnRetry}) {
-    if (!IsWindowEnabled(action->Handle())) continue;
-    next = action->Handle();
-    break;
+    if (IsWindowEnabled(action->Handle())) return action->Handle();
   }
-  // The dialog's own way to move the focus keeps the default button right.
-  SendMessageW(Sheet().Handle(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(next), TRUE);
+  return GetDlgItem(Sheet().Handle(), IDOK);
 }

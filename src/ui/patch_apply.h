@@ -7,9 +7,9 @@
 #include "ui/link_control.h"
 #include "ui/page_state.h"
 
+class RunLog;
 class RunState;
 class SheetUpdateCheck;
-class SystemLog;
 
 /// The sheet's first page: tells what a check found, retries it, keeps the two update options in the settings
 /// file and starts the product's own update.
@@ -17,12 +17,13 @@ class PatchApply : public CPropertyPage {
  public:
   /// All three outlive the page. In patch verification mode (`run.LaunchedFromPatchCheck`) the page shows the
   /// result of the check at start-up; otherwise it runs the sheet's check when it is first shown.
-  PatchApply(RunState& run, SheetUpdateCheck& sheet, SystemLog& system_log);
+  PatchApply(RunState& run, SheetUpdateCheck& sheet, RunLog& run_log);
 
  protected:
   void DoDataExchange(const CDataExchange& exchange) override;
   bool OnInitDialog() override;
   bool OnSetActive() override;
+  HWND FocusChoice() const override;
   void OnCommand(int id, int code) override;
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
 
@@ -44,20 +45,17 @@ class PatchApply : public CPropertyPage {
   void RetryPatchCheck();
   void TakeUpdaterPath(const std::wstring& executable);
   void TakeUpdaterPathFromSheet();
-  /// Appends `entry` to the sheet log and warns the user with it.
-  void WarnAndLog(const std::wstring& entry);
   /// Sets m_strUpdaterCommand from m_strUpdaterFile.
   void BuildUpdaterCommand();
 
   void UpdatePageState();
   void ShowState(const PageState& state);
   void ClearBeforeCheck();
-  void DiscardInput();
-  void FocusNextAction();
+  void ShowResult();
 
   RunState& run_;
   SheetUpdateCheck& sheet_;
-  SystemLog& system_log_;
+  RunLog& run_log_;
 
   CStatic m_ctlNote;
   CButton m_btnInstall;

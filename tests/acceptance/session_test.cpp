@@ -31,6 +31,9 @@ const std::map<std::wstring, BYTE> kKeys{{L"Alt", VK_MENU},     {L"Space", VK_SP
                                          {L"Enter", VK_RETURN}, {L"Escape", VK_ESCAPE}, {L"F1", VK_F1},
                                          {L"F4", VK_F4}};
 
+/// Where Wine looks how to find libraries of the utility.
+constexpr wchar_t kLibraryRules[] = L"Software\\Wine\\AppDefaults\\QRTTavrelUtility.exe\\DllOverrides";
+
 /// What stands in a field, where '|' ends a line.
 std::string Text(const std::wstring& field, const char* line_end = "\n") {
   return std::regex_replace(Utf8(field), std::regex("\\|"), line_end);
@@ -76,6 +79,7 @@ struct Session {
   std::string page, log_file;  ///< texts of the log page and the log file when they were looked at last
   std::optional<support::ShareLock> lock;
 
+  Session() { RegDeleteTreeW(HKEY_CURRENT_USER, kLibraryRules); }
   HWND Control(const std::wstring& name) const { return run->Control(kControls.at(name)); }
   void ShowPage(WPARAM index) const { Ask(run->Sheet(), PSM_SETCURSEL, index); }
 
@@ -106,7 +110,15 @@ struct Session {
     if (!ReadBytes(program)) support::CopyOver(stage.ProductFolder() + L"\\Qrt.exe", program);
     REQUIRE(products.emplace_back(program).Idle());
   }
+  void Libraries(const Fields& f) {
+    RegDeleteTreeW(HKEY_CURRENT_USER, kLibraryRules);
+    for (const std::wstring& name : support::Split(f[2], L' ')) {
+      RegSetKeyValueW(HKEY_CURRENT_USER, kLibraryRules, name.c_str(), REG_SZ, f[1].c_str(),
+                      static_cast<DWORD>((f[1].size() + 1) * sizeof(wchar_t)));
+    }
+  }
   void Start(const Fields& f) {
+    page.clear();
     run.reset();
     run.emplace(stage.program, f[1]);
   }
@@ -217,6 +229,7 @@ const std::map<std::wstring, void (Session::*)(const Fields&)> kSteps{
     {L"fact", &Session::Fact},
     {L"write", &Session::Write},
     {L"lock", &Session::Lock},
+    {L"libraries", &Session::Libraries},
     {L"launch", &Session::Launch},
     {L"start", &Session::Start},
     {L"answered", &Session::Answered},

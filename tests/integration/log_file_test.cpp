@@ -90,6 +90,9 @@ TEST_CASE("run headers: wrong order, blanks, mode or rights; an empty entry") {
             L"HEADER|App  Mode: User, User Mode: NA, Invoke Mode: Regular.");
   ActivityLog entries;
   sheet.ClearSheetLog();
-  for (const wchar_t* text : {L"", L"a"}) entries.AppendLogLine(text), sheet.AppendSheetLine(text, true);
-  CHECK((entries.LogText() == L"\n\na\n\n" && sheet.SheetLogText() == L"a\n"));
+  for (const wchar_t* text : {L"", L"a"}) {
+    entries.AppendLogLine(text);
+    for (const bool single : {true, false}) sheet.AppendSheetLine(text, single);
+  }
+  CHECK((entries.LogText() == L"\n\na\n\n" && sheet.SheetLogText() == L"a\na\n\n"));
 }

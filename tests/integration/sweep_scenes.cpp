@@ -97,11 +97,11 @@ std::wstring OptionsAndLaunch(Machine& machine) {
   const support::ImportHook<TerminateProcess> end("TerminateProcess", [](auto...) { return TRUE; });
   const support::ImportHook<ShellExecuteW> shell(
       "ShellExecuteW", [&](auto, auto, auto file, auto arguments, auto folder, auto) {
-        said = std::wstring(file) + L" " + arguments + L" in " + folder;
+        said += std::wstring(file) + L" " + arguments + L" in " + folder;
         return HINSTANCE{};
       });
   const support::ImportHook<MessageBoxW> box("MessageBoxW", [&](auto, auto text, auto...) {
-    said = text;
+    said += text;
     return IDYES;
   });
   RunState run;
@@ -109,7 +109,7 @@ std::wstring OptionsAndLaunch(Machine& machine) {
   run.LaunchedFromPatchCheck = true;
   run.IconPath = machine.ProductFolder() + L"\\Qrt.exe";
   UsedSheet sheet(run);
-  const INT_PTR result = sheet.DoModal();
+  const INT_PTR result = sheet.Run();
   text::ReplaceAll(said, L"\n", L"/");
   return L"-- " + said + L" " + std::to_wstring(result);
 }

@@ -1,0 +1,22 @@
+#include "ui/update_options.h"
+
+#include <string_view>
+
+#include "platform/profile.h"
+#include "settings/settings_texts.h"
+#include "settings/update_settings.h"
+#include "text/text.h"
+
+OptionText ReadOption(const std::wstring& settings_file, const wchar_t* key) {
+  const std::wstring value =
+      platform::ReadProfileText(settings_file, kSettingsSection, key, kSettingsValueCapacity);
+  const std::wstring_view option = text::Trim(value);
+  if (option.empty()) return OptionText::missing;
+  if (!text::IsBooleanText(option)) return OptionText::malformed;
+  return text::IsTrueText(option) ? OptionText::yes : OptionText::no;
+}
+
+void WriteOption(const std::wstring& settings_file, const wchar_t* key, bool value) {
+  platform::WriteProfileText(settings_file, kSettingsSection, key,
+                             value ? settings_texts::kTrue : settings_texts::kFalse);
+}

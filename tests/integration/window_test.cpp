@@ -1,0 +1,98 @@
+#include <doctest.h>
+
+#include <windows.h>
+
+#include <prsht.h>
+
+#include "app/tavrel_sheet.h"
+#include "framework/application.h"
+#include "platform/system_library.h"
+#include "resource.h"
+#include "support/import_hook.h"
+#include "support/machine.h"
+#include "support/text.h"
+#include "update/process_state.h"
+
+using support::ImportHook;
+using support::Utf8;
+
+namespace {
+
+constexpr int kLook = 1;
+
+/// The sheet, with its log page shown before anything else happens.
+struct Sheet : CTavrelSheet {
+  using CTavrelSheet::CTavrelSheet;
+
+  bool closed_at_once = false, seen = false;
+
+  void OnInitDialog() override {
+    SendMessageW(Handle(), PSM_SETCURSEL, kLogPage, 0);
+    PostMessageW(Handle(), WM_COMMAND, kLook, 0);
+    if (closed_at_once) EndDialog(IDCANCEL);
+  }
+  /// The first check is done.
+  bool OnCommand(int id) override {
+    if (id != kLook) return CTavrelSheet::OnCommand(id);
+    seen = IsWindowVisible(Handle()) != FALSE;
+    const HWND page = PropSheet_GetCurrentPageHwnd(Handle());
+    std::wstring log(10000, L'\0');
+    log.resize(GetDlgItemTextW(page, IDC_LOG_TEXT, log.data(), 10000));
+    CHECK_MESSAGE(log.ends_with(L"Registered Data Entries Check : End ===========\r\n\r\n"), Utf8(log));
+    CHECK(IsWindowEnabled(GetDlgItem(page, IDC_SAVE_LOG)));
+    CHECK(GetFocus() == GetDlgItem(page, IDC_SAVE_LOG));
+    EndDialog(IDOK);
+    return true;
+  }
+};
+
+}  // namespace
+
+TEST_CASE("first moments: a log page without the check, a run without its header, a sheet hidden for ever") {
+  const struct {
+    bool made, closed_at_once;
+    INT_PTR result;
+    std::size_t log_lines;
+  } cases[] = {{true, false, IDOK, 10}, {true, true, IDCANCEL, 6}, {false, false, -1, 6}};
+  for (const auto& c : cases) {
+    CAPTURE(c.result);
+    const support::Machine machine;
+    support::MakeFolder(machine.LogFolder());
+    CWinApp app;
+    app.Run(GetModuleHandleW(nullptr));
+    g_nUpdateCheckCount = 0;
+    RunState run;
+    Sheet sheet(run);
+    sheet.closed_at_once = c.closed_at_once;
+    // As Windows does for a program that was started with a hidden window.
+    bool first = true;
+    const ImportHook<ShowWindow> show("ShowWindow", [&](HWND window, int how) {
+      const bool hides = window == sheet.Handle() && std::exchange(first, false);
+      return show.original(window, hides ? SW_HIDE : how);
+    });
+    std::optional<ImportHook<PropertySheetW>> refused;
+    if (!c.made) refused.emplace("PropertySheetW", 0u, -1);
+    CHECK(sheet.Run() == c.result);
+    CHECK(sheet.seen == (c.result == IDOK));
+    const std::vector<std::wstring> names = support::FileNames(machine.LogFolder());
+    REQUIRE(names.size() == 1);
+    const std::string log = support::ReadBytes(machine.LogFolder() + L"\\" + names[0]).value_or("");
+    CHECK_MESSAGE(static_cast<std::size_t>(std::count(log.begin(), log.end(), '\n')) == c.log_lines, log);
+    CHECK(log.find("Invoke Mode: Regular.") != log.npos);
+  }
+}
+
+TEST_CASE("a library or a function that is not there crashes, or its call does not say why it failed") {
+  const struct {
+    const wchar_t* library;
+    const char* function;
+    DWORD error;
+  } cases[] = {{L"tavrel-missing.dll", "VerQueryValueW", ERROR_MOD_NOT_FOUND},
+               {L"version.dll", "TavrelMissing", ERROR_PROC_NOT_FOUND}};
+  for (const auto& c : cases) {
+    platform::SystemLibrary library(c.library);
+    platform::SystemFunction<decltype(&::Beep)> missing(library, c.function, -7);
+    CHECK(missing(0, 0) == -7);
+    CHECK(GetLastError() == c.error);
+  }
+}
