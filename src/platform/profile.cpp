@@ -36,11 +36,8 @@ std::wstring ReadProfileSectionNames(const std::wstring& file, unsigned capacity
   // The call ends every list with two nulls, also one that it cut, so a cut name and a whole one that ends
   // exactly there look alike. One character more tells: behind a whole name stands its null.
   std::wstring buffer(capacity + 1, L'\0');
-  const DWORD length = GetPrivateProfileSectionNamesW(buffer.data(), capacity, file.c_str());
-  const bool at_limit = length + 2 >= capacity && length > 0 && buffer[length - 1] != L'\0';
-  if (!at_limit) return buffer.substr(0, length);
-  GetPrivateProfileSectionNamesW(buffer.data(), capacity + 1, file.c_str());
-  return buffer.substr(0, buffer[length] == L'\0' ? length + 1 : length);
+  const DWORD length = GetPrivateProfileSectionNamesW(buffer.data(), capacity + 1, file.c_str());
+  return buffer.substr(0, length < capacity ? length : capacity - 1);
 }
 
 }  // namespace platform

@@ -7,21 +7,15 @@
 #include <array>
 
 #include "platform/files.h"
-#include "platform/folders.h"
 #include "platform/http.h"
-#include "platform/profile.h"
-#include "platform/shared_turn.h"
 #include "product/identity.h"
 #include "text/text.h"
+#include "update/list_file.h"
 #include "update/request_path.h"
-#include "update/section_names.h"
 #include "update/update_texts.h"
 
 namespace {
 
-constexpr wchar_t kLocalFile[] = L"updates.ini";
-/// Capacity, in characters, of the buffer that the section names are read into.
-constexpr unsigned kSectionNamesCapacity = 1024;
 constexpr DWORD kReadBlock = 4096;
 constexpr DWORD kStatusOk = 200;
 constexpr DWORD kStatusNotFound = 404;
@@ -33,16 +27,6 @@ constexpr std::size_t kBodyLimit = 32 * 1024 * 1024;
 /// Longest copying of a body, in milliseconds: the receive time-out bounds each pause of the server, not
 /// their sum.
 constexpr ULONGLONG kBodyWaitMs = 300000;
-/// Utilities of one session share the local file: from its creation until its names are read it is one's own.
-constexpr wchar_t kLocalFileTurn[] = L"Local\\QRT_15_TavrelUtility_UpdatesFile";
-/// Longest wait for that turn, in milliseconds.
-constexpr DWORD kLocalFileWaitMs = 10000;
-
-// Empty, which cannot be created, when there is no temporary folder: never the current folder.
-std::wstring LocalFilePath() {
-  const std::wstring folder = platform::TemporaryFolder();
-  return folder.empty() ? folder : folder + kLocalFile;
-}
 
 }  // namespace
 
@@ -93,7 +77,7 @@ void Exchange::ReportFailure(std::wstring_view message, unsigned long error) {
 }
 
 void Exchange::DownloadUpdateList(std::vector<std::wstring>& sections) {
-  const std::wstring file = LocalFilePath();
+  ListFile file;
   const std::wstring path = GetUpdatePathFromTagThree();
   if (path.empty()) {
     log_.Append(update_texts::kInvalidTagThree);
@@ -103,14 +87,13 @@ void Exchange::DownloadUpdateList(std::vector<std::wstring>& sections) {
   }
   if (!ProbeConnection()) return;
   std::wstring pending_error;
-  platform::SharedTurn turn(kLocalFileTurn);
-  if (!FetchToFile(path, file, turn, pending_error)) return;
+  if (!FetchToFile(path, file, pending_error)) return;
   log_.Append(update_texts::kCompleted);
-  if (!platform::FileExists(file)) {
+  if (!file.Exists()) {
     log_.Append(update_texts::kCopiedMissing);
     return;
   }
-  AppendSectionNames(platform::ReadProfileSectionNames(file, kSectionNamesCapacity), sections);
+  file.ReadNames(sections);
   SetCheckFailed(false);
   SetErrorText(pending_error);
 }
@@ -126,8 +109,7 @@ bool Exchange::ProbeConnection() {
   return false;
 }
 
-bool Exchange::FetchToFile(const std::wstring& path, const std::wstring& file, platform::SharedTurn& turn,
-                           std::wstring& pending_error) {
+bool Exchange::FetchToFile(const std::wstring& path, ListFile& file, std::wstring& pending_error) {
   const auto fail = [this](std::wstring_view message) {
     ReportFailure(message, GetLastError());
     return false;
@@ -147,6 +129,8 @@ bool Exchange::FetchToFile(const std::wstring& path, const std::wstring& file, p
       wininet::InternetConnectW(root.get(), settings_.UpdateLocation.c_str(), INTERNET_DEFAULT_HTTP_PORT, L"",
                                 L"", INTERNET_SERVICE_HTTP, 0, 0));
   if (!connection) return fail(update_texts::kConnectFailed);
+  // Not every version of the library hands it down from the root. What became of it there has been logged.
+  wininet::InternetSetOptionW(connection.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
 
   const wchar_t* accepted[] = {L"text/*", nullptr};
   const platform::UniqueInternet request(
@@ -156,7 +140,6 @@ bool Exchange::FetchToFile(const std::wstring& path, const std::wstring& file, p
   if (!wininet::HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0))
     return fail(update_texts::kSendRequestFailed);
   if (!CheckStatus(request.get(), pending_error)) return false;
-  turn.Take(kLocalFileWaitMs);
   return CopyBody(request.get(), file);
 }
 
@@ -181,8 +164,8 @@ bool Exchange::CheckStatus(void* request, std::wstring& pending_error) {
   return queried != FALSE;
 }
 
-bool Exchange::CopyBody(void* request, const std::wstring& file) {
-  const platform::UniqueFile local = platform::OpenForWriting(file, CREATE_ALWAYS);
+bool Exchange::CopyBody(void* request, ListFile& file) {
+  const platform::UniqueFile local = file.Create();
   if (!local) {
     ReportFailure(update_texts::kFileFailed, GetLastError());
     return false;

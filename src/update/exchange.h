@@ -9,9 +9,7 @@
 #include "settings/update_settings.h"
 #include "update/check_variant.h"
 
-namespace platform {
-class SharedTurn;
-}
+class ListFile;
 
 /// The exchange with the update server, a step of the check. Takes the registered address of the list
 /// (`TagThree`), the location and the time-out of the settings, and whether that location is a complete
@@ -29,10 +27,10 @@ class Exchange {
 
   /// Fills `NetworkErrorCodes`, in place of what it held.
   void FillNetworkErrorCodes();
-  /// Fetches the update information file into the temporary folder and appends its section names to
-  /// `sections`. Every failure sets `m_bCheckFailed` and `m_strErrorText` and is logged with its code; a
-  /// completed download clears the flag. A status other than 200 and 404 downloads the body all the same and
-  /// leaves its number as the error text. Nothing is left open.
+  /// Fetches the update information file into the temporary folder (list_file.h) and appends its section
+  /// names to `sections`. Every failure sets `m_bCheckFailed` and `m_strErrorText` and is logged with its
+  /// code; a completed download clears the flag. A status other than 200 and 404 downloads the body all the
+  /// same and leaves its number as the error text. Nothing is left open.
   void DownloadUpdateList(std::vector<std::wstring>& sections);
   /// The request path; empty when the address does not name the update location's host, or the location is a
   /// complete address. Logs which.
@@ -44,10 +42,9 @@ class Exchange {
 
  private:
   bool ProbeConnection();
-  bool FetchToFile(const std::wstring& path, const std::wstring& file, platform::SharedTurn& turn,
-                   std::wstring& pending_error);
+  bool FetchToFile(const std::wstring& path, ListFile& file, std::wstring& pending_error);
   bool CheckStatus(void* request, std::wstring& pending_error);
-  bool CopyBody(void* request, const std::wstring& file);
+  bool CopyBody(void* request, ListFile& file);
   void ReportFailure(std::wstring_view message, unsigned long error);
   void FailWith(std::wstring_view error_text);
   void SetCheckFailed(bool failed);

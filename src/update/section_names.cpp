@@ -1,8 +1,75 @@
 #include "update/section_names.h"
 
+#include <algorithm>
+
+namespace {
+
+constexpr std::wstring_view kLineEnds = L"\r\n";
+// What may stand around a section's heading and its name.
+constexpr std::wstring_view kBlanks = L" \t\v\f\x1A";
+/// Of the buffer, the last character ends the list.
+constexpr std::size_t kListEnd = 1;
+
+wchar_t Unit(char high, char low) {
+  return static_cast<wchar_t>(static_cast<unsigned char>(high) << 8 | static_cast<unsigned char>(low));
+}
+
+std::wstring Decode(std::string_view bytes) {
+  std::wstring text;
+  const bool little = bytes.starts_with("\xFF\xFE");
+  if (!little && !bytes.starts_with("\xFE\xFF")) {
+    text.reserve(bytes.size());
+    for (const char byte : bytes) text += Unit(static_cast<unsigned char>(byte) < 0x80 ? 0 : '\xDC', byte);
+    return text;
+  }
+  for (std::size_t i = 2; i + 1 < bytes.size(); i += 2) {
+    text += little ? Unit(bytes[i + 1], bytes[i]) : Unit(bytes[i], bytes[i + 1]);
+  }
+  return text;
+}
+
+std::wstring_view TrimBlanks(std::wstring_view text) {
+  const std::size_t start = text.find_first_not_of(kBlanks);
+  if (start == text.npos) return {};
+  return text.substr(start, text.find_last_not_of(kBlanks) + 1 - start);
+}
+
+// The name in a line, if it is a section's heading; a null in it ends it.
+std::wstring_view NameIn(std::wstring_view line) {
+  line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+  const std::size_t end = line.rfind(L']');
+  if (!line.starts_with(L'[') || end == line.npos) return {};
+  const std::wstring_view name = TrimBlanks(line.substr(1, end - 1));
+  return name.substr(0, name.find(L'\0'));
+}
+
+}  // namespace
+
 void AppendSectionNames(std::wstring_view buffer, std::vector<std::wstring>& sections) {
   for (std::size_t end; (end = buffer.find(L'\0')) != std::wstring_view::npos && end != 0;) {
     sections.emplace_back(buffer.substr(0, end));
     buffer.remove_prefix(end + 1);
   }
+}
+
+std::vector<std::wstring> ReadSectionNames(std::string_view bytes) {
+  const std::wstring text = Decode(bytes);
+  std::vector<std::wstring> names;
+  for (std::wstring_view rest = text; !rest.empty();) {
+    const std::size_t end = std::min(rest.find_first_of(kLineEnds), rest.size());
+    const std::wstring_view name = NameIn(rest.substr(0, end));
+    if (!name.empty()) names.emplace_back(name);
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+  }
+  return names;
+}
+
+std::size_t CountWholeNames(const std::vector<std::wstring>& names, std::size_t capacity) {
+  std::size_t used = 0, count = 0;
+  for (const std::wstring& name : names) {
+    used += name.size() + 1;
+    if (used > capacity - kListEnd) break;
+    ++count;
+  }
+  return count;
 }

@@ -211,6 +211,24 @@ void Sections(const Text& in) {
   assert(rest.empty() || rest[0] == L'\0' || !Contains(rest, Text(1, L'\0')));
 }
 
+void Lists(const Text& in) {
+  const std::vector<Text> names = ReadSectionNames(std::string(in.begin(), in.end()));
+  assert(std::count(in.begin(), in.end(), L'[') >= static_cast<std::ptrdiff_t>(names.size()));
+  std::string again;
+  Text buffer;
+  bool plain = true;
+  for (const Text& name : names) {
+    assert(!name.empty() && name.find_first_of(Text(L"\r\n\0", 3)) == Text::npos);
+    plain = plain && std::all_of(name.begin(), name.end(), [](wchar_t c) { return c > L' ' && c < 0x80; });
+    again += "[" + std::string(name.begin(), name.end()) + "]\n";
+    buffer += name + L'\0';
+  }
+  assert(!plain || ReadSectionNames(again) == names);
+  std::vector<Text> whole;
+  AppendSectionNames(View(buffer).substr(0, 15), whole);
+  assert(CountWholeNames(names, 16) == whole.size());
+}
+
 void Logs(const Text& in) {
   Text expected;
   for (std::size_t i = 0; i < in.size();) {
@@ -234,10 +252,10 @@ void Logs(const Text& in) {
 const struct {
   const char* name;
   void (*check)(const Text&);
-} kParsers[] = {
-    {"trimming", Trimming}, {"booleans", Booleans}, {"numbers", Numbers}, {"replacing", Replacing},
-    {"paths", Paths},       {"packs", Packs},       {"records", Records}, {"decisions", Decisions},
-    {"requests", Requests}, {"sections", Sections}, {"logs", Logs}};
+} kParsers[] = {{"trimming", Trimming},   {"booleans", Booleans},   {"numbers", Numbers},
+                {"replacing", Replacing}, {"paths", Paths},         {"packs", Packs},
+                {"records", Records},     {"decisions", Decisions}, {"requests", Requests},
+                {"sections", Sections},   {"lists", Lists},         {"logs", Logs}};
 
 void (*chosen_check)(const Text&) = nullptr;
 

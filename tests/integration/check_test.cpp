@@ -4,14 +4,22 @@
 
 #include <wininet.h>
 
+#include <chrono>
+#include <future>
+#include <random>
 #include <regex>
 #include <tuple>
 
 #include "expected.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "platform/shared_turn.h"
 #include "support/http_server.h"
 #include "support/machine.h"
+#include "unit/literal.h"
 #include "update/check_patch.h"
 #include "update/process_state.h"
+#include "update/section_names.h"
 #include "update/sheet_check.h"
 
 using support::HttpServer;
@@ -113,6 +121,12 @@ std::wstring WholeLog(bool interactive, const Row& row) {
   return interactive ? std::regex_replace(log, std::wregex(L"RECORD|DELETED"), L"INTERACTIVE $&") : log;
 }
 
+/// A check without a turn at the shared list leaves it alone, and nothing beside it.
+void CheckListUntouched(const Machine& machine) {
+  CHECK(ReadBytes(machine.UpdateList()) == "[old]\r\n");
+  CHECK(support::FileNames(machine.Temp()).size() == 1);
+}
+
 /// What a check leaves outside its log: the settings, the record, and what it asked of the server.
 void CheckTraces(const Process& process, const Machine& machine, Setup& setup, const Row& row,
                  const HttpServer& server) {
@@ -121,6 +135,7 @@ void CheckTraces(const Process& process, const Machine& machine, Setup& setup, c
   const bool record_there = GetFileAttributesW(machine.Record().c_str()) != INVALID_FILE_ATTRIBUTES;
   CHECK(record_there ==
         ((setup.contains(L"record") || setup.contains(L"late")) && row[3].find(L"DELETED") == row[3].npos));
+  if (setup[L"refuse"] == L"CreateMutexW-5") CheckListUntouched(machine);
   const bool asks = setup[L"missing"].empty() && row[3].find(L"MISMATCH") == row[3].npos;
   CHECK((asks || server.Connections() == 0));
   CHECK(server.Requests().size() <= static_cast<std::size_t>(process.Checks()));
@@ -212,7 +227,8 @@ TEST_CASE(
     CAPTURE(body.size());
     machine.WriteSettings("IGNORE_PATCH_ERROR=FALSE\r\nTIMEOUT=" + std::string(c.timeout));
     Process process(false, true);
-    DWORD flags = 0, timeout = 0;
+    DWORD flags = 0;
+    std::map<DWORD, DWORD> timeouts;
     const ImportHook<HttpOpenRequestW> open("HttpOpenRequestW", [&](auto... all) {
       flags = std::get<6>(std::tuple(all...));
       return open.original(all...);
@@ -221,15 +237,95 @@ TEST_CASE(
         "InternetSetOptionW", [&](HINTERNET handle, DWORD option, void* value, DWORD) {
           DWORD type = 0, size = sizeof type;
           InternetQueryOptionW(handle, INTERNET_OPTION_HANDLE_TYPE, &type, &size);
-          if (type == INTERNET_HANDLE_TYPE_INTERNET && option == INTERNET_OPTION_RECEIVE_TIMEOUT)
-            timeout = *static_cast<DWORD*>(value);
+          if (option == INTERNET_OPTION_RECEIVE_TIMEOUT) timeouts[type] = *static_cast<DWORD*>(value);
           return TRUE;
         });
     const CCheckPatch check(process.run);
     CHECK(flags == (INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT));
-    CHECK(timeout == c.applied);
+    CHECK(timeouts[INTERNET_HANDLE_TYPE_INTERNET] == c.applied);
+    CHECK(timeouts[INTERNET_HANDLE_TYPE_CONNECT_HTTP] == c.applied);
     CHECK(ReadBytes(machine.UpdateList()) == body);
     REQUIRE(check.UpdateSections.size() == c.names);
     if (c.names == 2) CHECK(check.UpdateSections[1].size() == c.second);
+  }
+}
+
+TEST_CASE("exchange: a silent server holds the check up, or a utility that has the turn at the list does") {
+  // What the server says before it falls silent, and the library's code: Wine's, and that of Windows.
+  const struct {
+    const char* said;
+    std::wstring codes;
+  } cases[] = {{"", L"12030 12002"},
+               {"HTTP/1.1 200 OK\r\nContent-Length: 500\r\n\r\n[H]\r\n[P_2_7]\r\n", L"10060 12002"},
+               {nullptr, L""}};
+  using Clock = std::chrono::steady_clock;
+  for (const auto& c : cases) {
+    Machine machine;
+    machine.Install(Layout::one, machine.DefaultProduct());
+    machine.PlaceExecutable(L"15.0.2.5");
+    machine.WriteSettings("IGNORE_PATCH_ERROR=FALSE\r\nTIMEOUT=1");
+    support::WriteBytes(machine.UpdateList(), "[old]\r\n");
+    support::HttpReply reply = Reply(200, "[H]\r\n[P_2_7]\r\n");
+    if (c.said != nullptr) reply = {c.said, 0, 0, "", 0, support::HttpReply::End::silence};
+    const HttpServer server(reply);
+    std::promise<void> taken, done;
+    std::thread other([&] {
+      platform::SharedTurn turn(L"Local\\QRT_15_TavrelUtility_UpdatesFile");
+      if (c.said == nullptr) turn.Take(0);
+      taken.set_value();
+      done.get_future().wait();
+    });
+    taken.get_future().wait();
+    Process process(false, c.said != nullptr);
+    const auto start = Clock::now();
+    const CCheckPatch check(process.run);
+    const auto waited = Clock::now() - start;
+    done.set_value();
+    other.join();
+    CAPTURE(Utf8(check.m_strErrorText));
+    CHECK((waited > std::chrono::milliseconds(800) && waited < std::chrono::milliseconds(2500)));
+    CHECK(check.m_bCheckFailed == (c.said != nullptr));
+    CHECK(check.m_bUpdatesAvailable == (c.said == nullptr));
+    CHECK((c.said == nullptr || c.codes.find(check.m_strErrorText.substr(9)) != c.codes.npos));
+    if (c.said == nullptr) CheckListUntouched(machine);
+  }
+}
+
+TEST_CASE("section names: the program's own reader finds others than the system's, or cuts them elsewhere") {
+  // The system's reader skips a UTF-8 mark under Wine alone: no file of these begins with one.
+  const std::vector<std::string> pieces = {
+      "[",         "]",    "\r",   "\n",    "\r\n",       " ",    "\t",
+      "\v",        "\x1A", ";",    "=",     "a",          "B",    "_",
+      "\xE9",      "\x80", "\xA0", "\x85",  "\xFF",       "\xEF", std::string(1, '\0'),
+      "\n[a_1]\n", "\n[",  "]\n",  "\n\v[", "\n[ b c ]\n"};
+  Machine machine;
+  const std::wstring file = machine.Temp() + L"\\list.ini";
+  std::mt19937 random(15);  // the same files every time
+  for (int i = 0; i < 400; ++i) {
+    std::string bytes = i % 4 == 0 ? "\xFF\xFE" : i % 4 == 1 ? "\xFE\xFF" : "";
+    for (auto left = random() % 30; left != 0; --left) bytes += pieces[random() % pieces.size()];
+    // Every tenth ends about where the buffer does.
+    const auto fill = static_cast<std::size_t>(i) / 10;
+    if (i % 10 == 0)
+      bytes += "\n[" + std::string(500, 'a') + "]\n[" + std::string(480 + fill, 'b') + "]\n[c]";
+    if (i % 4 < 2 && random() % 2 == 0) {
+      std::string wide = bytes.substr(0, 2);
+      for (const char c : bytes.substr(2)) wide += i % 4 == 0 ? std::string{c, '\0'} : std::string{'\0', c};
+      bytes = wide;
+    }
+    support::WriteBytes(file, bytes);
+    std::vector<std::wstring> system;
+    AppendSectionNames(platform::ReadProfileSectionNames(file, kSectionNamesCapacity), system);
+    std::vector<std::wstring> own = ReadSectionNames(bytes);
+    own.resize(CountWholeNames(own, kSectionNamesCapacity));
+    for (std::wstring& name : own) {
+      for (wchar_t& c : name) {
+        if (c >= 0xDC80 && c <= 0xDCFF && i % 4 > 1)
+          c = platform::FromAnsi(std::string(1, static_cast<char>(c)))[0];
+      }
+    }
+    INFO("file ", Literal(std::wstring(bytes.begin(), bytes.end())));
+    CHECK(own == system);
+    DeleteFileW(file.c_str());
   }
 }

@@ -47,6 +47,7 @@ std::shared_ptr<void> Obstruct(const std::wstring& what, const std::wstring& fil
   REFUSABLE(CopyFileW, FALSE);
   REFUSABLE(CreateDirectoryW, FALSE);
   REFUSABLE(CreateFileW, INVALID_HANDLE_VALUE);
+  REFUSABLE(CreateMutexW, nullptr);
   REFUSABLE(DeleteFileW, FALSE);
   REFUSABLE(HttpOpenRequestW, nullptr);
   REFUSABLE(HttpQueryInfoW, FALSE);

@@ -109,6 +109,7 @@ class Stage {
     }
     text::ReplaceAll(report_, L"\r\n", L"/");
     text::ReplaceAll(report_, root_, L"");
+    text::ReplaceAll(report_, L"updates-" + std::to_wstring(GetCurrentProcessId()), L"updates-own");
     scene_.arrange(machine_);
     return run;
   }

@@ -113,6 +113,7 @@ void HttpServer::Serve(std::uintptr_t client) {
   for (unsigned i = 0; i < reply.tail_count; ++i) {
     if (!Send(client, reply.tail)) return;
   }
+  if (reply.end == HttpReply::End::silence) Ready(client, POLLRDNORM);
   const linger at_once{1, 0};
   if (reply.end == HttpReply::End::reset) {
     Sleep(kReadingMs);

@@ -24,7 +24,8 @@ struct HttpReply {
   unsigned pause_ms = 0;  ///< wait before every piece, the first one included
   std::string tail;       ///< sent `tail_count` times behind `bytes`
   unsigned tail_count = 0;
-  enum class End { close, reset } end = End::close;
+  /// `silence`: nothing more comes, until the client has enough of it or three seconds have passed.
+  enum class End { close, reset, silence } end = End::close;
 };
 
 /// A complete answer with its length and "Connection: close". `headers`: further ones, each with its "\r\n".

@@ -93,6 +93,14 @@ Text Names(View buffer) {
   return joined;
 }
 
+// The names in the bytes of a list, and how many of them a buffer of eight characters holds.
+Text Read(View in) {
+  const std::vector<Text> names = ReadSectionNames(std::string(in.begin(), in.end()));
+  Text joined = std::to_wstring(CountWholeNames(names, 8));
+  for (const Text& name : names) joined.append(L"|").append(name);
+  return joined;
+}
+
 Text Page(bool interactive, View in) {
   const std::vector<Text> parts = Split(in);
   const auto has = [&parts](wchar_t flag) { return parts[0].find(flag) != Text::npos; };
@@ -151,6 +159,7 @@ const struct {
     {"the request asks for another file than the registered one",
      [](View in) { return Optional(RequestPath(in, L"up.example")); }},
     {"a section name is lost at the buffer's end, or a cut one is kept", Names},
+    {"a section's name in a list is misread, or one that clients lose is counted", Read},
     {"blank lines stay between the entries of the file",
      [](View in) { return log_text::Normalise(Text(in)); }},
     {"the build line is missed in the log, or another NA is replaced",
