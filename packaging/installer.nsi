@@ -55,7 +55,7 @@ VIAddVersionKey ProductVersion "${VERSION}.0"
 !insertmacro MUI_LANGUAGE English
 
 !ifdef SIGN
-  !uninstfinalize '${SIGN} "%1"'
+  !uninstfinalize '${SIGN} "%1"' = 0
 !endif
 
 ; Ends with an exit code; says why first, unless it was started with /S.
