@@ -2,7 +2,8 @@
 
 #include <windows.h>
 
-#include <prsht.h>
+#include <commctrl.h>
+#include <objbase.h>
 
 #include "app/tavrel_sheet.h"
 #include "framework/application.h"
@@ -59,7 +60,17 @@ TEST_CASE("first moments: a log page without the check, a run without its header
     const support::Machine machine;
     support::MakeFolder(machine.LogFolder());
     CWinApp app;
+    app.UseCommonControls(0xFF);
     app.Run(GetModuleHandleW(nullptr));
+    DWORD classes = 0, apartments = 0;
+    const ImportHook<InitCommonControlsEx> controls("InitCommonControlsEx", [&](const auto* asked) {
+      classes += asked->dwICC;
+      return controls.original(asked);
+    });
+    const ImportHook<CoInitializeEx> com("CoInitializeEx", [&](auto... all) {
+      ++apartments;
+      return com.original(all...);
+    });
     g_nUpdateCheckCount = 0;
     RunState run;
     Sheet sheet(run);
@@ -74,6 +85,7 @@ TEST_CASE("first moments: a log page without the check, a run without its header
     if (!c.made) refused.emplace("PropertySheetW", 0u, -1);
     CHECK(sheet.Run() == c.result);
     CHECK(sheet.seen == (c.result == IDOK));
+    CHECK((classes == 0xFF && apartments == 1));
     const std::vector<std::wstring> names = support::FileNames(machine.LogFolder());
     REQUIRE(names.size() == 1);
     const std::string log = support::ReadBytes(machine.LogFolder() + L"\\" + names[0]).value_or("");
