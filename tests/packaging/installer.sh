@@ -51,6 +51,11 @@ remove() {
   wine "$(find "$drive" -name QRTTavrelUtility-uninstall.exe)" "$@" || return
   [[ $* == *_\?=* ]] || wait_until 20 is_gone entry
 }
+# What the entry says, between "|"; sizes and times are left out.
+says() {
+  diff <(tr '|' '\n' <<<"$*") <(entry | sed -n "s/\r$//; s/C:.$program_files.Varnexa/programs/
+    s/^ *\([A-Z][A-Za-z]*\)  *REG_[A-Z]*  */\1=/p" | sed '/^\(Est\|Seed\)/s/=.*/=/')
+}
 start_utility() { (cd "$program" && exec wine QRTTavrelUtility.exe) & utility=$! && wait_until 20 quietly window; }
 close_utility() { quietly wine taskkill /im QRTTavrelUtility.exe && wait "$utility"; }
 change_seed() { close_utility && printf 'TIMEOUT=20\r\n' >>"$program/korsa.ini"; }
