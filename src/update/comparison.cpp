@@ -14,8 +14,6 @@
 namespace {
 
 constexpr std::wstring_view kRecordFile = L"\\installedupdates.dat";
-/// A record names a few packs in a few hundred bytes; a larger file is no record and counts as unreadable.
-constexpr std::size_t kRecordLimit = 64 * 1024 * 1024;
 
 }  // namespace
 
@@ -57,7 +55,7 @@ void Comparison::ReadRecordVersion(std::wstring_view text) {
 }
 
 std::wstring Comparison::ReadInstalledRecord(const std::wstring& path) {
-  const auto bytes = platform::ReadWholeFile(path, kRecordLimit);
+  const auto bytes = platform::ReadWholeFile(path, kRecordSizeLimit);
   if (!bytes) {
     log_.Append(platform::SystemMessage(GetLastError()));
     log_.Append(update_texts::kRecordReadFailed);

@@ -12,6 +12,7 @@
 #include "text/text.h"
 #include "update/list_file.h"
 #include "update/request_path.h"
+#include "update/section_names.h"
 #include "update/update_texts.h"
 
 namespace {
@@ -21,9 +22,6 @@ constexpr DWORD kStatusOk = 200;
 constexpr DWORD kStatusNotFound = 404;
 /// Stands in for a time-out of zero or less, which would fail every exchange at once or wait for ever.
 constexpr DWORD kFallbackTimeoutMs = 60000;
-/// A list of updates has a few thousand bytes. A body larger than this is none: it would fill the disk, and
-/// the profile functions would take it into memory whole.
-constexpr std::size_t kBodyLimit = 32 * 1024 * 1024;
 /// Longest copying of a body, in milliseconds: the receive time-out bounds each pause of the server, not
 /// their sum.
 constexpr ULONGLONG kBodyWaitMs = 300000;
@@ -182,7 +180,7 @@ bool Exchange::CopyBody(void* request, ListFile& file) {
     if (read == 0) return true;
     copied += read;
     const bool late = GetTickCount64() - start > kBodyWaitMs;
-    if (late || copied > kBodyLimit) {
+    if (late || copied > kListSizeLimit) {
       ReportFailure(update_texts::kFileReadFailed, late ? ERROR_INTERNET_TIMEOUT : ERROR_FILE_TOO_LARGE);
       return false;
     }

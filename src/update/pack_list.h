@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,14 @@ struct LatestPack {
   std::int32_t level = 0;
   std::int32_t build = 0;
 };
+
+/// The last two fields of a pack's name, as they stand between its underscores.
+struct PackFields {
+  std::optional<std::wstring_view> level;  ///< absent in a name with a single underscore
+  std::wstring_view build;
+};
+/// Nothing for a name without an underscore, which names no pack.
+std::optional<PackFields> SplitPackName(std::wstring_view name);
 
 /// Updates `latest` from the section names of an update information file. The first name is the file's own
 /// heading; each further one names a pack by its last two underscore-separated numbers, level and build.

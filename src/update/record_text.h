@@ -7,6 +7,9 @@
 #include <string_view>
 #include <vector>
 
+/// A record names a few packs in a few hundred bytes; a larger file is no record and counts as unreadable.
+inline constexpr std::size_t kRecordSizeLimit = 64 * 1024 * 1024;
+
 /// How many pack names (every section name but the first) occur in the record's text.
 std::size_t CountRecordedPacks(const std::vector<std::wstring>& sections, std::wstring_view record);
 

@@ -15,13 +15,9 @@ wchar_t Unit(char high, char low) {
 }
 
 std::wstring Decode(std::string_view bytes) {
-  std::wstring text;
   const bool little = bytes.starts_with("\xFF\xFE");
-  if (!little && !bytes.starts_with("\xFE\xFF")) {
-    text.reserve(bytes.size());
-    for (const char byte : bytes) text += Unit(static_cast<unsigned char>(byte) < 0x80 ? 0 : '\xDC', byte);
-    return text;
-  }
+  if (!little && !bytes.starts_with("\xFE\xFF")) return WidenBytes(bytes);
+  std::wstring text;
   for (std::size_t i = 2; i + 1 < bytes.size(); i += 2) {
     text += little ? Unit(bytes[i + 1], bytes[i]) : Unit(bytes[i], bytes[i + 1]);
   }
@@ -50,6 +46,13 @@ void AppendSectionNames(std::wstring_view buffer, std::vector<std::wstring>& sec
     sections.emplace_back(buffer.substr(0, end));
     buffer.remove_prefix(end + 1);
   }
+}
+
+std::wstring WidenBytes(std::string_view bytes) {
+  std::wstring text;
+  text.reserve(bytes.size());
+  for (const char byte : bytes) text += Unit(static_cast<unsigned char>(byte) < 0x80 ? '\0' : '\xDC', byte);
+  return text;
 }
 
 std::vector<std::wstring> ReadSectionNames(std::string_view bytes) {

@@ -1,6 +1,7 @@
 #include "framework/command_line.h"
 #include "log/log_file_choice.h"
 #include "log/log_text.h"
+#include "packcheck/report.h"
 #include "text/text.h"
 #include "ui/launch_parameters.h"
 #include "ui/log_saving.h"
@@ -52,6 +53,49 @@ Text Compare(View installed) {
   return IsNewer({2, 7}, text::ParseDecimal(parts[0]), text::ParseDecimal(parts[1])) ? L"newer" : L"";
 }
 
+std::string Bytes(View text) {
+  return std::string(text.begin(), text.end());
+}
+
+// The publisher is told what the client does.
+void CheckPublished(const CheckFacts& facts, const std::vector<Text>& version, const Decision& decision) {
+  std::string list;
+  for (const Text& name : facts.sections) list += "[" + Bytes(name) + "]\n";
+  const std::string record = Bytes(facts.record.value_or(L""));
+  packcheck::Version product{};
+  for (std::size_t i = 0; i < 4; ++i) product[i] = static_cast<std::uint16_t>(text::ParseDecimal(version[i]));
+  const auto client =
+      packcheck::Examine(list, facts.record ? std::optional<std::string_view>(record) : std::nullopt, product)
+          .client;
+  REQUIRE(client);
+  CHECK(client->offered == decision.offered);
+  CHECK(client->exit_code == decision.exit_code);
+  CHECK(client->record_deleted == decision.removal.has_value());
+  const std::size_t before = (facts.record ? 2u : 0u) + (decision.removal ? 1u : 0u);
+  REQUIRE(client->log.size() == before + decision.entries.size());
+  for (std::size_t i = before; i < client->log.size(); ++i)
+    CHECK(client->log[i] == decision.entries[i - before]);
+}
+
+// The bytes of a list, "|" and those of a record.
+Text Warned(View in) {
+  const std::vector<Text> parts = Split(in);
+  const std::string list = Bytes(parts.empty() ? Text() : parts[0]),
+                    record = Bytes(parts.size() > 1 ? parts[1] : L"");
+  const bool has_record = parts.size() > 1;
+  Text codes;
+  for (const auto& warning :
+       packcheck::Examine(list, has_record ? std::optional<std::string_view>(record) : std::nullopt, {})
+           .warnings) {
+    const std::string_view code = warning.code;
+    codes.append(codes.empty() ? L"" : L" ")
+        .append(code.begin(), code.end())
+        .append(L":")
+        .append(warning.name);
+  }
+  return codes;
+}
+
 // The record ("-": there is none), the executable's version, the list. The entries as they are logged when a
 // record that is to go can be deleted.
 Text DecideFor(View in) {
@@ -66,6 +110,7 @@ Text DecideFor(View in) {
   if (record == L"-") facts.record.reset();
   if (!version.empty()) facts.product_version = text::ParseDecimal(Fold(version));
   const Decision decision = Decide(facts, L"deleted");
+  if (!version.empty()) CheckPublished(facts, fields, decision);
   Text result = std::to_wstring(decision.exit_code) + (decision.record_covers_list ? L" covered" : L"");
   result += !decision.offered ? L" as before" : *decision.offered ? L" yes" : L" no";
   if (decision.removal) result.append(L"|").append(decision.removal->deleted);
@@ -95,7 +140,7 @@ Text Names(View buffer) {
 
 // The names in the bytes of a list, and how many of them a buffer of eight characters holds.
 Text Read(View in) {
-  const std::vector<Text> names = ReadSectionNames(std::string(in.begin(), in.end()));
+  const std::vector<Text> names = ReadSectionNames(Bytes(in));
   Text joined = std::to_wstring(CountWholeNames(names, 8));
   for (const Text& name : names) joined.append(L"|").append(name);
   return joined;
@@ -160,6 +205,7 @@ const struct {
      [](View in) { return Optional(RequestPath(in, L"up.example")); }},
     {"a section name is lost at the buffer's end, or a cut one is kept", Names},
     {"a section's name in a list is misread, or one that clients lose is counted", Read},
+    {"a list's fault is not told to its publisher, or a sound list has one", Warned},
     {"blank lines stay between the entries of the file",
      [](View in) { return log_text::Normalise(Text(in)); }},
     {"the build line is missed in the log, or another NA is replaced",
