@@ -10,14 +10,6 @@ constexpr int kFocusMargin = 1;  // pixels between the text and the focus rectan
 
 constexpr COLORREF kUsualLinkColor = RGB(0, 102, 204);
 
-/// The system's colour of links, unless the colour scheme makes it hard to read on the page.
-COLORREF LinkColor() {
-  for (const COLORREF color : {static_cast<COLORREF>(GetSysColor(COLOR_HOTLIGHT)), kUsualLinkColor}) {
-    if (IsReadableOnFace(color)) return color;
-  }
-  return GetSysColor(COLOR_BTNTEXT);
-}
-
 bool IsOpenKey(WPARAM key) {
   return key == VK_SPACE || key == VK_RETURN;
 }
@@ -36,7 +28,7 @@ int TextWidth(HWND window, HFONT font, const std::wstring& text) {
 }  // namespace
 
 CLogFileLink::CLogFileLink() {
-  SetLinkColor(LinkColor());
+  SetLinkColor(ReadableOnFace({GetSysColor(COLOR_HOTLIGHT), kUsualLinkColor}));
   m_hCursor = LoadCursorW(nullptr, IDC_HAND);
 }
 

@@ -22,12 +22,6 @@ namespace {
 
 constexpr UINT kFirstCheckMessage = WM_APP + 1;
 
-/// Black, except where the user's colours, such as white on black, make it disappear.
-COLORREF StatusColor() {
-  constexpr COLORREF kBlack = RGB(0, 0, 0);
-  return IsReadableOnFace(kBlack) ? kBlack : GetSysColor(COLOR_BTNTEXT);
-}
-
 }  // namespace
 
 PatchApply::PatchApply(RunState& run, SheetUpdateCheck& sheet, RunLog& run_log)
@@ -245,7 +239,7 @@ void PatchApply::ShowState(const PageState& state) {
   m_btnRetry.Enable(state.retry_enabled);
   m_btnContinue.Enable(state.continue_offered);
   m_btnContinue.Show(state.continue_offered);
-  m_ctlMessage.m_crText = StatusColor();
+  m_ctlMessage.m_crText = ReadableOnFace({RGB(0, 0, 0)});
   m_ctlMessage.RedrawNow();
   m_ctlMessage.SetText(state.text);
 }

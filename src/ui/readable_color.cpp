@@ -12,6 +12,10 @@ int Brightness(COLORREF color) {
 
 }  // namespace
 
-bool IsReadableOnFace(COLORREF color) {
-  return std::abs(Brightness(color) - Brightness(GetSysColor(COLOR_3DFACE))) >= kReadableDifference;
+COLORREF ReadableOnFace(std::initializer_list<COLORREF> colors) {
+  const int face = Brightness(GetSysColor(COLOR_3DFACE));
+  for (const COLORREF color : colors) {
+    if (std::abs(Brightness(color) - face) >= kReadableDifference) return color;
+  }
+  return GetSysColor(COLOR_BTNTEXT);
 }
