@@ -43,6 +43,11 @@ std::string Play() {
          support::Utf8(run.LogText().substr(end - 2, 2)) + (log.PendingText().empty() ? "" : " unlogged");
 }
 
+/// The low bytes of the characters.
+std::string Low(const std::wstring& text) {
+  return {text.begin(), text.end()};
+}
+
 /// The bytes that a table's text stands for: the low bytes of its characters.
 std::string Bytes(std::wstring text) {
   text::ReplaceAll(text, L"|", L"\r\n");
@@ -52,11 +57,11 @@ std::string Bytes(std::wstring text) {
     const std::size_t star = part.find(L'*'), end = part.find(L'>');
     if (end != part.npos) {
       const std::wstring count = part.substr(0, star);
-      std::string unit(part.begin() + star + 1, part.begin() + end);
+      std::string unit = Low(part.substr(star + 1, end - star - 1));
       for (std::size_t i = unit.size(); count == L"wide" && i != 0; --i) unit.insert(i, 1, '\0');
       for (int left = count == L"wide" ? 1 : std::stoi(count); left != 0; --left) bytes += unit;
     }
-    bytes.append(part.begin() + (end == part.npos ? 0 : end + 1), part.end());
+    bytes += Low(part.substr(end == part.npos ? 0 : end + 1));
   }
   return bytes;
 }
@@ -64,12 +69,13 @@ std::string Bytes(std::wstring text) {
 /// Does what a row asks for below `root`; what must last lasts as long as what is returned.
 std::shared_ptr<void> Disturb(const std::wstring& root, const std::vector<std::wstring>& row) {
   const std::wstring& deed = row[2];
-  const std::wstring path = root + row[3];
+  std::wstring path = root + row[3];
   std::wstring value = row[4];
   text::ReplaceAll(value, L"@", root);
   if (deed == L"clock") return sweep::StopClock(std::stoll(value));
   if (deed == L"value") support::SetRegistryText(row[3], row[5].c_str(), value);
   if (deed == L"Documents") {
+    if (!value.empty()) path.resize(std::stoul(value), L'd');
     support::MakeFolder(path);
     RegSetKeyValueW(HKEY_CURRENT_USER,
                     L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders",

@@ -1,14 +1,42 @@
 #include "support/text.h"
 
+#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
+#include <windows.h>
+
 #include "platform/files.h"
+#include "text/text.h"
 #include "version.h"
 
 namespace support {
+namespace {
+
+std::vector<std::vector<std::wstring>> ReadRows(const char* file) {
+  std::vector<std::vector<std::wstring>> rows;
+  std::ifstream lines(std::filesystem::path(TAVREL_TESTS_FOLDER) / file);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    rows.push_back(Split(std::filesystem::path(std::u8string(line.begin(), line.end())).wstring(), L';'));
+  }
+  if (!rows.empty()) return rows;
+  std::fprintf(stderr, "no rows in %s\n", file);
+  std::exit(3);
+}
+
+/// The column of systems.txt for the system that this program runs on.
+std::size_t SystemColumn() {
+  using WineVersion = const char*(__cdecl*)();
+  const auto version =
+      std::bit_cast<WineVersion>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version"));
+  if (version == nullptr) return 1;
+  return std::atoi(version()) <= 8 ? 2 : 3;
+}
+
+}  // namespace
 
 std::string Utf8(std::wstring_view text) {
   return platform::ToUtf8(text);
@@ -23,20 +51,20 @@ std::vector<std::wstring> Split(std::wstring_view text, wchar_t separator) {
   return parts;
 }
 
+std::wstring OnThisSystem(std::wstring text) {
+  static const auto systems = ReadRows("systems.txt");
+  static const std::size_t column = SystemColumn();
+  for (const auto& row : systems) text::ReplaceAll(text, L"@" + row[0] + L"@", row[column]);
+  text::ReplaceAll(text, L"@FILEVERSION@", L"" TAVREL_FILE_VERSION);
+  return text;
+}
+
 std::vector<std::vector<std::wstring>> Rows(const char* file) {
-  constexpr std::string_view kFileVersion = "@FILEVERSION@";
-  std::vector<std::vector<std::wstring>> rows;
-  std::ifstream lines(std::filesystem::path(TAVREL_TESTS_FOLDER) / file);
-  for (std::string line; std::getline(lines, line);) {
-    if (line.empty() || line[0] == '#') continue;
-    if (const std::size_t at = line.find(kFileVersion); at != line.npos) {
-      line.replace(at, kFileVersion.size(), TAVREL_FILE_VERSION);
-    }
-    rows.push_back(Split(std::filesystem::path(std::u8string(line.begin(), line.end())).wstring(), L';'));
+  auto rows = ReadRows(file);
+  for (auto& row : rows) {
+    for (std::wstring& field : row) field = OnThisSystem(field);
   }
-  if (!rows.empty()) return rows;
-  std::fprintf(stderr, "no rows in %s\n", file);
-  std::exit(3);
+  return rows;
 }
 
 std::string LogDifference(std::wstring_view log, const std::vector<std::wstring>& expected) {
