@@ -89,9 +89,11 @@ enter_room() {
   # The locale fixes the ANSI code page of the prefix (1252). Wine 10 frees what it got from TMPDIR.
   export LANG=C.UTF-8 LC_ALL=C.UTF-8
   unset TMPDIR WINESERVER WINELOADER XDG_RUNTIME_DIR WAYLAND_DISPLAY
+  # Root finds read-only what is so for others.
   # A devices folder of the room's own (--dev) would come with a second user namespace, in which an ordinary
   # user has no right to port 80.
   exec bwrap --die-with-parent --unshare-net --unshare-pid --cap-add CAP_NET_BIND_SERVICE \
+    --cap-drop CAP_DAC_OVERRIDE \
     --ro-bind / / --dev-bind /dev /dev --proc /proc --perms 1777 --tmpfs /tmp "${mounts[@]}" \
     --bind "$room/hosts" /etc/hosts --ro-bind "$room/nsswitch.conf" /etc/nsswitch.conf \
     --chdir "$PWD" -- "$repo/scripts/room.sh" "$wine_version" "$@"
