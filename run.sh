@@ -8,7 +8,7 @@ usage() {
   cat <<'EOF'
 Usage: ./run.sh [OPTION]…
 
-Installs what is missing (Debian 12, as root or with sudo for apt), builds the utility and runs it in a
+Installs what is missing (Debian 12 and 13, as root or with sudo for apt), builds the utility and runs it in a
 sandbox with a stand-in for the installed product and an update server: on the desktop where there is a
 display, otherwise on a virtual one, leaving a picture of its window. Nothing outside this folder is
 touched, apart from Debian packages; nothing reaches another machine.

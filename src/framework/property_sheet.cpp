@@ -67,6 +67,7 @@ void CPropertySheet::EndDialog(INT_PTR result) {
 HWND CPropertySheet::Create() {
   const HINSTANCE instance = CWinApp::Current()->Instance();
   std::vector<PROPSHEETPAGEW> headers;
+  headers.reserve(pages_.size());
   for (CPropertyPage* page : pages_) headers.push_back(page->Header(instance));
 
   PROPSHEETHEADERW header = {};

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <bit>
 #include <type_traits>
 
 /// Windows' own libraries that a run may do without, or that a file of the same name beside the program must
@@ -44,8 +45,7 @@ class SystemFunction<Result(WINAPI*)(Arguments...)> {
       : library_(library), name_(name), failure_(failure) {}
 
   bool IsThere() {
-    if (function_ == nullptr)
-      function_ = reinterpret_cast<Type>(reinterpret_cast<void*>(library_.Find(name_)));
+    if (function_ == nullptr) function_ = std::bit_cast<Type>(library_.Find(name_));
     return function_ != nullptr;
   }
   Result operator()(Arguments... arguments) {

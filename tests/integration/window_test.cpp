@@ -5,6 +5,8 @@
 #include <commctrl.h>
 #include <objbase.h>
 
+#include <algorithm>
+
 #include "app/tavrel_sheet.h"
 #include "framework/application.h"
 #include "platform/system_library.h"

@@ -85,7 +85,7 @@ void HttpServer::Run() {
   while (Ready(listener_, POLLRDNORM)) {
     const SOCKET client = accept(listener_, nullptr, nullptr);
     u_long nonblocking = 1;
-    ioctlsocket(client, FIONBIO, &nonblocking);
+    ioctlsocket(client, static_cast<long>(FIONBIO), &nonblocking);
     ++connections_;
     Serve(client);
     closesocket(client);

@@ -1,6 +1,7 @@
 #define DOCTEST_CONFIG_IMPLEMENT_WITH_MAIN
 #include "unit.h"
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -28,7 +29,7 @@ std::wstring Unescape(std::string_view text) {
 
 void CheckRows(const char* title, std::wstring (*function)(std::wstring_view)) {
   const std::string heading = std::string("[") + title + "]";
-  std::ifstream file(TAVREL_ROWS, std::ios::binary);
+  std::ifstream file(std::filesystem::path(TAVREL_ROWS), std::ios::binary);
   unsigned rows = 0;
   std::string line;
   for (bool here = false; std::getline(file, line);) {
