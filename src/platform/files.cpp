@@ -1,14 +1,11 @@
 #include "platform/files.h"
 
-#include "platform/shared_turn.h"
 #include "text/text.h"
 
 namespace platform {
 namespace {
 
 constexpr DWORD kChunk = 64 * 1024;
-constexpr wchar_t kReplacingTurn[] = L"Local\\QRT_15_TavrelUtility_Replacing";
-constexpr DWORD kReplacingWaitMs = 1000;
 
 // A lock on one byte far behind any file's end: it keeps writers of this program apart and nobody else.
 class WriterTurn {
@@ -38,12 +35,6 @@ class WriterTurn {
   bool held_ = false;
 };
 
-// Also one that is marked as read-only, as a copy of such a file is.
-void RemoveFile(const std::wstring& path) {
-  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-  DeleteFileW(path.c_str());
-}
-
 }  // namespace
 
 UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition) {
@@ -51,10 +42,12 @@ UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition) {
                                 disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t limit) {
-  const UniqueFile file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!file) return std::nullopt;
+UniqueFile OpenForReading(const std::wstring& path) {
+  return UniqueFile(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+std::optional<std::string> ReadAll(HANDLE file, std::size_t limit) {
   std::string bytes;
   for (DWORD read = kChunk; read != 0;) {
     const std::size_t size = bytes.size();
@@ -63,10 +56,15 @@ std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t l
       return std::nullopt;
     }
     bytes.resize(size + kChunk);
-    if (!ReadFile(file.get(), bytes.data() + size, kChunk, &read, nullptr)) return std::nullopt;
+    if (!ReadFile(file, bytes.data() + size, kChunk, &read, nullptr)) return std::nullopt;
     bytes.resize(size + read);
   }
   return bytes;
+}
+
+std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t limit) {
+  const UniqueFile file = OpenForReading(path);
+  return file ? ReadAll(file.get(), limit) : std::nullopt;
 }
 
 bool WriteAll(HANDLE file, std::string_view bytes) {
@@ -92,22 +90,6 @@ bool AppendAll(HANDLE file, std::string_view bytes) {
   const DWORD error = GetLastError();
   // Without the turn, what stands behind the old end by now may be another writer's.
   if (turn.IsHeld() && SetFilePointerEx(file, end, nullptr, FILE_BEGIN)) SetEndOfFile(file);
-  SetLastError(error);
-  return false;
-}
-
-bool ReplaceFileWhole(const std::wstring& path, const std::function<bool(const std::wstring&)>& make) {
-  SharedTurn turn(kReplacingTurn);
-  turn.Take(kReplacingWaitMs);
-  if (!turn.IsHeld()) return make(path);
-  const std::wstring fresh = path + L".new";
-  RemoveFile(fresh);
-  if (make(fresh) &&
-      MoveFileExW(fresh.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-    return true;
-  }
-  const DWORD error = GetLastError();
-  RemoveFile(fresh);
   SetLastError(error);
   return false;
 }

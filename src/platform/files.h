@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,8 +12,12 @@ namespace platform {
 
 /// Opens for writing, shared for reading and writing. `disposition` as for CreateFileW.
 UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition);
-/// The file's bytes, whole; nothing when it cannot be opened or read, or is larger than `limit` (last error
-/// says why: ERROR_FILE_TOO_LARGE for the limit).
+/// Opens for reading, shared for reading and writing.
+UniqueFile OpenForReading(const std::wstring& path);
+/// The bytes from where the file stands to its end; nothing when they cannot be read or are more than `limit`
+/// (last error says why: ERROR_FILE_TOO_LARGE for the limit).
+std::optional<std::string> ReadAll(HANDLE file, std::size_t limit);
+/// Both in one: the bytes of a file.
 std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t limit);
 /// Writes every byte or answers false with the last error set.
 bool WriteAll(HANDLE file, std::string_view bytes);
@@ -22,12 +25,6 @@ bool WriteAll(HANDLE file, std::string_view bytes);
 /// that append through this function take turns, so that their texts stay whole; one that waited a second in
 /// vain appends without its turn, and then leaves what a failure got as far as writing.
 bool AppendAll(HANDLE file, std::string_view bytes);
-
-/// Lets `make` write a file of another name and puts that in the place of `path` in one step, so that whoever
-/// is ended on the way, or finds the disk full, leaves the old file or the new one and never a part of
-/// either. False, with the last error set and the old file as it was, when `make` answers false or the file
-/// cannot be put there. Programs take turns; one that waited a second in vain makes `path` itself.
-bool ReplaceFileWhole(const std::wstring& path, const std::function<bool(const std::wstring&)>& make);
 
 /// UTF-16 text as UTF-8; a lone surrogate becomes U+FFFD.
 std::string ToUtf8(std::wstring_view text);

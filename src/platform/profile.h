@@ -5,10 +5,10 @@
 namespace platform {
 
 /// A private-profile value, at most `capacity` - 1 characters, blanks at its ends not taken off; empty when
-/// it is missing.
+/// it is missing. Waits for one's turn at the file, as JournaledFile does.
 std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
                              unsigned capacity);
-/// Writes a value, leaving the file whole whatever happens; a failure is ignored, the reader's default then
+/// Writes a value in the file's place, as JournaledFile does; a failure is ignored, the reader's default then
 /// holds again at the next reading.
 void WriteProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
                       const wchar_t* value);

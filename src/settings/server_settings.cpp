@@ -3,6 +3,7 @@
 #include "log/log_texts.h"
 #include "platform/files.h"
 #include "platform/folders.h"
+#include "platform/journaled_file.h"
 #include "platform/profile.h"
 #include "product/identity.h"
 #include "settings/run_state.h"
@@ -20,13 +21,19 @@ bool CreateProfileSettingsFolder() {
   const std::size_t split = levels.find(L'\\', 1) + 1;
   const std::wstring maker = platform::AppendPath(documents, std::wstring(levels.substr(0, split)));
   if (maker.empty()) return false;
-  if (!platform::DirectoryExists(maker) && !CreateDirectoryW(maker.c_str(), nullptr)) return false;
+  // Another utility's first start may make it at the same moment.
+  if (!platform::DirectoryExists(maker) && !CreateDirectoryW(maker.c_str(), nullptr) &&
+      GetLastError() != ERROR_ALREADY_EXISTS) {
+    return false;
+  }
   const std::wstring versioned = platform::AppendPath(maker, std::wstring(levels.substr(split)));
   return !versioned.empty() && CreateDirectoryW(versioned.c_str(), nullptr) != FALSE;
 }
 
+/// Empty when the program's own path is not known.
 std::wstring SeedFile() {
   const std::wstring module = platform::ModulePath();
+  if (module.empty()) return {};
   return std::wstring(text::SplitAtLastBackslash(module).folder)
       .append(L"\\")
       .append(identity::kSettingsFile);
@@ -55,6 +62,8 @@ bool RunState::PrepareServerSettings() {
   if (!platform::DirectoryExists(folder)) return true;
 
   const std::wstring file = folder + std::wstring(identity::kSettingsFile);
+  // One turn from the look at the file to the default, so that two first starts do not come between.
+  const platform::JournaledFile turn(file);
   if (platform::FileExists(file)) {
     LogAndNote(settings_texts::kFileExists);
   } else if (!CopyServerSettingsFromInstallFolder(file)) {
@@ -75,9 +84,7 @@ bool RunState::CopyServerSettingsFromInstallFolder(const std::wstring& destinati
   std::wstring_view failure = settings_texts::kCopyFailed;
   if (!platform::FileExists(source)) {
     failure = settings_texts::kSourceNotFound;
-  } else if (platform::ReplaceFileWhole(destination, [&source](const std::wstring& path) {
-               return CopyFileW(source.c_str(), path.c_str(), FALSE) != FALSE;
-             })) {
+  } else if (platform::JournaledFile(destination).CopyFrom(source)) {
     LogAndNote(settings_texts::kCopied);
     return true;
   }

@@ -120,16 +120,16 @@ const Functions& Watched() {
   static const Functions functions = WATCH(
       AccessCheck, AddAccessAllowedAce, AllocateAndInitializeSid, CloseHandle, CopyFileW, CreateDirectoryW,
       CreateFileW, CreateMutexW, CreateToolhelp32Snapshot, DeleteFileW, DuplicateToken, FindClose,
-      FindFirstFileW, FindNextFileW, FormatMessageW, FreeSid, GetFileAttributesW, GetFileVersionInfoSizeW,
-      GetFileVersionInfoW, GetModuleFileNameW, GetPrivateProfileSectionNamesW, GetPrivateProfileStringW,
-      GetTempPathW, HttpOpenRequestW, HttpQueryInfoW, HttpSendRequestW, InitializeAcl,
-      InitializeSecurityDescriptor, InternetCheckConnectionW, InternetCloseHandle, InternetConnectW,
-      InternetOpenW, InternetReadFile, InternetSetOptionW, LockFileEx, MoveFileExW, OpenProcess,
+      FindFirstFileW, FindNextFileW, FormatMessageW, FreeSid, GetFileAttributesW, GetFileInformationByHandle,
+      GetFileVersionInfoSizeW, GetFileVersionInfoW, GetModuleFileNameW, GetPrivateProfileSectionNamesW,
+      GetPrivateProfileStringW, GetTempPathW, HttpOpenRequestW, HttpQueryInfoW, HttpSendRequestW,
+      InitializeAcl, InitializeSecurityDescriptor, InternetCheckConnectionW, InternetCloseHandle,
+      InternetConnectW, InternetOpenW, InternetReadFile, InternetSetOptionW, LockFileEx, OpenProcess,
       OpenProcessToken, OpenThreadToken, PathAppendW, PathFileExistsW, Process32FirstW, Process32NextW,
       ReadFile, RegCloseKey, RegOpenKeyExW, RegQueryValueExW, ReleaseMutex, SHGetFolderPathW,
-      SHGetSpecialFolderPathW, SetEndOfFile, SetFileAttributesW, SetFilePointerEx, SetSecurityDescriptorDacl,
-      SetSecurityDescriptorGroup, SetSecurityDescriptorOwner, TerminateProcess, UnlockFileEx, VerQueryValueW,
-      WaitForSingleObject, WriteFile, WritePrivateProfileStringW);
+      SHGetSpecialFolderPathW, SetEndOfFile, SetFileAttributesW, SetFileInformationByHandle, SetFilePointerEx,
+      SetSecurityDescriptorDacl, SetSecurityDescriptorGroup, SetSecurityDescriptorOwner, TerminateProcess,
+      UnlockFileEx, VerQueryValueW, WaitForSingleObject, WriteFile, WritePrivateProfileStringW);
   return functions;
 }
 #undef WATCH

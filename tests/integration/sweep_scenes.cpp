@@ -3,9 +3,12 @@
 #include <shellapi.h>
 #include <tlhelp32.h>
 
+#include <filesystem>
+
 #include "app/tavrel_sheet.h"
 #include "framework/application.h"
 #include "log/system_log.h"
+#include "platform/journaled_file.h"
 #include "resource.h"
 #include "settings/run_state.h"
 #include "sweep.h"
@@ -20,6 +23,7 @@ namespace {
 using support::Machine;
 
 constexpr wchar_t kLogText[] = L"First entry\n\nSecond entry\n\n";
+constexpr char kSettings[] = "# kept\r\nCHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=TRUE\r\n[OTHER]\r\nA=1\r\n";
 constexpr wchar_t kOwnLog[] = L"\\QRT_15_SystemTavrel_01Jan2020_01_00_AM.log";
 
 /// What a check said, and its results; the last entry of an error must be its error text.
@@ -114,12 +118,31 @@ std::wstring OptionsAndLaunch(Machine& machine) {
   return L"-- " + said + L" " + std::to_wstring(result);
 }
 
+/// A run was ended while it wrote the settings: they are torn, and their journal is still there.
+void EndWhileWriting(Machine& machine) {
+  const std::wstring file = machine.SettingsFile(), journal = file + L".1-1.journal";
+  DeleteFileW(journal.c_str());
+  machine.WriteSettings(kSettings);
+  {
+    const support::ImportHook<SetFileInformationByHandle> kept("SetFileInformationByHandle", 5);
+    const support::ImportHook<SetFilePointerEx> not_emptied("SetFilePointerEx", 5);
+    const support::ImportHook<DeleteFileW> not_deleted("DeleteFileW", 5);
+    platform::JournaledFile(file).Rewrite([&](auto) {
+      machine.WriteSettings("");
+      return true;
+    });
+  }
+  for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(file).parent_path())) {
+    if (entry.path().extension() == L".journal") MoveFileW(entry.path().c_str(), journal.c_str());
+  }
+}
+
 }  // namespace
 
 void Furnish(Machine& machine) {
   machine.Install(support::Layout::one, machine.DefaultProduct());
   machine.PlaceExecutable(L"15.0.1.0");
-  machine.WriteSettings("# kept\r\nCHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=TRUE\r\n[OTHER]\r\nA=1\r\n");
+  machine.WriteSettings(kSettings);
   support::MakeFolder(machine.LogFolder());
   support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", "[KORSA_URL]\r\nTIMEOUT=20\r\n");
   support::WriteBytes(machine.LogFolder() + kOwnLog, "Old entry\r\n");
@@ -139,6 +162,7 @@ const std::vector<Scene>& Scenes() {
       {L'd', "check-record", L"GetTempPathW", with_record, PatchCheck},
       {L'i', "interactive", L"GetTempPathW", with_record, InteractiveCheck},
       {L's', "start-up", nullptr, no_settings, StartUp},
+      {L'k', "start-up-ended", nullptr, EndWhileWriting, StartUp},
       {L'l', "log-append", L"SHGetSpecialFolderPathW", nothing, WriteLog},
       {L'n', "log-new", L"SHGetSpecialFolderPathW", no_log, WriteLog},
       {L'p', "options-launch", nullptr, nothing, OptionsAndLaunch}};

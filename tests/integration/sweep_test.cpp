@@ -118,7 +118,12 @@ class Stage {
     Files files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root_)) {
       const std::wstring path = entry.path().wstring();
-      if (!entry.is_directory()) files[path] = support::ReadBytes(path).value_or("unreadable");
+      // A journal says which file it belongs to, and every run has another one.
+      if (path.ends_with(L".journal")) {
+        files[path] = "journal";
+      } else if (!entry.is_directory()) {
+        files[path] = support::ReadBytes(path).value_or("unreadable");
+      }
     }
     return files;
   }
