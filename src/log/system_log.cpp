@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "log/log_file_choice.h"
@@ -15,20 +18,23 @@
 
 namespace {
 
-// A log that grew beyond this is not carried over into a new file.
+// A log that grew beyond this is not carried over into a new file: it counts as one that cannot be opened.
 constexpr std::size_t kHistoryLimit = 64 * 1024 * 1024;
 
-std::vector<LogFileEntry> FindLogFiles(const std::wstring& folder) {
+/// Nothing when the folder cannot be listed to its end: what is not seen must not count as missing.
+std::optional<std::vector<LogFileEntry>> FindLogFiles(const std::wstring& folder) {
   std::vector<LogFileEntry> files;
   WIN32_FIND_DATAW data{};
   const platform::UniqueFind find(FindFirstFileW((folder + L"\\*.log").c_str(), &data));
-  if (!find) return files;
+  if (!find && GetLastError() == ERROR_FILE_NOT_FOUND) return files;
+  if (!find) return std::nullopt;
   do {
     if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) continue;
     if (!log_text::IsLogFileName(data.cFileName)) continue;
     const ULARGE_INTEGER time{{data.ftLastWriteTime.dwLowDateTime, data.ftLastWriteTime.dwHighDateTime}};
     files.push_back({data.cFileName, time.QuadPart});
   } while (FindNextFileW(find.get(), &data));
+  if (GetLastError() != ERROR_NO_MORE_FILES) return std::nullopt;
   return files;
 }
 
@@ -46,10 +52,11 @@ void SystemLog::OpenSystemLog() {
   if (common.empty()) return;
   const std::wstring folder = common + std::wstring(identity::kLogFolder);
   if (!platform::DirectoryExists(folder)) return;
-  const std::vector<LogFileEntry> files = FindLogFiles(folder);
-  const std::optional<std::size_t> chosen = ChooseLogFile(files);
+  const std::optional<std::vector<LogFileEntry>> files = FindLogFiles(folder);
+  if (!files) return;
+  const std::optional<std::size_t> chosen = ChooseLogFile(*files);
   if (chosen) {
-    AppendTo(folder, files[*chosen].name);
+    AppendTo(folder, (*files)[*chosen].name);
   } else {
     CreateFileIn(folder, {});
   }
@@ -68,9 +75,17 @@ void SystemLog::CreateFileIn(const std::wstring& folder, std::string_view histor
 void SystemLog::AppendTo(const std::wstring& folder, const std::wstring& name) {
   const std::wstring path = folder + L"\\" + name;
   if (WriteAtEnd(path, OPEN_EXISTING, {}) != Outcome::not_opened) return;
-  const std::optional<std::string> history = platform::ReadWholeFile(path, kHistoryLimit);
-  const std::string lines = log_text::WithLf(history ? *history : log_texts::kHistoryFailed);
-  CreateFileIn(folder, lines);
+  std::optional<std::string> history(log_texts::kHistoryFailed);
+  if (const platform::UniqueFile file = platform::OpenForReading(path)) {
+    std::optional<std::string> bytes = platform::ReadAll(file.get(), kHistoryLimit);
+    const DWORD error = GetLastError();
+    if (!bytes && error != ERROR_FILE_TOO_LARGE) {
+      ReportException(error);
+      return;
+    }
+    if (bytes) history = std::move(bytes);
+  }
+  CreateFileIn(folder, log_text::WithLf(*history));
 }
 
 SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long disposition,

@@ -18,7 +18,8 @@ class SystemLog {
 
   /// Finds or creates the log file and writes the pending text to it, normalised, as UTF-8 without a mark and
   /// with CRLF. After a successful write the pending text is empty and `g_strCurrentLogFile` names the file.
-  /// A missing folder is silent; every other failure becomes an error line and the pending text stays.
+  /// A folder that is missing or cannot be listed is silent; every other failure becomes an error line; the
+  /// pending text stays.
   void OpenSystemLog();
 
   const std::wstring& PendingText() const { return pending_; }
