@@ -41,7 +41,7 @@ export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
 work=$build_root/release-work
 dist=$build_root/dist
 setup=QRTTavrelUtility-$version-setup.exe
-programs=(QRTTavrelUtility.exe)
+programs=(QRTTavrelUtility.exe packcheck.exe)
 rm -rf "$work" "$dist"
 
 # Another depth and length of path each, so that one that gets into a file is seen.
