@@ -1,17 +1,21 @@
-// Measures whole runs of the utility: time from start to end or to the first idle moment of its window, and
-// the memory that it took at most. tavrel_bench [ROUNDS [PROGRAM…]]; other builds of the utility run in the
-// same rounds, turn by turn, so that whatever else the machine does falls on all of them alike.
+// Measures whole runs: tavrel_bench ROUNDS [PROGRAM…], other builds of the utility being PROGRAM…. The
+// utility, the floors and the other builds run in the same rounds, turn by turn, so that whatever else the
+// machine does falls on all of them alike. Prints one line of comma separated values for each measurement:
+//   kind,scene,x,program,round,milliseconds,processor milliseconds,KiB
+// "scene" and "growth" rows are whole runs, "retry" rows one check of many in one window, "facts" rows a
+// program's size in bytes (x), and the libraries that it loads (round).
 #include <windows.h>
 
-#include <psapi.h>
-
-#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "acceptance/driver.h"
-#include "platform/handles.h"
+#include "measure.h"
+#include "resource.h"
 #include "support/text.h"
 
 namespace {
@@ -19,20 +23,14 @@ namespace {
 using support::HttpServer;
 using support::Reply;
 
-constexpr DWORD kLongestRunMs = 60000;
-constexpr unsigned kRounds = 20;
+constexpr char kComplete[] = "CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n";
+constexpr unsigned kMega = 1024 * 1024;
 
-struct Scene {
-  const char* name;
-  const wchar_t* arguments;
-  const char* settings;
-  std::string list;  ///< the body that the server sends
-  bool opens_window = false;
-};
-
-struct Measure {
-  std::vector<double> milliseconds;
-  SIZE_T bytes = 0;  ///< private memory at most, over all rounds
+struct Program {
+  std::string name;
+  std::wstring path;
+  bool check_only = false;  ///< a floor: it knows nothing but one way through a check
+  bool shows_sheet = true;
 };
 
 std::string ListOf(unsigned packs) {
@@ -41,77 +39,158 @@ std::string ListOf(unsigned packs) {
   return list;
 }
 
-double Now() {
-  LARGE_INTEGER count, frequency;
-  QueryPerformanceCounter(&count);
-  QueryPerformanceFrequency(&frequency);
-  return static_cast<double>(count.QuadPart) * 1000.0 / static_cast<double>(frequency.QuadPart);
+void Print(const char* kind, const std::string& scene, unsigned x, const std::string& program, unsigned round,
+           const Measure& measure) {
+  std::printf("%s,%s,%u,%s,%u,%.2f,%.0f,%u\n", kind, scene.c_str(), x, program.c_str(), round,
+              measure.milliseconds, measure.processor_milliseconds, measure.kib);
 }
 
-/// One run; false when it could not be started or did not end in time.
-bool Play(const std::wstring& program, const Scene& scene, Measure& measure) {
-  std::wstring command = L"\"" + program + L"\" " + scene.arguments;
-  STARTUPINFOW start{};
-  start.cb = sizeof start;
-  PROCESS_INFORMATION created{};
-  const double began = Now();
-  if (!CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
-                      &created)) {
-    return false;
+class Bench {
+ public:
+  Bench(unsigned rounds, std::vector<Program> programs) : rounds_(rounds), programs_(std::move(programs)) {
+    stage_.PlaceExecutable(L"15.0.2.7");  // newer than every pack: a check has nothing to tell
+    stage_.WriteSettings(kComplete);
   }
-  const platform::UniqueKernelHandle thread(created.hThread), process(created.hProcess);
-  PROCESS_MEMORY_COUNTERS counters{};
-  const auto look = [&] {
-    if (K32GetProcessMemoryInfo(process.get(), &counters, sizeof counters))
-      measure.bytes = std::max(measure.bytes, counters.PeakPagefileUsage);
-  };
-  bool ended = scene.opens_window && WaitForInputIdle(process.get(), kLongestRunMs) == 0;
-  if (ended) look();
-  // What a process took can be asked only while it runs.
-  while (!ended && Now() - began < kLongestRunMs) {
-    look();
-    ended = WaitForSingleObject(process.get(), 1) == WAIT_OBJECT_0;
+
+  void Facts();
+  void Scenes();
+  void Growth();
+  void Retries();
+
+ private:
+  void Rounds(const char* kind, const std::string& scene, unsigned x, unsigned rounds, Until until,
+              bool with_floors = true);
+  void Grow(const char* what, const std::vector<unsigned>& sizes, const std::function<void(unsigned)>& make);
+  void ClearLogs() const;
+
+  unsigned rounds_;
+  std::vector<Program> programs_;
+  Stage stage_;
+  std::string body_ = ListOf(1);
+  const HttpServer server_{[this](const auto&) { return Reply(200, body_); }};
+};
+
+void Bench::Rounds(const char* kind, const std::string& scene, unsigned x, unsigned rounds, Until until,
+                   bool with_floors) {
+  std::fprintf(stderr, "-- %s, %u: %u rounds\n", scene.c_str(), x, rounds);
+  // The round that comes first finds nothing in the caches, and is not counted.
+  for (unsigned round = 0; round <= rounds; ++round) {
+    for (const Program& program : programs_) {
+      if (program.check_only && !with_floors) continue;
+      if (until == Until::painted && !program.shows_sheet) continue;
+      const auto measure = Play(program.path, until == Until::painted ? L"" : L"2", until);
+      if (!measure) {
+        std::fprintf(stderr, "%s, %s: a run did not end\n", scene.c_str(), program.name.c_str());
+        std::exit(1);
+      }
+      if (round != 0) Print(kind, scene, x, program.name, round, *measure);
+    }
   }
-  if (ended) measure.milliseconds.push_back(Now() - began);
-  TerminateProcess(process.get(), 0);
-  WaitForSingleObject(process.get(), kLongestRunMs);
-  return ended;
+}
+
+void Bench::Facts() {
+  for (const Program& program : programs_) {
+    const auto bytes = static_cast<unsigned>(std::filesystem::file_size(program.path));
+    Print("facts", "silent check", bytes, program.name, CountLibraries(program.path, L"2"), {});
+    if (program.shows_sheet)
+      Print("facts", "sheet", bytes, program.name, CountLibraries(program.path, L""), {});
+  }
+}
+
+void Bench::Scenes() {
+  Rounds("scene", "silent check: 1 pack", 1, rounds_, Until::ended);
+  body_ = ListOf(100000);
+  Rounds("scene", "silent check: 100000 packs", 100000, rounds_, Until::ended);
+  body_ = ListOf(1) + std::string(30 * kMega, ';');
+  Rounds("scene", "silent check: 30 MiB", 30 * kMega, rounds_, Until::ended);
+  body_ = ListOf(1);
+  Rounds("scene", "first painted sheet", 1, rounds_, Until::painted);
+  stage_.WriteSettings("CHECKUPDATES=FALSE\r\n");
+  Rounds("scene", "updates off", 1, rounds_, Until::ended, false);
+  stage_.WriteSettings(kComplete);
+}
+
+void Bench::ClearLogs() const {
+  for (const std::wstring& name : support::FileNames(stage_.LogFolder()))
+    DeleteFileW((stage_.LogFolder() + L"\\" + name).c_str());
+}
+
+void Bench::Grow(const char* what, const std::vector<unsigned>& sizes,
+                 const std::function<void(unsigned)>& make) {
+  for (const unsigned size : sizes) {
+    make(size);
+    Rounds("growth", what, size, std::max(rounds_ / 3, 3U), Until::ended);
+  }
+  ClearLogs();
+  DeleteFileW(stage_.Record().c_str());
+  body_ = ListOf(1);
+}
+
+void Bench::Growth() {
+  Grow("sections of the list", {1, 10, 100, 1000, 10000, 100000, 400000},
+       [this](unsigned packs) { body_ = ListOf(packs); });
+  Grow("bytes of the list", {100, 1000, 10000, 100000, kMega, 4 * kMega, 10 * kMega, 30 * kMega},
+       [this](unsigned bytes) {
+         body_ = ListOf(1);
+         if (bytes > body_.size()) body_ += std::string(bytes - body_.size(), ';');
+       });
+  // Covers the list and is not newer than the product, so that it stays.
+  const std::string record = "15.0.1.0 [Varnexa15_0_1_0]";
+  Grow("bytes of the record", {10, 1000, 10000, 100000, kMega, 4 * kMega, 20 * kMega}, [&](unsigned bytes) {
+    support::WriteBytes(stage_.Record(), (record + std::string(bytes, ' ')).substr(0, bytes));
+  });
+  Grow("log files in the folder", {0, 10, 100, 1000, 10000}, [this](unsigned files) {
+    ClearLogs();
+    for (unsigned i = 0; i < files; ++i) {
+      support::WriteBytes(stage_.LogFolder() + L"\\QRT_15_SystemTavrel_" + std::to_wstring(i) + L".log", "");
+    }
+  });
+  Grow("bytes of the log file", {100, 10000, kMega, 8 * kMega, 64 * kMega}, [this](unsigned bytes) {
+    support::WriteBytes(stage_.LogFolder() + L"\\QRT_15_SystemTavrel_1.log", std::string(bytes, '.'));
+  });
+}
+
+void Bench::Retries() {
+  constexpr unsigned kRetries = 1000;
+  for (const Program& program : programs_) {
+    if (program.check_only) continue;
+    std::fprintf(stderr, "-- %s: %u retries in one window\n", program.name.c_str(), kRetries);
+    const Run run(program.path);
+    run.Answered();
+    const HWND retry = run.Control(IDC_RETRY);
+    DWORD id = 0;
+    GetWindowThreadProcessId(retry, &id);
+    const platform::UniqueKernelHandle process(
+        OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, id));
+    for (unsigned i = 1; i <= kRetries; ++i) {
+      const std::size_t asked = server_.Requests().size();
+      const double began = Now();
+      Ask(retry, BM_CLICK);
+      Ask(retry, WM_NULL);
+      const double took = Now() - began;
+      if (server_.Requests().size() != asked + 1) {
+        std::fprintf(stderr, "retry %u asked the server %zu times\n", i, server_.Requests().size() - asked);
+        std::exit(1);
+      }
+      Print("retry", "retries in one window", i, program.name, 1, {took, 0, PeakMemory(process.get())});
+    }
+  }
 }
 
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
-  const unsigned rounds = count > 1 ? std::wcstoul(arguments[1], nullptr, 10) : kRounds;
-  Stage stage;
-  std::vector<std::wstring> programs{stage.program};
-  for (int i = 2; i < count; ++i) programs.emplace_back(arguments[i]);
-  stage.PlaceExecutable(L"15.0.2.7");  // newer than every pack: a check has nothing to tell
-  std::string body;
-  const HttpServer server([&body](const auto&) { return Reply(200, body); });
-  const Scene scenes[] = {{"updates off", L"2", "CHECKUPDATES=FALSE\r\n", ""},
-                          {"check, 1 pack", L"2", "", ListOf(1)},
-                          {"check, 100,000 packs", L"2", "", ListOf(100000)},
-                          {"check, 30 MiB", L"2", "", ListOf(1) + std::string(30 << 20, ';')},
-                          {"window", L"", "", ListOf(1), true}};
-  std::printf("%-22s %-28s %8s %8s %8s\n", "scene", "program", "median", "longest", "memory");
-  for (const Scene& scene : scenes) {
-    body = scene.list;
-    stage.WriteSettings(scene.settings);
-    std::vector<Measure> measures(programs.size());
-    for (unsigned round = 0; round < rounds; ++round) {
-      for (std::size_t i = 0; i < programs.size(); ++i) {
-        if (Play(programs[i], scene, measures[i])) continue;
-        std::fprintf(stderr, "%s: a run did not end\n", scene.name);
-        return 1;
-      }
-    }
-    for (std::size_t i = 0; i < programs.size(); ++i) {
-      std::vector<double>& times = measures[i].milliseconds;
-      std::sort(times.begin(), times.end());
-      std::printf("%-22s %-28s %5.0f ms %5.0f ms %4u KiB\n", scene.name,
-                  i == 0 ? "this build" : support::Utf8(arguments[i + 1]).c_str(), times[times.size() / 2],
-                  times.back(), static_cast<unsigned>(measures[i].bytes >> 10));
-    }
-  }
+  const unsigned rounds = count > 1 ? std::wcstoul(arguments[1], nullptr, 10) : 20;
+  const std::wstring floors = TAVREL_FLOORS;
+  std::vector<Program> programs{
+      {"utility", TAVREL_UTILITY},
+      {"floor", floors + L"/tavrel_floor.exe", true, false},
+      {"floor with a window's start-up", floors + L"/tavrel_floor_window.exe", true}};
+  for (int i = 2; i < count; ++i) programs.push_back({support::Utf8(arguments[i]), arguments[i]});
+  Bench bench(std::max(rounds, 1U), programs);
+  bench.Facts();
+  bench.Scenes();
+  bench.Growth();
+  bench.Retries();
   return 0;
 }
