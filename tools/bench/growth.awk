@@ -1,10 +1,10 @@
 # The curves of summary.csv as a table: how much longer and larger a run is at the largest input than at the
-# smallest, and the exponent of what it takes longer, between the last two sizes. An input that makes a run less
+# smallest (the shortest run of each), and the exponent of what it takes longer, between the last two sizes. An input that makes a run less
 # than a quarter longer has none: it would be one of the noise.
 $1 != "growth" && $1 != "retry" { next }
 { key = $2 SUBSEP $4 }
-!(key in first) { first[key] = $6; low[key] = $3; small[key] = $9; order[++n] = key }
-{ before[key] = last[key]; x_before[key] = x[key]; last[key] = $6; x[key] = $3; large[key] = $9 }
+!(key in first) { first[key] = $7; low[key] = $3; small[key] = $9; order[++n] = key }
+{ before[key] = last[key]; x_before[key] = x[key]; last[key] = $7; x[key] = $3; large[key] = $9 }
 
 END {
   print "| input | from, to | program | time | memory | exponent of the time |"

@@ -22,6 +22,7 @@ rounds=$2
 } >"$folder/summary.csv"
 
 machine() {
+  # shellcheck disable=SC2016
   printf 'Measured by `tools/bench/run.sh --document %s` on %s, with %s, %s, %s and %s.\n' "$rounds" \
     "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | uniq | head -n 1 | sed 's/([^)]*)//g'), $(nproc) cores" \
     "$(awk '/MemTotal/ { printf "%.0f GiB of memory", $2 / 1048576 }' /proc/meminfo)" \
