@@ -5,6 +5,7 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/profile.h"
+#include "text/text.h"
 #include "update/section_names.h"
 
 namespace {
@@ -16,7 +17,7 @@ constexpr DWORD kWaitMs = 1000;
 
 // No other running utility has this one; what one that was ended left behind is replaced.
 std::wstring OwnName() {
-  return L"updates-" + std::to_wstring(GetCurrentProcessId()) + L".ini";
+  return L"updates-" + text::FormatDecimal(GetCurrentProcessId()) + L".ini";
 }
 
 }  // namespace
