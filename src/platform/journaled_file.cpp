@@ -11,6 +11,7 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/handles.h"
+#include "text/text.h"
 
 namespace platform {
 namespace {
@@ -47,7 +48,7 @@ DWORD Sum(std::string_view bytes) {
 }
 
 std::wstring TurnName(const std::wstring& path) {
-  return L"Local\\Rewriting-" + std::to_wstring(Sum(ToUtf8(path)));
+  return L"Local\\Rewriting-" + text::FormatDecimal(Sum(ToUtf8(path)));
 }
 
 ULONGLONG Time(const FILETIME& time) {
@@ -194,8 +195,8 @@ Journal Settle(const std::wstring& path) {
 /// Calls `write` while the file's old state is kept; without it where no journal can be made, unless that is
 /// because the disk is full and `needed` says that there is something to lose.
 bool Change(const std::wstring& path, const State& before, bool needed, const std::function<bool()>& write) {
-  const std::wstring name = path + L"." + std::to_wstring(GetCurrentProcessId()) + L"-" +
-                            std::to_wstring(GetTickCount()) + kExtension;
+  const std::wstring name = path + L"." + text::FormatDecimal(GetCurrentProcessId()) + L"-" +
+                            text::FormatDecimal(GetTickCount()) + kExtension;
   UniqueFile journal = MakeJournal(name, before);
   if (!journal && needed && GetLastError() == ERROR_DISK_FULL) return false;
   const bool done = write();
