@@ -83,14 +83,14 @@ install_packages() {
     die "$PRETTY_NAME is neither Debian 12 nor 13: go on in one of them (docker run --privileged -it -v" \
       "\"\$PWD:/app\" -w /app debian:12), or install what corresponds to these packages and set" \
       "TAVREL_HAVE_PACKAGES=1: ${missing[*]}"
+  if ((EUID != 0)) && ! { command -v sudo && sudo -- apt-get --version; } >/dev/null; then
+    die "installing packages takes root's rights, and there is no sudo that gives them: have root run" \
+      "scripts/setup.sh, or install ${missing[*]}"
+  fi
   mkdir -p "$build_root"
   : >"$log"
   say "Installing ${#missing[@]} missing packages with apt (some minutes on a fresh machine; log: $log):"
   say "  ${missing[*]}"
-  if ((EUID != 0)); then
-    command -v sudo >/dev/null && sudo -- apt-get --version >/dev/null ||
-      die "installing them takes root's rights, and there is no sudo that gives them: have root run scripts/setup.sh"
-  fi
   if ! dpkg --print-foreign-architectures | grep -qx i386; then
     say "Adding the i386 architecture (32-bit Wine)"
     as_root dpkg --add-architecture i386
