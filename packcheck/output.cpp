@@ -11,6 +11,8 @@ using Texts = std::vector<std::wstring>;
 
 /// Of a longer list, a person reads the beginning.
 constexpr std::size_t kNamesShown = 20;
+/// Where the second column of the table begins, behind the longest version.
+constexpr std::size_t kOutcomeColumn = 23;
 
 std::string Hex(const char* format, char32_t value) {
   char text[16];
@@ -132,10 +134,10 @@ std::string Outcome(const Client& client) {
 /// One row for each version from which on something changes; then what is logged, once for those who are
 /// offered updates and once for the others, since that is all that tells them apart.
 std::string Table(const Report& report) {
-  std::string text = "\nClient version    updates\n";
+  std::string text = "\nClient version         updates\n";
   for (const Client& client : report.table) {
     std::string row = "from " + Point(client.product);
-    row.resize(std::max<std::size_t>(row.size() + 1, 18), ' ');
+    row.resize(kOutcomeColumn, ' ');
     text += row + Outcome(client);
   }
   if (report.table_cut) text += "... and many more changes; ask for one client with --product\n";

@@ -25,12 +25,12 @@ while IFS=';' read -r status arguments input said; do
     failed=1
   fi
 done <<'ROWS'
-0;@/list;;*Packs     1*from 15.0.0.0     offered, exit code 3*from 15.0.2.7     not offered, exit code 3*matching*No warnings.
+0;@/list;;*Packs     1*from 15.0.0.0          offered, exit code 3*from 15.0.2.7          not offered, exit code 3*matching*No warnings.
 1;--json -;[\xe9"]\x1a\n[\tP_1_2];{"heading":"\\\\xE9\\"","packs":\["P_1_2"],"dropped":\[],"newest":{"level":1,"build":2},"client":null,"warnings":\[{"code":"not-ascii","name":"\\\\xE9\\"","text":"*"}]}
 2;@;;packcheck: * is a folder*
 2;@/none;;packcheck: cannot read *
 
-0;--record @/record @/list;;*from 15.0.0.0 *deleted*from 15.0.0.27 *from 15.0.1.0 *from 15.0.1.17 *from 15.0.2.0 *from 15.0.2.7     not offered*
+0;--record @/record @/list;;*from 15.0.0.0 *deleted*from 15.0.0.27 *from 15.0.1.0 *from 15.0.1.17 *from 15.0.2.0 *from 15.0.2.7          not offered*
 0;--json --record @/record --product 15.0.2.6 @/list;;{"heading":"H","packs":\["Varnexa15_0_2_7"],"dropped":\[],"newest":{"level":2,"build":7},"client":{"product":"15.0.2.6","offered":true,"exit_code":1,"record_deleted":true,"log":\["Installer update file exists in local.","Read installer update file completed.","Processed Installer update file exists in local.","Update details found. Exit code 1."]},"warnings":\[]}
 1;--json -;[H]\n[LONG]\n[P_1_2345]\n[P_1_2];{"heading":"H","packs":\["aaa*"],"dropped":\["P_1_2345","P_1_2"],*"code":"beyond-limit","name":"P_1_2345",*
 1;--json -;;{"heading":null,"packs":\[],"dropped":\[],"newest":{"level":0,"build":0},"client":null,"warnings":\[{"code":"no-sections","name":"",*

@@ -48,14 +48,7 @@ std::shared_ptr<void> Obstruct(const std::wstring& what, const std::wstring& fil
   REFUSABLE(CreateDirectoryW, FALSE);
   REFUSABLE(CreateFileW, INVALID_HANDLE_VALUE);
   REFUSABLE(CreateMutexW, nullptr);
-  REFUSABLE(DeleteFileW, FALSE);
-  REFUSABLE(HttpOpenRequestW, nullptr);
-  REFUSABLE(HttpQueryInfoW, FALSE);
-  REFUSABLE(HttpSendRequestW, FALSE);
-  REFUSABLE(InternetCheckConnectionW, FALSE);
   REFUSABLE(InternetConnectW, nullptr);
-  REFUSABLE(InternetOpenW, nullptr);
-  REFUSABLE(InternetReadFile, FALSE);
   REFUSABLE(InternetSetOptionW, FALSE);
   REFUSABLE(PathFileExistsW, FALSE);
   REFUSABLE(RegOpenKeyExW, static_cast<LSTATUS>(code));

@@ -57,36 +57,26 @@ std::string Bytes(View text) {
   return std::string(text.begin(), text.end());
 }
 
-// The publisher is told what the client does.
-void CheckPublished(const CheckFacts& facts, const std::vector<Text>& version, const Decision& decision) {
-  std::string list;
-  for (const Text& name : facts.sections) list += "[" + Bytes(name) + "]\n";
-  const std::string record = Bytes(facts.record.value_or(L""));
-  packcheck::Version product{};
-  for (std::size_t i = 0; i < 4; ++i) product[i] = static_cast<std::uint16_t>(text::ParseDecimal(version[i]));
-  const auto client =
-      packcheck::Examine(list, facts.record ? std::optional<std::string_view>(record) : std::nullopt, product)
-          .client;
-  REQUIRE(client);
-  CHECK(client->offered == decision.offered);
-  CHECK(client->exit_code == decision.exit_code);
-  CHECK(client->record_deleted == decision.removal.has_value());
-  const std::size_t before = (facts.record ? 2u : 0u) + (decision.removal ? 1u : 0u);
-  REQUIRE(client->log.size() == before + decision.entries.size());
-  for (std::size_t i = before; i < client->log.size(); ++i)
-    CHECK(client->log[i] == decision.entries[i - before]);
+Text Tell(int exit_code, std::optional<bool> offered, bool deletes, auto entry, auto end) {
+  Text told = std::to_wstring(exit_code) + (!offered ? L" as before" : *offered ? L" yes" : L" no");
+  for (told += deletes ? L", deletes" : L""; entry != end; ++entry) told.append(L"|").append(*entry);
+  return told;
+}
+
+packcheck::Report Examine(View list, const std::optional<View>& record,
+                          std::optional<packcheck::Version> product) {
+  const std::string record_bytes = Bytes(record.value_or(L""));
+  return packcheck::Examine(Bytes(list),
+                            record ? std::optional<std::string_view>(record_bytes) : std::nullopt, product);
 }
 
 // The bytes of a list, "|" and those of a record.
 Text Warned(View in) {
-  const std::vector<Text> parts = Split(in);
-  const std::string list = Bytes(parts.empty() ? Text() : parts[0]),
-                    record = Bytes(parts.size() > 1 ? parts[1] : L"");
-  const bool has_record = parts.size() > 1;
+  const std::size_t bar = in.find(L'|');
+  std::optional<View> record;
+  if (bar != in.npos) record = in.substr(bar + 1);
   Text codes;
-  for (const auto& warning :
-       packcheck::Examine(list, has_record ? std::optional<std::string_view>(record) : std::nullopt, {})
-           .warnings) {
+  for (const auto& warning : Examine(in.substr(0, bar), record, {}).warnings) {
     const std::string_view code = warning.code;
     codes.append(codes.empty() ? L"" : L" ")
         .append(code.begin(), code.end())
@@ -96,8 +86,7 @@ Text Warned(View in) {
   return codes;
 }
 
-// The record ("-": there is none), the executable's version, the list. The entries as they are logged when a
-// record that is to go can be deleted.
+// The record ("-": there is none), the executable's version, the list. The publisher is told the same.
 Text DecideFor(View in) {
   std::vector<Text> sections = Split(in);
   const Text record = sections[0], version = sections[1];
@@ -110,12 +99,18 @@ Text DecideFor(View in) {
   if (record == L"-") facts.record.reset();
   if (!version.empty()) facts.product_version = text::ParseDecimal(Fold(version));
   const Decision decision = Decide(facts, L"deleted");
-  if (!version.empty()) CheckPublished(facts, fields, decision);
-  Text result = std::to_wstring(decision.exit_code) + (decision.record_covers_list ? L" covered" : L"");
-  result += !decision.offered ? L" as before" : *decision.offered ? L" yes" : L" no";
-  if (decision.removal) result.append(L"|").append(decision.removal->deleted);
-  for (const View entry : decision.entries) result.append(L"|").append(entry);
-  return result;
+  const std::vector<View>& entries = decision.entries;
+  const Text told = Tell(decision.exit_code, decision.offered, decision.removal.has_value(), entries.begin(),
+                         entries.end());
+  if (version.empty()) return told;
+  Text list;
+  for (const Text& name : sections) list += L"[" + name + L"]\n";
+  packcheck::Version product{};
+  for (std::size_t i = 0; i < 4; ++i) product[i] = static_cast<std::uint16_t>(text::ParseDecimal(fields[i]));
+  const packcheck::Client client = *Examine(list, facts.record, product).client;
+  const auto own = client.log.end() - static_cast<std::ptrdiff_t>(entries.size());
+  CHECK(Tell(client.exit_code, client.offered, client.record_deleted, own, client.log.end()) == told);
+  return told;
 }
 
 Text Cut(View path) {
