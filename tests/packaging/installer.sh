@@ -38,7 +38,7 @@ is_gone() { ! quietly "$1"; }
 state() {
   { entry || true; } | sed -n 's/.*DisplayVersion *REG_SZ *\([0-9.]*\).*/entry \1;/p'
   find "$drive" \( -path '*/windows' -o -path '*/AppData' -o -path '*/Temp' \) -prune -o \
-    -type f ! -name '*.lnk' -exec md5sum {} + -o -printf '-  %p\n' |
+    -type f ! -name '*.lnk' ! -name '*.log' -exec md5sum {} + -o -printf '-  %p\n' |
     sed "s|^\(\S*\)  $drive/*|\1  |; s|  $program_files/Varnexa|  programs|; s|  .*/Programs/Varnexa|  menu|
       s|  users/.*/Documents/|  documents/|; s|QRT_15_.*\.log|.log|; s|^\(\S*\)  \(.*\)|\2;\1|"
 }
@@ -49,15 +49,17 @@ new() { wine "$new_setup" "$@"; }
 # The uninstaller works in a copy of itself, unless it is told its folder: what it did is to be waited for.
 remove() {
   wine "$(find "$drive" -name QRTTavrelUtility-uninstall.exe)" "$@" || return
-  [[ $* == *_\?=* ]] || wait_until 20 is_gone entry
+  [[ $* == *_\?=* ]] || wait_until 60 is_gone entry
 }
 # What the entry says, between "|"; sizes and times are left out.
 says() {
   diff <(tr '|' '\n' <<<"$*") <(entry | sed -n "s/\r$//; s/C:.$program_files.Varnexa/programs/
     s/^ *\([A-Z][A-Za-z]*\)  *REG_[A-Z]*  */\1=/p" | sed '/^\(Est\|Seed\)/s/=.*/=/')
 }
-start_utility() { (cd "$program" && exec wine QRTTavrelUtility.exe) & utility=$! && wait_until 20 quietly window; }
-close_utility() { quietly wine taskkill /im QRTTavrelUtility.exe && wait "$utility"; }
+start_utility() { (cd "$program" && exec wine QRTTavrelUtility.exe) & utility=$! && wait_until 60 quietly window; }
+# A window that is busy with its check can miss the wish.
+has_closed() { quietly wine taskkill /im QRTTavrelUtility.exe || true; ! kill -0 "$utility" 2>/dev/null; }
+close_utility() { wait_until 60 has_closed; }
 change_seed() { close_utility && printf 'TIMEOUT=20\r\n' >>"$program/korsa.ini"; }
 foreign_file() { echo mine >"$drive/Tools/Ütility 2/mine.txt"; }
 product_files() { mkdir "$menu" && echo own | tee "$drive/product/korsa.ini" >"$menu/Varnexa 15.0 Update.lnk"; }
@@ -77,8 +79,8 @@ find_update() {
   cp "$repo/demo/updates.ini" "$stage/www/qrt15/"
   sed -e "s|@STAGE@|$stage|; s|@RATE@|0|; s|@ANSWER@||" "$repo/demo/nginx.conf" >"$stage/nginx.conf"
   nginx -c "$stage/nginx.conf" -e "$stage/errors.log" &
-  start_utility && close_utility && cmp "$program/korsa.ini" "$settings/korsa.ini" &&
-    wait_until 10 grep -qs 'Update details found. Exit code 3.' "$logs"/*.log
+  start_utility && wait_until 60 grep -rqs 'Update details found. Exit code 3.' "$logs" &&
+    close_utility && cmp "$program/korsa.ini" "$settings/korsa.ini"
 }
 
 for key in "$uninstall" "$uninstall Tavrel Utility" "$maker"; do
