@@ -13,7 +13,7 @@ set linetype 3 lc rgb '#70a0d0' lw 2 pt 9 ps 0.5
 set grid lc rgb '#d0d0d0'
 
 set output folder . '/growth.svg'
-set multiplot layout 2,3 margins 0.07,0.98,0.1,0.88 spacing 0.08,0.16
+set multiplot layout 2,3 margins 0.07,0.98,0.08,0.83 spacing 0.08,0.16
 unset mxtics
 set xtics rotate by 0
 set logscale xy
