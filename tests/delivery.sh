@@ -16,10 +16,7 @@ done
 grep -q 'file format pei-i386' <<<"$headers" || fail "is not a 32-bit program"
 grep -q '^DllCharacteristics[[:space:]]*0*140$' <<<"$headers" || fail "lacks address randomisation or data execution prevention"
 grep -q '^Subsystem[[:space:]]*0*2[[:space:]]' <<<"$headers" || fail "is not a window program"
-# The library of the compilers after 12 brings more along.
-bound=250
-if (($(i686-w64-mingw32-g++-posix -dumpversion | grep -oE '^[0-9]+') > 12)); then bound=350; fi
-(($(stat -c %s "$program") <= bound * 1024)) || fail "is larger than $bound KiB"
+(($(stat -c %s "$program") <= 250 * 1024)) || fail "is larger than 250 KiB"
 resources=$(i686-w64-mingw32-windres -J coff -O rc "$program" 2>/dev/null)
 version=$(sed -n 's/^#define TAVREL_FILE_VERSION_NUMBERS //p' "$tree/generated/version.h")
 grep -q "FILEVERSION $version" <<<"$resources" || fail "is not of version $version"
