@@ -97,7 +97,6 @@ struct Session {
     server.Start();
   }
   void SlowServer(const Fields& f) { reply.pause_ms = std::stoul(f[1]); }
-  void Product(const Fields& f) { stage.PlaceExecutable(f[1]); }
   void Fact(const Fields& f) {
     const auto key = (f[1] == L"Version" ? support::MakerKey : support::UninstallKey)(support::Layout::two);
     support::SetRegistryText(key, f[1].c_str(), f[2]);
@@ -112,18 +111,22 @@ struct Session {
   }
   void Libraries(const Fields& f) {
     RegDeleteTreeW(HKEY_CURRENT_USER, kLibraryRules);
+    const std::wstring rule = f[1] == L"planted" ? L"native,builtin" : f[1];
     for (const std::wstring& name : support::Split(f[2], L' ')) {
-      RegSetKeyValueW(HKEY_CURRENT_USER, kLibraryRules, name.c_str(), REG_SZ, f[1].c_str(),
-                      static_cast<DWORD>((f[1].size() + 1) * sizeof(wchar_t)));
+      RegSetKeyValueW(HKEY_CURRENT_USER, kLibraryRules, name.c_str(), REG_SZ, rule.c_str(),
+                      static_cast<DWORD>((rule.size() + 1) * sizeof(wchar_t)));
+      if (f[1] == L"planted") support::WriteBytes(stage.ProgramFolder() + L"\\" + name + L".dll", "none");
     }
   }
-  void Start(const Fields& f) {
+  void Begin(const Fields& f) {
     page.clear();
     run.reset();
     run.emplace(stage.program, f[1]);
   }
   void Answered(const Fields&) { REQUIRE(run->Answered()); }
   void Ended(const Fields&) { CHECK(run->End() == "exit code 0"); }
+  void Start(const Fields& f) { Begin(f), Answered(f); }
+  void RunAlone(const Fields& f) { Begin(f), Ended(f); }
   void Press(const Fields& f) { PostMessageW(Control(f[1]), BM_CLICK, 0, 0); }
   void Command(const Fields& f) {
     Ask(GetParent(Control(f[1])), WM_COMMAND, MAKEWPARAM(kControls.at(f[1]), BN_CLICKED));
@@ -225,13 +228,14 @@ struct Session {
 const std::map<std::wstring, void (Session::*)(const Fields&)> kSteps{
     {L"server", &Session::Server},
     {L"slow server", &Session::SlowServer},
-    {L"product", &Session::Product},
     {L"fact", &Session::Fact},
     {L"write", &Session::Write},
     {L"lock", &Session::Lock},
     {L"libraries", &Session::Libraries},
     {L"launch", &Session::Launch},
+    {L"begin", &Session::Begin},
     {L"start", &Session::Start},
+    {L"run", &Session::RunAlone},
     {L"answered", &Session::Answered},
     {L"ended", &Session::Ended},
     {L"press", &Session::Press},
