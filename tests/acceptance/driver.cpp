@@ -43,7 +43,7 @@ Stage::Stage() : Installation(StageFolder(), platform::DocumentsFolder(), platfo
   support::MakeFolder(LogFolder());
   support::CopyOver(TAVREL_UTILITY, program);
   PlaceExecutable(L"15.0.2.5");
-  Install(support::Layout::two, DefaultProduct());
+  Install(support::Layout::two);
   WriteSettings("CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
 }
 

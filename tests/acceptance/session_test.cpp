@@ -72,7 +72,7 @@ std::pair<LRESULT, LRESULT> PlaceIn(HWND log) {
 struct Session {
   Stage stage;
   support::HttpReply reply = Reply(200, kOnePack);
-  support::HttpServer server{[this](const support::HttpRequest&) { return reply; }};
+  support::HttpServer server{[this] { return reply; }};
   std::deque<Run> products;
   std::optional<Run> run;
   HWND save_dialog = nullptr;
@@ -109,13 +109,11 @@ struct Session {
     if (!ReadBytes(program)) support::CopyOver(stage.ProductFolder() + L"\\Qrt.exe", program);
     REQUIRE(products.emplace_back(program).Idle());
   }
-  void Libraries(const Fields& f) {
-    RegDeleteTreeW(HKEY_CURRENT_USER, kLibraryRules);
-    const std::wstring rule = f[1] == L"planted" ? L"native,builtin" : f[1];
-    for (const std::wstring& name : support::Split(f[2], L' ')) {
-      RegSetKeyValueW(HKEY_CURRENT_USER, kLibraryRules, name.c_str(), REG_SZ, rule.c_str(),
-                      static_cast<DWORD>((rule.size() + 1) * sizeof(wchar_t)));
-      if (f[1] == L"planted") support::WriteBytes(stage.ProgramFolder() + L"\\" + name + L".dll", "none");
+  void Plant(const Fields& f) {
+    constexpr wchar_t kRule[] = L"native,builtin";  // files before Wine's own
+    for (const std::wstring& name : support::Split(f[1], L' ')) {
+      RegSetKeyValueW(HKEY_CURRENT_USER, kLibraryRules, name.c_str(), REG_SZ, kRule, sizeof kRule);
+      support::WriteBytes(stage.ProgramFolder() + L"\\" + name + L".dll", "none");
     }
   }
   void Begin(const Fields& f) {
@@ -231,7 +229,7 @@ const std::map<std::wstring, void (Session::*)(const Fields&)> kSteps{
     {L"fact", &Session::Fact},
     {L"write", &Session::Write},
     {L"lock", &Session::Lock},
-    {L"libraries", &Session::Libraries},
+    {L"plant", &Session::Plant},
     {L"launch", &Session::Launch},
     {L"begin", &Session::Begin},
     {L"start", &Session::Start},

@@ -42,7 +42,7 @@ std::shared_ptr<void> StopClock(__time64_t now);
 struct Scene {
   wchar_t letter;  ///< by which the tables name it
   const char* name;
-  const wchar_t* pairs_from;               ///< function from whose first call on two calls fail, or null
+  bool pairs;                              ///< two calls fail as well
   void (*arrange)(support::Machine&);      ///< on top of what every scene finds
   std::wstring (*act)(support::Machine&);  ///< its log entries and messages, "-- " and the results
 };

@@ -4,7 +4,6 @@
 
 #include <shlobj.h>
 #include <shlwapi.h>
-#include <tlhelp32.h>
 #include <wininet.h>
 
 #include <algorithm>
@@ -107,10 +106,12 @@ Functions Watch(std::wstring_view names) {
   ((hooks[std::wstring(text::Trim(split[next++]))] = &Hook<Imported>::function), ...);
   Functions functions;
   for (const auto& row : support::Rows("integration/sweep_functions.txt")) {
-    Function& function = *(functions[support::Utf8(row[0])] = hooks.at(row[0]));
-    function = {function.other, row[0], row[1], {}, row[3], row[4]};
-    std::wistringstream codes(row[2]);
-    for (DWORD code; codes >> code;) function.codes.push_back(code);
+    for (const std::wstring& name : support::Split(row[0], L' ')) {
+      Function& function = *(functions[support::Utf8(name)] = hooks.at(name));
+      function = {function.other, name, row[1], {}, row[3], row[4]};
+      std::wistringstream codes(row[2]);
+      for (DWORD code; codes >> code;) function.codes.push_back(code);
+    }
   }
   return functions;
 }
@@ -119,16 +120,15 @@ Functions Watch(std::wstring_view names) {
 const Functions& Watched() {
   static const Functions functions = WATCH(
       AccessCheck, AddAccessAllowedAce, AllocateAndInitializeSid, CloseHandle, CopyFileW, CreateDirectoryW,
-      CreateFileW, CreateMutexW, CreateToolhelp32Snapshot, DeleteFileW, DuplicateToken, FindClose,
-      FindFirstFileW, FindNextFileW, FormatMessageW, FreeSid, GetFileAttributesW, GetFileInformationByHandle,
-      GetFileVersionInfoSizeW, GetFileVersionInfoW, GetModuleFileNameW, GetPrivateProfileSectionNamesW,
-      GetPrivateProfileStringW, GetTempPathW, HttpOpenRequestW, HttpQueryInfoW, HttpSendRequestW,
-      InitializeAcl, InitializeSecurityDescriptor, InternetCheckConnectionW, InternetCloseHandle,
-      InternetConnectW, InternetOpenW, InternetReadFile, InternetSetOptionW, LockFileEx, OpenProcess,
-      OpenProcessToken, OpenThreadToken, PathAppendW, PathFileExistsW, Process32FirstW, Process32NextW,
-      ReadFile, RegCloseKey, RegOpenKeyExW, RegQueryValueExW, ReleaseMutex, SHGetFolderPathW,
-      SHGetSpecialFolderPathW, SetEndOfFile, SetFileAttributesW, SetFileInformationByHandle, SetFilePointerEx,
-      SetSecurityDescriptorDacl, SetSecurityDescriptorGroup, SetSecurityDescriptorOwner, TerminateProcess,
+      CreateFileW, CreateMutexW, DeleteFileW, DuplicateToken, FindClose, FindFirstFileW, FindNextFileW,
+      FormatMessageW, FreeSid, GetFileAttributesW, GetFileInformationByHandle, GetFileVersionInfoSizeW,
+      GetFileVersionInfoW, GetModuleFileNameW, GetPrivateProfileSectionNamesW, GetPrivateProfileStringW,
+      GetTempPathW, HttpOpenRequestW, HttpQueryInfoW, HttpSendRequestW, InitializeAcl,
+      InitializeSecurityDescriptor, InternetCheckConnectionW, InternetCloseHandle, InternetConnectW,
+      InternetOpenW, InternetReadFile, InternetSetOptionW, LockFileEx, OpenProcessToken, OpenThreadToken,
+      PathAppendW, PathFileExistsW, ReadFile, RegCloseKey, RegOpenKeyExW, RegQueryValueExW, ReleaseMutex,
+      SHGetFolderPathW, SHGetSpecialFolderPathW, SetEndOfFile, SetFileAttributesW, SetFileInformationByHandle,
+      SetFilePointerEx, SetSecurityDescriptorDacl, SetSecurityDescriptorGroup, SetSecurityDescriptorOwner,
       UnlockFileEx, VerQueryValueW, WaitForSingleObject, WriteFile, WritePrivateProfileStringW);
   return functions;
 }

@@ -47,17 +47,15 @@ class Stage {
     CHECK(Unlawful().empty());
   }
 
-  /// Each call with each of its codes, once and for the rest of the run; from one call on also with each
-  /// later call of the run in which it failed, both with their first codes.
+  /// Each call with each of its codes, once and for the rest of the run; in pairs with each later call of the
+  /// run in which it failed, both with their first codes.
   void Sweep() {
-    bool pairs = false;
     for (std::size_t first = 0; first < calls_.size(); ++first) {
       const Call& call = calls_[first];
-      pairs = pairs || (scene_.pairs_from != nullptr && call.function == scene_.pairs_from);
       for (const DWORD code : call.codes) {
         const Run run = Try({{{first, code}}});
         Try({{{first, code}}, true});
-        if (!pairs || code != call.codes[0]) continue;
+        if (!scene_.pairs || code != call.codes[0]) continue;
         for (std::size_t second = first + 1; second < run.calls.size(); ++second) {
           Try({{{first, code}, {second, run.calls[second].codes[0]}}});
         }

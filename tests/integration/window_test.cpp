@@ -4,6 +4,8 @@
 
 #include <commctrl.h>
 #include <objbase.h>
+#include <shellapi.h>
+#include <tlhelp32.h>
 
 #include <algorithm>
 
@@ -46,6 +48,15 @@ struct Sheet : CTavrelSheet {
     CHECK(GetFocus() == GetDlgItem(page, IDC_SAVE_LOG));
     EndDialog(IDOK);
     return true;
+  }
+};
+
+/// The sheet, whose installation is started at once; closed if that does not end it.
+struct LaunchingSheet : CTavrelSheet {
+  using CTavrelSheet::CTavrelSheet;
+  void OnInitDialog() override {
+    PostMessageW(PropSheet_GetCurrentPageHwnd(Handle()), WM_COMMAND, IDC_INSTALL, 0);
+    PostMessageW(Handle(), WM_COMMAND, IDCANCEL, 0);
   }
 };
 
@@ -94,6 +105,29 @@ TEST_CASE("first moments: a log page without the check, a run without its header
     CHECK_MESSAGE(static_cast<std::size_t>(std::count(log.begin(), log.end(), '\n')) == c.log_lines, log);
     CHECK(log.find("Invoke Mode: Regular.") != log.npos);
   }
+}
+
+TEST_CASE("patch verification asks before it launches, or does not launch where no processes can be listed") {
+  support::Machine machine;
+  machine.PlaceExecutable(L"15.0.2.5");
+  CWinApp app;
+  app.Run(GetModuleHandleW(nullptr));
+  std::wstring done;
+  const ImportHook<CreateToolhelp32Snapshot> list("CreateToolhelp32Snapshot", 5, INVALID_HANDLE_VALUE);
+  const ImportHook<MessageBoxW> box("MessageBoxW", [&](auto, auto text, auto...) {
+    done += text;
+    return IDNO;
+  });
+  const ImportHook<ShellExecuteW> shell("ShellExecuteW",
+                                        [&](auto, auto, auto file, auto parameters, auto folder, auto) {
+                                          done += std::wstring(file) + L" " + parameters + L" in " + folder;
+                                          return HINSTANCE{};
+                                        });
+  RunState run;
+  run.LaunchedFromPatchCheck = true;
+  run.IconPath = machine.ProductFolder() + L"\\Qrt.exe";
+  CHECK(LaunchingSheet(run).Run() == IDOK);
+  CHECK(Utf8(done) == Utf8(L"cmd.exe /c \"Qrt.exe /update\" in " + machine.ProductFolder()));
 }
 
 TEST_CASE("a library or a function that is not there crashes, or its call does not say why it failed") {

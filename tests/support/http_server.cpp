@@ -12,18 +12,8 @@ namespace {
 constexpr int kLookMs = 20;
 /// Longest wait for a client: one that is killed can leave its connection open behind it.
 constexpr int kPatienceMs = 3000;
-/// Time for the client to read what was sent: a reset throws away what it has not.
-constexpr DWORD kReadingMs = 500;
 
 }  // namespace
-
-std::string HttpRequest::Header(std::string_view name) const {
-  const std::string start = "\r\n" + std::string(name) + ": ";
-  const std::size_t found = head.find(start);
-  if (found == std::string::npos) return {};
-  const std::size_t value = found + start.size();
-  return head.substr(value, head.find("\r\n", value) - value);
-}
 
 HttpReply Reply(int status, std::string_view body, std::string_view headers) {
   HttpReply reply;
@@ -64,7 +54,7 @@ void HttpServer::Stop() {
   closesocket(listener_);
 }
 
-std::vector<HttpRequest> HttpServer::Requests() const {
+std::vector<std::string> HttpServer::Requests() const {
   const std::lock_guard lock(mutex_);
   return requests_;
 }
@@ -93,32 +83,24 @@ void HttpServer::Run() {
 }
 
 void HttpServer::Serve(std::uintptr_t client) {
-  HttpRequest request;
+  std::string request;
   char block[4096];
-  while (request.head.find("\r\n\r\n") == std::string::npos) {
+  while (request.find("\r\n\r\n") == std::string::npos) {
     const int received = Ready(client, POLLRDNORM) ? recv(client, block, sizeof block, 0) : 0;
     if (received <= 0) return;
-    request.head.append(block, static_cast<std::size_t>(received));
+    request.append(block, static_cast<std::size_t>(received));
   }
   {
     const std::lock_guard lock(mutex_);
     requests_.push_back(request);
   }
-  const HttpReply reply = answer_(request);
-  const std::size_t piece = reply.piece == 0 ? std::max<std::size_t>(reply.bytes.size(), 1) : reply.piece;
-  for (std::size_t sent = 0; sent == 0 || sent < reply.bytes.size(); sent += piece) {
-    for (unsigned waited = 0; waited < reply.pause_ms && !stopping_; waited += 10) Sleep(10);
-    if (!Send(client, std::string_view(reply.bytes).substr(sent, piece))) return;
-  }
+  const HttpReply reply = answer_();
+  for (unsigned waited = 0; waited < reply.pause_ms && !stopping_; waited += 10) Sleep(10);
+  if (!Send(client, reply.bytes)) return;
   for (unsigned i = 0; i < reply.tail_count; ++i) {
     if (!Send(client, reply.tail)) return;
   }
-  if (reply.end == HttpReply::End::silence) Ready(client, POLLRDNORM);
-  const linger at_once{1, 0};
-  if (reply.end == HttpReply::End::reset) {
-    Sleep(kReadingMs);
-    setsockopt(client, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&at_once), sizeof at_once);
-  }
+  if (reply.silent) Ready(client, POLLRDNORM);
 }
 
 bool HttpServer::Send(std::uintptr_t client, std::string_view bytes) const {

@@ -11,21 +11,14 @@
 
 namespace support {
 
-struct HttpRequest {
-  std::string head;  ///< request line and headers
-  /// A header's value; empty when it was not sent.
-  std::string Header(std::string_view name) const;
-};
-
 /// What goes over the wire in answer to one request, byte for byte.
 struct HttpReply {
   std::string bytes;      ///< status line, headers and body
-  std::size_t piece = 0;  ///< bytes sent at a time; 0: all at once
-  unsigned pause_ms = 0;  ///< wait before every piece, the first one included
+  unsigned pause_ms = 0;  ///< wait before them
   std::string tail;       ///< sent `tail_count` times behind `bytes`
   unsigned tail_count = 0;
-  /// `silence`: nothing more comes, until the client has enough of it or three seconds have passed.
-  enum class End { close, reset, silence } end = End::close;
+  /// Nothing more comes, until the client has enough of it or three seconds have passed.
+  bool silent = false;
 };
 
 /// A complete answer with its length and "Connection: close". `headers`: further ones, each with its "\r\n".
@@ -36,11 +29,11 @@ HttpReply Reply(int status, std::string_view body, std::string_view headers = {}
 /// It calls imported functions on its own thread: a hook that counts or fails calls looks at the thread.
 class HttpServer {
  public:
-  using Answer = std::function<HttpReply(const HttpRequest&)>;
+  using Answer = std::function<HttpReply()>;
 
   /// Listens at once on port 80; ends the program when that is taken. `answer` runs on the server's thread.
   explicit HttpServer(Answer answer);
-  explicit HttpServer(HttpReply reply) : HttpServer([reply](const HttpRequest&) { return reply; }) {}
+  explicit HttpServer(HttpReply reply) : HttpServer([reply] { return reply; }) {}
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
   ~HttpServer() { Stop(); }
@@ -49,7 +42,8 @@ class HttpServer {
   /// From here on connections are refused; one that is being served is cut off.
   void Stop();
 
-  std::vector<HttpRequest> Requests() const;
+  /// Request lines and headers.
+  std::vector<std::string> Requests() const;
   /// Those that asked nothing included; all there were, once the server is stopped.
   unsigned Connections() const { return connections_; }
 
@@ -66,7 +60,7 @@ class HttpServer {
   std::atomic<bool> stopping_{false};
   std::atomic<unsigned> connections_{0};
   mutable std::mutex mutex_;
-  std::vector<HttpRequest> requests_;
+  std::vector<std::string> requests_;
   std::thread thread_;
 };
 

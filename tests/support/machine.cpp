@@ -145,23 +145,12 @@ Installation::Installation(std::wstring root, std::wstring documents, std::wstri
   }
 }
 
-Product Installation::DefaultProduct() const {
-  Product product;
-  product.tag_two = ProductFolder() + L"\\Qrt.exe";
-  product.install_path = ProductFolder();
-  return product;
-}
-
-void Installation::Install(Layout layout, const Product& product) {
-  const auto set = [](const std::wstring& key, const wchar_t* name, const std::wstring& text) {
-    MakeRegistryKey(key);
-    if (!text.empty()) SetRegistryText(key, name, text);
-  };
-  set(MakerKey(layout), L"Version", product.version);
-  set(MakerKey(layout), L"Installpath", product.install_path);
-  set(UninstallKey(layout), L"DisplayVersion", product.tag_one);
-  set(UninstallKey(layout), L"DisplayIcon", product.tag_two);
-  set(UninstallKey(layout), L"URLUpdateInfo", product.tag_three);
+void Installation::Install(Layout layout, const std::wstring& address) {
+  SetRegistryText(MakerKey(layout), L"Version", L"15.0");
+  SetRegistryText(MakerKey(layout), L"Installpath", ProductFolder());
+  SetRegistryText(UninstallKey(layout), L"DisplayVersion", L"15.0.2.5");
+  SetRegistryText(UninstallKey(layout), L"DisplayIcon", ProductFolder() + L"\\Qrt.exe");
+  SetRegistryText(UninstallKey(layout), L"URLUpdateInfo", address);
 }
 
 void Installation::PlaceExecutable(std::wstring_view version) {

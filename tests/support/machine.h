@@ -39,15 +39,6 @@ enum class Layout { one, two };  ///< below "SOFTWARE\Wow6432Node", directly bel
 std::wstring MakerKey(Layout layout);
 std::wstring UninstallKey(Layout layout);
 
-/// What an installer registers; an empty fact is left out.
-struct Product {
-  std::wstring version = L"15.0";
-  std::wstring tag_one = L"15.0.2.5";
-  std::wstring tag_two;  ///< "\Qrt.exe" in the product folder
-  std::wstring tag_three = L"http://updates.varnexa.example/patches/updates.ini";
-  std::wstring install_path;
-};
-
 /// A product, its utility and what they use, in folders that whoever makes one has chosen. The folder at the
 /// root goes away first, and in the others what a utility left there.
 class Installation {
@@ -64,9 +55,9 @@ class Installation {
   std::wstring Record() const { return ProductFolder() + L"\\installedupdates.dat"; }
   std::wstring UpdateList() const { return Temp() + L"\\updates.ini"; }
 
-  /// The facts of a product in the product folder.
-  Product DefaultProduct() const;
-  void Install(Layout layout, const Product& product);
+  /// Registers a product in the product folder, as an installer does.
+  void Install(Layout layout,
+               const std::wstring& address = L"http://updates.varnexa.example/patches/updates.ini");
   /// Copies a stand-in executable into the product folder, in place of another one. Its file version is one
   /// of 15.0.0.36, 15.0.1.0, 15.0.2.5 and 15.0.2.7.
   void PlaceExecutable(std::wstring_view version);

@@ -67,7 +67,7 @@ class Bench {
   std::vector<Program> programs_;
   Stage stage_;
   std::string body_ = ListOf(1);
-  const HttpServer server_{[this](const auto&) { return Reply(200, body_); }};
+  const HttpServer server_{[this] { return Reply(200, body_); }};
 };
 
 void Bench::Rounds(const char* kind, const std::string& scene, unsigned x, unsigned rounds, Until until,
