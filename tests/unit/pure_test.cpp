@@ -18,12 +18,12 @@ namespace {
 using Text = std::wstring;
 using View = std::wstring_view;
 
-// Writes down the calls: "/" before a switch, "!" behind the last argument.
+// Writes down the calls: "~" before a switch, "!" behind the last argument.
 class Recorder : public CCommandLineInfo {
  public:
   Text calls;
   void ParseParam(const wchar_t* text, bool is_switch, bool is_last) override {
-    calls.append(is_switch ? L"[/" : L"[").append(text).append(is_last ? L"!]" : L"]");
+    calls.append(is_switch ? L"[~" : L"[").append(text).append(is_last ? L"!]" : L"]");
   }
 };
 
