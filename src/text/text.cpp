@@ -78,17 +78,15 @@ std::int32_t FoldVersion(std::int32_t a, std::int32_t b, std::int32_t c, std::in
   return Saturate(std::int64_t{a} * 1000 + std::int64_t{b} * 100 + std::int64_t{c} * 10 + d);
 }
 
-std::size_t ReplaceAll(std::wstring& value, std::wstring_view from, std::wstring_view to) {
-  if (from.empty()) return 0;
+void ReplaceAll(std::wstring& value, std::wstring_view from, std::wstring_view to) {
+  if (from.empty()) return;
   std::wstring result;
-  std::size_t count = 0;
   std::size_t start = 0;
-  for (std::size_t found; (found = value.find(from, start)) != std::wstring::npos; ++count) {
+  for (std::size_t found; (found = value.find(from, start)) != std::wstring::npos;) {
     result.append(value, start, found - start).append(to);
     start = found + from.size();
   }
-  if (count != 0) value = result.append(value, start);
-  return count;
+  if (start != 0) value = result.append(value, start);
 }
 
 SplitPath SplitAtLastBackslash(std::wstring_view path) {

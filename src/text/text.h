@@ -27,8 +27,8 @@ std::int32_t SecondsToMilliseconds(std::int32_t seconds);
 /// ((a × 10 + b) × 10 + c) × 10 + d, saturating at 32 bits.
 std::int32_t FoldVersion(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d);
 
-/// Replaces every `from` in one pass from the start; returns how many. An empty `from` replaces nothing.
-std::size_t ReplaceAll(std::wstring& value, std::wstring_view from, std::wstring_view to);
+/// Replaces every `from` in one pass from the start. An empty `from` replaces nothing.
+void ReplaceAll(std::wstring& value, std::wstring_view from, std::wstring_view to);
 
 /// A path cut at its last backslash. Without a backslash both parts are empty.
 struct SplitPath {
