@@ -46,21 +46,13 @@ bool Contains(View text, View part) {
 void Numbers(const Text& in) {
   const std::int32_t number = text::ParseDecimal(in);
   assert(text::ParseDecimal(text::FormatDecimal(number)) == number);
-  assert(text::ParseDecimal(L"\u3000" + in) == number);
-  assert(number == text::ParseDecimal(text::Trim(in)));
   assert(text::FoldVersion(number, 0, 0, 0) == text::SecondsToMilliseconds(number));
   assert((text::FoldVersion(number, number, number, number) < 0) == (number < 0));
-  assert(!text::IsTrueText(in) || text::IsBooleanText(in));
 }
 
 void Replacing(const Text& in) {
   std::vector<Text> parts = Split(in);
   const Text from = TakeFirst(parts), to = TakeFirst(parts), whole = TakeFirst(parts);
-  Text result = whole, without = whole;
-  text::ReplaceAll(result, from, to);
-  text::ReplaceAll(without, from, L"");
-  const std::size_t count = from.empty() ? 0 : (whole.size() - without.size()) / from.size();
-  assert(result.size() == without.size() + count * to.size());
   Text log = whole;
   log_text::ReplaceBuildLine(log, from, to);
   assert(log == whole || (Contains(whole, from) && Contains(from, L"NA")));
@@ -77,14 +69,12 @@ void Paths(const Text& in) {
 // A pack above all others is the newest, wherever the list ends.
 void Packs(const Text& in) {
   std::vector<Text> sections = Split(in);
-  LatestPack before{4, 4}, after;
-  FindLatestPack(sections, before);
+  LatestPack latest;
+  FindLatestPack(sections, latest);
   sections.resize(std::max<std::size_t>(sections.size(), 2));
   sections.push_back(L"P_2147483647_2147483647");
-  FindLatestPack(sections, after);
-  assert(after.level == INT32_MAX && after.build == INT32_MAX);
-  assert(IsNewer(after, before.level, before.build) || (before.level & before.build) == INT32_MAX);
-  assert(!IsNewer(before, after.level, after.build) && !IsNewer(before, before.level, before.build));
+  FindLatestPack(sections, latest);
+  assert(latest.level == INT32_MAX && latest.build == INT32_MAX);
 }
 
 // The record ("-": none), the two numbers of the executable (one of them missing: unknown), the list.
@@ -94,12 +84,10 @@ void Decisions(const Text& in) {
   CheckFacts facts{list, {2, 7}, record, 15027, level, build};
   if (record == L"-") facts.record.reset();
   const Decision decision = Decide(facts, L"gone");
-  const bool packs = list.size() > 1, covers = decision.record_covers_list;
-  assert((decision.exit_code == 3) == !facts.record);
-  assert(!covers || (packs && CountRecordedPacks(list, record) + 1 == list.size()));
+  const bool covers = decision.record_covers_list;
+  assert(!covers || CountRecordedPacks(list, record) + 1 == list.size());
   assert(!decision.removal || (covers && ParseRecordVersion(record).value_or(0) > 15027));
-  assert(decision.offered.has_value() == (!packs || covers || (!level.empty() && !build.empty())));
-  assert(!decision.offered.value_or(false) || packs);
+  assert(!decision.offered.value_or(false) || list.size() > 1);
   assert(decision.entries.empty() == !decision.offered);
 }
 
@@ -109,17 +97,6 @@ void Requests(const Text& in) {
   const auto path = RequestPath(address, host);
   assert(path.has_value() == Contains(address, host));
   assert(!path || path->empty() || address.ends_with(*path));
-}
-
-void Sections(const Text& in) {
-  std::vector<Text> names;
-  AppendSectionNames(in, names);
-  Text walked;
-  for (const Text& name : names) walked += name + L'\0';
-  assert(std::count(names.begin(), names.end(), Text()) == 0);
-  assert(in.compare(0, walked.size(), walked) == 0);
-  const Text rest = in.substr(walked.size());
-  assert(rest.empty() || rest[0] == L'\0' || !Contains(rest, Text(1, L'\0')));
 }
 
 void Lists(const Text& in) {
@@ -154,9 +131,8 @@ void Logs(const Text& in) {
 const struct {
   const char* name;
   void (*check)(const Text&);
-} kParsers[] = {{"numbers", Numbers},   {"replacing", Replacing}, {"paths", Paths},
-                {"packs", Packs},       {"decisions", Decisions}, {"requests", Requests},
-                {"sections", Sections}, {"lists", Lists},         {"logs", Logs}};
+} kParsers[] = {{"numbers", Numbers},     {"replacing", Replacing}, {"paths", Paths}, {"packs", Packs},
+                {"decisions", Decisions}, {"requests", Requests},   {"lists", Lists}, {"logs", Logs}};
 
 void (*chosen_check)(const Text&) = nullptr;
 

@@ -57,36 +57,21 @@ std::string Bytes(View text) {
   return std::string(text.begin(), text.end());
 }
 
-Text Tell(int exit_code, std::optional<bool> offered, bool deletes, auto entry, auto end) {
-  Text told = std::to_wstring(exit_code) + (!offered ? L" as before" : *offered ? L" yes" : L" no");
-  for (told += deletes ? L", deletes" : L""; entry != end; ++entry) told.append(L"|").append(*entry);
-  return told;
-}
-
-packcheck::Report Examine(View list, const std::optional<View>& record,
-                          std::optional<packcheck::Version> product) {
-  const std::string record_bytes = Bytes(record.value_or(L""));
-  return packcheck::Examine(Bytes(list),
-                            record ? std::optional<std::string_view>(record_bytes) : std::nullopt, product);
-}
-
 // The bytes of a list, "|" and those of a record.
 Text Warned(View in) {
   const std::size_t bar = in.find(L'|');
-  std::optional<View> record;
-  if (bar != in.npos) record = in.substr(bar + 1);
+  const std::string record = bar == in.npos ? "" : Bytes(in.substr(bar + 1));
+  const auto given = bar == in.npos ? std::nullopt : std::optional<std::string_view>(record);
   Text codes;
-  for (const auto& warning : Examine(in.substr(0, bar), record, {}).warnings) {
+  for (const auto& warning : packcheck::Examine(Bytes(in.substr(0, bar)), given, {}).warnings) {
     const std::string_view code = warning.code;
-    codes.append(codes.empty() ? L"" : L" ")
-        .append(code.begin(), code.end())
-        .append(L":")
-        .append(warning.name);
+    codes.append(codes.empty() ? L"" : L" ").append(code.begin(), code.end());
+    codes.append(L":").append(warning.name);
   }
   return codes;
 }
 
-// The record ("-": there is none), the executable's version, the list. The publisher is told the same.
+// The record ("-": there is none), the executable's version, the list.
 Text DecideFor(View in) {
   std::vector<Text> sections = Split(in);
   const Text record = sections[0], version = sections[1];
@@ -99,17 +84,10 @@ Text DecideFor(View in) {
   if (record == L"-") facts.record.reset();
   if (!version.empty()) facts.product_version = text::ParseDecimal(Fold(version));
   const Decision decision = Decide(facts, L"deleted");
-  const std::vector<View>& entries = decision.entries;
-  const Text told = Tell(decision.exit_code, decision.offered, decision.removal.has_value(), entries.begin(),
-                         entries.end());
-  if (version.empty()) return told;
-  Text list;
-  for (const Text& name : sections) list += L"[" + name + L"]\n";
-  packcheck::Version product{};
-  for (std::size_t i = 0; i < 4; ++i) product[i] = static_cast<std::uint16_t>(text::ParseDecimal(fields[i]));
-  const packcheck::Client client = *Examine(list, facts.record, product).client;
-  const auto own = client.log.end() - static_cast<std::ptrdiff_t>(entries.size());
-  CHECK(Tell(client.exit_code, client.offered, client.record_deleted, own, client.log.end()) == told);
+  Text told = std::to_wstring(decision.exit_code);
+  told += !decision.offered ? L" as before" : *decision.offered ? L" yes" : L" no";
+  if (decision.removal) told.append(L", ").append(decision.removal->deleted);
+  for (const View entry : decision.entries) told.append(L"|").append(entry);
   return told;
 }
 
