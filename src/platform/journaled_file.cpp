@@ -192,20 +192,30 @@ Journal Settle(const std::wstring& path) {
   return GetLastError() == ERROR_NO_MORE_FILES ? left : std::max(left, Journal::unserved);
 }
 
-/// Calls `write` while the file's old state is kept; without it where no journal can be made, unless that is
+/// Calls `write`, and after a failure makes the file what it was, with the last error of the failure.
+/// `right`: the file is as it is to be.
+bool Attempt(const std::wstring& path, const State& before, const std::function<bool()>& write, bool& right) {
+  const bool done = write();
+  const DWORD error = GetLastError();
+  right = done || PutBack(path, before);
+  for (DWORD waited = 0; !right && waited < kWaitMs; waited += kPauseMs) {
+    Sleep(kPauseMs);
+    right = PutBack(path, before);
+  }
+  SetLastError(error);
+  return done;
+}
+
+/// Attempts it while the file's old state is kept; without it where no journal can be made, unless that is
 /// because the disk is full and `needed` says that there is something to lose.
 bool Change(const std::wstring& path, const State& before, bool needed, const std::function<bool()>& write) {
   const std::wstring name = path + L"." + text::FormatDecimal(GetCurrentProcessId()) + L"-" +
                             text::FormatDecimal(GetTickCount()) + kExtension;
   UniqueFile journal = MakeJournal(name, before);
   if (!journal && needed && GetLastError() == ERROR_DISK_FULL) return false;
-  const bool done = write();
+  bool right = false;
+  const bool done = Attempt(path, before, write, right);
   const DWORD error = GetLastError();
-  bool right = done || PutBack(path, before);
-  for (DWORD waited = 0; !right && waited < kWaitMs; waited += kPauseMs) {
-    Sleep(kPauseMs);
-    right = PutBack(path, before);
-  }
   if (journal && right) RemoveJournal(std::move(journal), name);
   SetLastError(error);
   return done;
@@ -235,7 +245,11 @@ bool JournaledFile::CopyFrom(const std::wstring& source) {
   const auto copy = [&] { return CopyFileW(source.c_str(), path_.c_str(), FALSE) != FALSE; };
   const std::optional<std::string> bytes = ReadWholeFile(source, kLimit);
   const std::optional<State> before = bytes && writable_ ? Look(path_, *bytes) : std::nullopt;
-  return before ? Change(path_, *before, false, copy) : copy();
+  if (!before) return copy();
+  if (Change(path_, *before, false, copy)) return true;
+  // The journal may have taken the room that the copy needs.
+  bool right = false;
+  return GetLastError() == ERROR_DISK_FULL && Attempt(path_, *before, copy, right);
 }
 
 }  // namespace platform

@@ -36,14 +36,18 @@ TEST_CASE("a settings file is torn, lost, cut from its links; a journal stays, o
     {
       const auto tear = [&] {
         WriteBytes(file, "[S]\r\n");
-        if (is(L"killed")) holder.emplace(file, FILE_SHARE_READ);
-        return support::Fail(ERROR_DISK_FULL, is(L"quietly") ? TRUE : FALSE);
+        if (!is(L"killed")) return support::Fail(ERROR_DISK_FULL, is(L"quietly") ? TRUE : FALSE);
+        holder.emplace(file, FILE_SHARE_READ);
+        return support::Fail(ERROR_WRITE_FAULT, FALSE);
       };
       const bool torn = is(L"torn") || is(L"killed");
       const ImportHook<WritePrivateProfileStringW> write(
           "WritePrivateProfileStringW", [&](auto... all) { return torn ? tear() : write.original(all...); });
-      const ImportHook<CopyFileW> copy("CopyFileW",
-                                       [&](auto... all) { return torn ? tear() : copy.original(all...); });
+      const ImportHook<CopyFileW> copy("CopyFileW", [&](auto... all) {
+        const bool no_room = is(L"no room beside") && !support::FileNames(folder).empty();
+        if (no_room) return support::Fail(ERROR_DISK_FULL, FALSE);
+        return torn ? tear() : copy.original(all...);
+      });
       const ImportHook<CreateFileW> create("CreateFileW", [&](auto path, auto... all) {
         const bool refused = is(L"no journal") && std::wstring_view(path).ends_with(L".journal");
         if (refused) return support::Fail(is(L"112") ? ERROR_DISK_FULL : 5, INVALID_HANDLE_VALUE);
