@@ -73,8 +73,9 @@ void __throw_out_of_range_fmt(const char*, ...) {
 
 #if _GLIBCXX_RELEASE >= 13
 // From this release on texts keep one function in the library, in an object that throws and catches.
-template void string::_M_replace_cold(char*, size_type, const char*, size_type, size_type);
-template void wstring::_M_replace_cold(wchar_t*, size_type, const wchar_t*, size_type, size_type);
+template void basic_string<char>::_M_replace_cold(char*, size_type, const char*, size_type, size_type);
+template void basic_string<wchar_t>::_M_replace_cold(wchar_t*, size_type, const wchar_t*, size_type,
+                                                     size_type);
 #endif
 
 }  // namespace std
