@@ -75,8 +75,12 @@ std::string Take(const Path& argument, const Path* value, Options& options) {
     options.json = true;
   } else if (argument == "--product" || argument == "--record") {
     if (value == nullptr) return argument.string() + " needs a value behind it";
-    if (argument == "--record") options.record = *value;
-    if (argument == "--product" && !(options.product = ParseVersion(value->string()))) {
+    if (argument == "--record") {
+      options.record = *value;
+      return {};
+    }
+    options.product = ParseVersion(value->string());
+    if (!options.product) {
       return "'" + value->string() + "' is no version: four numbers up to 65535, as in 15.0.2.5";
     }
   } else if (argument.string().starts_with("-") && argument != "-") {
@@ -89,8 +93,8 @@ std::string Take(const Path& argument, const Path* value, Options& options) {
   return {};
 }
 
-int Check(const Options& options) {
-  const packcheck::Input list = packcheck::Read(*options.list, kListSizeLimit);
+int Check(const Path& path, const Options& options) {
+  const packcheck::Input list = packcheck::Read(path, kListSizeLimit);
   if (!list.error.empty()) return Fail(list.error);
   packcheck::Input record;
   if (options.record) record = packcheck::Read(*options.record, kRecordSizeLimit);
@@ -118,7 +122,7 @@ int Run(const std::vector<Path>& arguments) {
   if (!options.list) return FailUse("name the list to be checked, or - for standard input");
   if (options.record == "-" && options.list == "-")
     return FailUse("list and record cannot both be standard input");
-  return Check(options);
+  return Check(*options.list, options);
 }
 
 }  // namespace
