@@ -58,7 +58,7 @@ debian_mirror() {
 # the security archive may step back. The machine's own sources stay as they are, so its next upgrade brings that
 # forward again.
 install_from_release_alone() {
-  local folder=$build_root/apt mirror release
+  local folder=$build_root/apt mirror older release
   read -r mirror release < <(debian_mirror "$1") ||
     die "apt's sources name no mirror of Debian's $1; see $log"
   say "The usual sources do not resolve; trying $release and $release-updates alone, from $mirror"
@@ -71,12 +71,12 @@ install_from_release_alone() {
     -o "Dir::State::Lists=$folder/lists" --allow-downgrades)
   fetch_lists
   install_missing || return
-  say "Packages that had to step back for this, until the next upgrade:" \
-    "$(grep -A 99 'will be DOWNGRADED' "$log" | sed -n 's/^  //p' | tr '\n' ' ')"
+  older=$(grep -A 99 'will be DOWNGRADED' "$log" | sed -n 's/^  //p' | tr '\n' ' ')
+  if [[ -n $older ]]; then say "Packages that had to step back for this, until the next upgrade: $older"; fi
 }
 
 install_packages() {
-  local ID='' PRETTY_NAME='this system' VERSION_CODENAME=''
+  local hook ID='' PRETTY_NAME='this system' VERSION_CODENAME=''
   # shellcheck source=/dev/null
   . /etc/os-release
   [[ $ID == debian && ($VERSION_CODENAME == bookworm || $VERSION_CODENAME == trixie) ]] ||
@@ -100,9 +100,10 @@ install_packages() {
     as_root dpkg --configure -a </dev/null >>"$log" 2>&1 || true
   fi
   if [[ " ${missing[*]} " == *" nginx-light "* ]]; then
-    # Debian starts a web server that it installs; here only sandboxes have one.
-    apt_options+=(-o 'DPkg::Post-Invoke::=if [ -d /run/systemd/system ]; then
-      systemctl --quiet disable --now nginx.service 2>/dev/null || true; fi')
+    # Debian starts a web server that it installs; here only sandboxes have one. In one line: apt hands its
+    # options on in a file, in which a value ends with its line.
+    hook='[ ! -d /run/systemd/system ] || systemctl --quiet disable --now nginx.service 2>/dev/null || true'
+    apt_options+=(-o "DPkg::Post-Invoke::=$hook")
   fi
   say "Fetching the package lists"
   fetch_lists
