@@ -120,6 +120,8 @@ install_packages() {
 
 export DEBIAN_FRONTEND=noninteractive
 apt_options=()
+# Packages that are being unpacked are set up to the end, whatever is pressed; nothing more is begun then.
+trap 'die "interrupted; the next start goes on from here"' INT TERM
 if [[ ${TAVREL_HAVE_PACKAGES-} != 1 ]]; then
   missing=("${packages[@]}")
   if command -v dpkg-query >/dev/null; then mapfile -t missing < <(missing_packages); fi
