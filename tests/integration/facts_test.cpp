@@ -92,7 +92,7 @@ TEST_CASE("settings: the user's file replaced or spoilt; a wrong value or preced
     if (row[1] != L"-") support::WriteBytes(machine.SettingsFile(), FileOf(row[1]));
     if (row[2] != L"-") support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", FileOf(row[2]));
     RunState run;
-    auto hook = Obstruct(row[3]);
+    auto hook = Obstruct(row[3], machine.SettingsFile());
     const std::string decision = run.PrepareServerSettings() ? "check " : "";
     hook.reset();
     CHECK_LOG(run.LogText(), row[7]);

@@ -49,6 +49,5 @@ struct Scene {
 const std::vector<Scene>& Scenes();
 /// What every scene finds: settings, a registered product with its executable, logs, and strangers' files.
 void Furnish(support::Machine& machine);
-inline constexpr char kServedList[] = "[Update Packs for Versions]\r\n[Varnexa15_0_2_7]\r\n";
 
 }  // namespace sweep

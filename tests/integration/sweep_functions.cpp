@@ -7,8 +7,8 @@
 #include <wininet.h>
 
 #include <algorithm>
+#include <climits>
 #include <regex>
-#include <sstream>
 #include <tuple>
 
 #include "support/text.h"
@@ -18,13 +18,16 @@
 namespace sweep {
 namespace {
 
-/// A function that is watched: what code knows of it, and its row.
+/// A failing call's result that is its code.
+constexpr int kCode = INT_MAX;
+
+/// A function that is watched, as Watch takes it.
 struct Function {
   void* other;  ///< what does not stand in the import table: the hook, or the function itself
   std::wstring name{};
-  std::wstring failed{};           ///< the result of a failing call: "code" or a number
-  std::vector<DWORD> codes{};      ///< to fail with; none: only watched
-  std::wstring opens{}, closes{};  ///< kinds of handles
+  int failed{};
+  std::vector<DWORD> codes{};
+  std::wstring handle{};
 };
 
 struct Session {
@@ -52,8 +55,8 @@ DWORD Enter(const Function& function, const std::wstring& subject) {
 }
 
 void Close(const Function& function, INT_PTR handle) {
-  if (function.closes.empty()) return;
-  if (session->open[handle] != function.closes)
+  if (!function.handle.starts_with(L'-')) return;
+  if (session->open[handle] != function.handle.substr(1))
     session->run.disorder += function.name + L" closed another's; ";
   session->open.erase(handle);
 }
@@ -64,8 +67,7 @@ struct Hook;
 template <auto Imported, class Result, class... Arguments>
 struct Hook<Imported, Result(WINAPI*)(Arguments...)> {
   static Result Failure(DWORD code) {
-    return (Result)(INT_PTR)(function.failed == L"code" ? static_cast<int>(code)
-                                                        : std::stoi(function.failed));
+    return (Result)(INT_PTR)(function.failed == kCode ? static_cast<int>(code) : function.failed);
   }
 
   static Result WINAPI Replacement(Arguments... arguments) {
@@ -82,12 +84,12 @@ struct Hook<Imported, Result(WINAPI*)(Arguments...)> {
     Close(function, (INT_PTR)std::get<0>(all));
     const Result result = original(arguments...);
     const DWORD error = GetLastError();
-    const bool done = (function.failed == L"code") == (result == Failure(0));
-    if (done && !function.opens.empty()) {
+    const bool done = (function.failed == kCode) == (result == Failure(0));
+    if (done && function.handle.starts_with(L'+')) {
       INT_PTR handle = (INT_PTR)result;
       const auto last = std::get<sizeof...(Arguments) - 1>(all);
       if constexpr (std::is_pointer_v<std::remove_pointer_t<decltype(last)>>) handle = (INT_PTR)*last;
-      session->open[handle] = function.opens;
+      session->open[handle] = function.handle.substr(1);
     }
     return support::Fail(error, result);
   }
@@ -97,42 +99,74 @@ struct Hook<Imported, Result(WINAPI*)(Arguments...)> {
 
 using Functions = std::map<std::string, Function*>;
 
-/// The functions that have a row, which fills them in.
-template <auto... Imported>
-Functions Watch(std::wstring_view names) {
-  std::map<std::wstring, Function*> hooks;
-  std::size_t next = 0;
-  const std::vector<std::wstring> split = support::Split(names, L',');
-  ((hooks[std::wstring(text::Trim(split[next++]))] = &Hook<Imported>::function), ...);
-  Functions functions;
-  for (const auto& row : support::Rows("integration/sweep_functions.txt")) {
-    for (const std::wstring& name : support::Split(row[0], L' ')) {
-      Function& function = *(functions[support::Utf8(name)] = hooks.at(name));
-      function = {function.other, name, row[1], {}, row[3], row[4]};
-      std::wistringstream codes(row[2]);
-      for (DWORD code; codes >> code;) function.codes.push_back(code);
-    }
-  }
-  return functions;
+std::vector<DWORD> Codes(auto... codes) {
+  return {static_cast<DWORD>(codes)...};
 }
-#define WATCH(...) Watch<__VA_ARGS__>(L"" #__VA_ARGS__)
+
+/// Fills in functions that fail alike: the result of a failing call (the last error is the code in every
+/// case); the codes to fail with, none: only watched; the kind of handle, with "+" that they open, as their
+/// result or into the last argument, with "-" that they close.
+template <auto... Imported>
+void Watch(Functions& watched, std::wstring_view names, int failed, const std::vector<DWORD>& codes,
+           const wchar_t* handle) {
+  const std::vector<std::wstring> split = support::Split(names, L',');
+  auto name = split.begin();
+  const auto watch = [&](Function& function) {
+    function = {function.other, std::wstring(text::Trim(*name++)), failed, codes, handle};
+    watched[support::Utf8(function.name)] = &function;
+  };
+  (watch(Hook<Imported>::function), ...);
+}
 
 const Functions& Watched() {
-  static const Functions functions = WATCH(
-      AccessCheck, AddAccessAllowedAce, AllocateAndInitializeSid, CloseHandle, CopyFileW, CreateDirectoryW,
-      CreateFileW, CreateMutexW, DeleteFileW, DuplicateToken, FindClose, FindFirstFileW, FindNextFileW,
-      FormatMessageW, FreeSid, GetFileAttributesW, GetFileInformationByHandle, GetFileVersionInfoSizeW,
-      GetFileVersionInfoW, GetModuleFileNameW, GetPrivateProfileSectionNamesW, GetPrivateProfileStringW,
-      GetTempPathW, HttpOpenRequestW, HttpQueryInfoW, HttpSendRequestW, InitializeAcl,
-      InitializeSecurityDescriptor, InternetCheckConnectionW, InternetCloseHandle, InternetConnectW,
-      InternetOpenW, InternetReadFile, InternetSetOptionW, LockFileEx, OpenProcessToken, OpenThreadToken,
-      PathAppendW, PathFileExistsW, ReadFile, RegCloseKey, RegOpenKeyExW, RegQueryValueExW, ReleaseMutex,
-      SHGetFolderPathW, SHGetSpecialFolderPathW, SetEndOfFile, SetFileAttributesW, SetFileInformationByHandle,
-      SetFilePointerEx, SetSecurityDescriptorDacl, SetSecurityDescriptorGroup, SetSecurityDescriptorOwner,
-      UnlockFileEx, VerQueryValueW, WaitForSingleObject, WriteFile, WritePrivateProfileStringW);
+  static const Functions functions = [] {
+    Functions watched;
+#define WATCH(failed, codes, handle, ...) Watch<__VA_ARGS__>(watched, L"" #__VA_ARGS__, failed, codes, handle)
+    // Registry, private profiles, folders, paths.
+    WATCH(kCode, Codes(2, 5), L"+key", RegOpenKeyExW);
+    WATCH(kCode, Codes(2, 5), L"", RegQueryValueExW);
+    WATCH(kCode, Codes(), L"-key", RegCloseKey);
+    WATCH(0, Codes(5, 112), L"", WritePrivateProfileStringW, WriteFile);
+    WATCH(0, Codes(5), L"", GetPrivateProfileStringW, GetPrivateProfileSectionNamesW, GetTempPathW,
+          SHGetSpecialFolderPathW);
+    WATCH(kCode, Codes(2147942402), L"", SHGetFolderPathW);
+    WATCH(0, Codes(8), L"", PathAppendW, GetModuleFileNameW);
+    WATCH(0, Codes(2, 5), L"", PathFileExistsW);
+    WATCH(-1, Codes(5), L"", GetFileAttributesW);
+    // Files.
+    WATCH(-1, Codes(2, 5, 32, 112), L"+object", CreateFileW);
+    WATCH(0, Codes(5), L"", ReadFile, SetFilePointerEx, SetEndOfFile, LockFileEx, UnlockFileEx,
+          SetFileAttributesW, CreateDirectoryW, CopyFileW, GetFileInformationByHandle,
+          SetFileInformationByHandle);
+    WATCH(0, Codes(5, 32), L"", DeleteFileW);
+    WATCH(-1, Codes(2, 5), L"+find", FindFirstFileW);
+    WATCH(0, Codes(5, 18), L"", FindNextFileW);
+    WATCH(0, Codes(), L"-find", FindClose);
+    WATCH(0, Codes(), L"-object", CloseHandle);
+    // Version resources, messages. 127, also below: the function was not found.
+    WATCH(0, Codes(127), L"", GetFileVersionInfoSizeW, GetFileVersionInfoW, VerQueryValueW, FormatMessageW);
+    // WinInet.
+    WATCH(0, Codes(12002, 127), L"", InternetCheckConnectionW, HttpSendRequestW, InternetReadFile);
+    WATCH(0, Codes(12007, 127), L"+internet", InternetOpenW);
+    WATCH(0, Codes(12029, 127), L"+internet", InternetConnectW, HttpOpenRequestW);
+    WATCH(0, Codes(12009), L"", InternetSetOptionW);
+    WATCH(0, Codes(122, 12150, 127), L"", HttpQueryInfoW);
+    WATCH(0, Codes(), L"-internet", InternetCloseHandle);
+    // Turns.
+    WATCH(0, Codes(5), L"+object", CreateMutexW);
+    WATCH(kCode, Codes(258, 4294967295), L"", WaitForSingleObject);
+    WATCH(0, Codes(288), L"", ReleaseMutex);
+    // Token and security.
+    WATCH(0, Codes(5), L"+object", OpenThreadToken, OpenProcessToken, DuplicateToken);
+    WATCH(0, Codes(8), L"+sid", AllocateAndInitializeSid);
+    WATCH(0, Codes(), L"-sid", FreeSid);
+    WATCH(0, Codes(5), L"", InitializeAcl, AddAccessAllowedAce, InitializeSecurityDescriptor, AccessCheck,
+          SetSecurityDescriptorDacl, SetSecurityDescriptorGroup, SetSecurityDescriptorOwner);
+#undef WATCH
+    return watched;
+  }();
   return functions;
 }
-#undef WATCH
 
 /// Puts the hooks in, or takes them out again.
 void ExchangeAll() {

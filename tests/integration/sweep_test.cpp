@@ -174,7 +174,8 @@ class Stage {
 
 TEST_CASE("a failing call, or two, crashes the program, leaks, damages a file or says something else") {
   SetUnhandledExceptionFilter(Stage::OnCrash);
-  const support::HttpServer server(support::Reply(200, kServedList));
+  const support::HttpServer server(
+      support::Reply(200, "[Update Packs for Versions]\r\n[Varnexa15_0_2_7]\r\n"));
   tm noon{0, 0, 12, 13, 8, 120, 0, 0, -1};
   const auto clock = StopClock(_mktime64(&noon));
   for (const Scene& scene : Scenes()) {

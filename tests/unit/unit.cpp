@@ -1,9 +1,12 @@
-#define DOCTEST_CONFIG_IMPLEMENT_WITH_MAIN
 #include "unit.h"
+
+#include <doctest.h>
 
 #include <filesystem>
 #include <fstream>
 #include <string>
+
+#include "literal.h"
 
 namespace {
 
@@ -27,18 +30,21 @@ std::wstring Unescape(std::string_view text) {
 
 }  // namespace
 
-void CheckRows(const char* title, std::wstring (*function)(std::wstring_view)) {
-  const std::string heading = std::string("[") + title + "]";
+void CheckRows(const char* name, std::wstring (*function)(std::wstring_view)) {
+  const std::string heading = std::string("[") + name + ": ";
   std::ifstream file(std::filesystem::path(TAVREL_ROWS), std::ios::binary);
+  INFO("table ", heading);
   unsigned rows = 0;
   std::string line;
   for (bool here = false; std::getline(file, line);) {
     const std::size_t arrow = line.rfind(" =>");
-    if (line.starts_with("[") && arrow == line.npos) here = line == heading;
+    if (line.starts_with("[") && arrow == line.npos) here = line.starts_with(heading);
     if (!here || line[0] == '#' || arrow == line.npos) continue;
     INFO("row ", line);
     const std::string_view expected = std::string_view(line).substr(arrow + 3);
-    CHECK(function(Unescape(line.substr(0, arrow))) == Unescape(expected.substr(expected.starts_with(' '))));
+    const std::wstring result = function(Unescape(line.substr(0, arrow)));
+    // Failures show texts as rows have them.
+    CHECK(Literal(result) == Literal(Unescape(expected.substr(expected.starts_with(' ')))));
     ++rows;
   }
   REQUIRE(rows > 0);
