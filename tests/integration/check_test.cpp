@@ -96,16 +96,15 @@ SIZE_T PeakMegabytes() {
 /// "2_3,2_7" as the names of those packs, each between `before` and `after`.
 std::string Packs(const std::wstring& numbers, const std::string& before, const std::string& after) {
   std::string text;
-  for (const std::wstring& pack : support::Split(numbers, L',')) {
-    if (!pack.empty()) text += before + "Varnexa15_0_" + Utf8(pack) + after;
-  }
+  for (const std::wstring& pack : support::Split(numbers, L','))
+    text += before + "Varnexa15_0_" + Utf8(pack) + after;
   return text;
 }
 
 void Furnish(Machine& machine, Setup& setup) {
   const Layout layout = setup[L"layout"] == L"one" ? Layout::one : Layout::two;
   machine.Install(layout, setup[L"address"]);
-  if (setup[L"layout"] == L"both") support::MakeRegistryKey(L"SOFTWARE\\Wow6432Node");
+  if (setup[L"layout"] == L"both") support::SetRegistryText(L"SOFTWARE\\Wow6432Node", L"any", L"");
   for (const std::wstring& key : {support::MakerKey(layout), support::UninstallKey(layout)}) {
     support::RemoveRegistryValue(key, setup[L"missing"].c_str());
   }

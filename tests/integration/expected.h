@@ -9,10 +9,10 @@
 
 namespace expected {
 
-/// The entries of a log, written with "|" between them: words of log_words.txt stand for entries that many
+/// A log, its entries written with "|" between them: words of log_words.txt stand for entries that many
 /// logs have, a leading "@" for the beginning that the registry readers' entries share, "MESSAGE 32" for the
 /// system's text of that error.
-std::vector<std::wstring> Log(std::wstring_view text);
+std::wstring Log(std::wstring_view text);
 
 /// "a=b|c": names with values, or alone.
 std::map<std::wstring, std::wstring> Setup(std::wstring_view text);
@@ -24,4 +24,4 @@ std::map<std::wstring, std::wstring> Setup(std::wstring_view text);
 std::shared_ptr<void> Obstruct(const std::wstring& what, const std::wstring& file = {});
 
 /// The log is exactly these entries.
-#define CHECK_LOG(log, entries) CHECK(support::LogDifference(log, expected::Log(entries)) == "")
+#define CHECK_LOG(log, entries) CHECK(support::Utf8(log) == support::Utf8(expected::Log(entries)))

@@ -49,9 +49,7 @@ TEST_CASE("registered data: wrong place, text, code or fall-back; text read past
   for (const auto& row : Rows("integration/registry.txt")) {
     CAPTURE(Utf8(row[0] + L';' + row[1] + L';' + row[2]));
     const Machine machine;
-    for (const std::wstring& value : Split(row[2], L',')) {
-      if (!value.empty()) SetValue(value);
-    }
+    for (const std::wstring& value : Split(row[2], L',')) SetValue(value);
     RunState run;
     run.RegistryModeOne = row[1] != L"2";
     run.BuildMakerKeyPath();

@@ -31,7 +31,8 @@ bool Has(const std::wstring& report, std::wstring texts, DWORD code = 0) {
   text::ReplaceAll(texts, L"#", std::to_wstring(code));
   text::ReplaceAll(texts, L"|", L"\n\n");
   const std::vector<std::wstring> all = support::Split(texts, L'~');
-  return std::any_of(all.begin(), all.end(), [&](const std::wstring& text) { return In(report, text); });
+  return all.empty() ||
+         std::any_of(all.begin(), all.end(), [&](const std::wstring& text) { return In(report, text); });
 }
 
 /// One scene on its own machine, played again and again with other plans.

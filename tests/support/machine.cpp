@@ -121,10 +121,6 @@ void SetRegistryText(const std::wstring& key, const wchar_t* name, std::wstring_
                    {reinterpret_cast<const char*>(ended.data()), ended.size() * sizeof(wchar_t)});
 }
 
-void MakeRegistryKey(const std::wstring& key) {
-  CreateKey(HKEY_LOCAL_MACHINE, key);
-}
-
 void RemoveRegistryValue(const std::wstring& key, const wchar_t* name) {
   RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), name);
 }

@@ -32,7 +32,6 @@ struct ShareLock : platform::UniqueFile {
 // --- Registry, under HKEY_LOCAL_MACHINE: with a Machine around, its own, else the prefix's.
 void SetRegistryBytes(const std::wstring& key, const wchar_t* name, DWORD type, std::string_view bytes);
 void SetRegistryText(const std::wstring& key, const wchar_t* name, std::wstring_view text);
-void MakeRegistryKey(const std::wstring& key);
 void RemoveRegistryValue(const std::wstring& key, const wchar_t* name);
 
 enum class Layout { one, two };  ///< below "SOFTWARE\Wow6432Node", directly below "SOFTWARE"

@@ -42,40 +42,17 @@ std::string Utf8(std::wstring_view text) {
   return platform::ToUtf8(text);
 }
 
-std::vector<std::wstring> Split(std::wstring_view text, wchar_t separator) {
-  std::vector<std::wstring> parts;
-  for (std::size_t end; (end = text.find(separator)) != text.npos; text.remove_prefix(end + 1)) {
-    parts.emplace_back(text.substr(0, end));
-  }
-  parts.emplace_back(text);
-  return parts;
-}
-
-std::wstring OnThisSystem(std::wstring text) {
+std::vector<std::vector<std::wstring>> Rows(const char* file) {
   static const auto systems = ReadRows("systems.txt");
   static const std::size_t column = SystemColumn();
-  for (const auto& row : systems) text::ReplaceAll(text, L"@" + row[0] + L"@", row[column]);
-  text::ReplaceAll(text, L"@FILEVERSION@", L"" TAVREL_FILE_VERSION);
-  return text;
-}
-
-std::vector<std::vector<std::wstring>> Rows(const char* file) {
   auto rows = ReadRows(file);
   for (auto& row : rows) {
-    for (std::wstring& field : row) field = OnThisSystem(field);
+    for (std::wstring& field : row) {
+      for (const auto& system : systems) text::ReplaceAll(field, L"@" + system[0] + L"@", system[column]);
+      text::ReplaceAll(field, L"@FILEVERSION@", L"" TAVREL_FILE_VERSION);
+    }
   }
   return rows;
-}
-
-std::string LogDifference(std::wstring_view log, const std::vector<std::wstring>& expected) {
-  for (const std::wstring& wanted : expected) {
-    const std::wstring_view entry = log.substr(0, log.find(L"\n\n"));
-    if (entry != wanted || entry.size() == log.size()) {
-      return "is       \"" + Utf8(entry) + "\"\nexpected \"" + Utf8(wanted) + "\"";
-    }
-    log.remove_prefix(entry.size() + 2);
-  }
-  return log.empty() ? std::string() : "more than expected: \"" + Utf8(log) + "\"";
 }
 
 }  // namespace support
