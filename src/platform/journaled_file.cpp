@@ -114,21 +114,6 @@ void RemoveJournal(UniqueFile journal, const std::wstring& path) {
   DeleteFileW(path.c_str());
 }
 
-/// Opened so that others see by trying that it is in use. No handle, with the last error, on failure.
-UniqueFile MakeJournal(const std::wstring& path, const State& state) {
-  UniqueFile journal(CreateFileW(path.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
-                                 FILE_ATTRIBUTE_NORMAL | FILE_FLAG_WRITE_THROUGH, nullptr));
-  if (!journal) return journal;
-  // In one piece, so that it is hardly ever torn.
-  std::string bytes(reinterpret_cast<const char*>(&state.header), sizeof state.header);
-  bytes += state.bytes;
-  if (WriteAll(journal.get(), bytes)) return journal;
-  const DWORD error = GetLastError();
-  RemoveJournal(std::move(journal), path);
-  SetLastError(error);
-  return {};
-}
-
 enum class Journal { none, unserved, in_use };
 
 /// Does what a journal asks for. False when it has to stay, because its bytes could not be put back.
@@ -175,8 +160,8 @@ bool IsJournalNumber(std::wstring_view text) {
 }
 
 /// Puts right what writers left that were ended, and tells what is left of their journals. Where they cannot
-/// be looked for, one may be left.
-Journal Settle(const std::wstring& path) {
+/// be looked for, one may be left. `own` is none of them.
+Journal Settle(const std::wstring& path, const std::wstring& own = {}) {
   WIN32_FIND_DATAW data{};
   const UniqueFind find(FindFirstFileW((path + L".*" + kExtension).c_str(), &data));
   if (!find) return GetLastError() == ERROR_FILE_NOT_FOUND ? Journal::none : Journal::unserved;
@@ -186,18 +171,48 @@ Journal Settle(const std::wstring& path) {
     const std::wstring name = path.substr(0, folder) + data.cFileName;
     const std::wstring stem = name.substr(0, name.rfind(L'.'));
     const bool is_folder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    if (name == own) continue;
     if (is_folder || stem.size() <= path.size() || !IsJournalNumber(stem.substr(path.size() + 1))) continue;
     left = std::max(left, ServeJournal(name, path));
   } while (FindNextFileW(find.get(), &data));
   return GetLastError() == ERROR_NO_MORE_FILES ? left : std::max(left, Journal::unserved);
 }
 
+/// Whether the file is still `before` and nobody else rewrites it, once the journal `own` is there for all to
+/// see: whoever looks later waits, and of two that make theirs at one moment neither goes on.
+bool IsAlone(const std::wstring& path, const State& before, const std::wstring& own) {
+  const bool alone = Settle(path, own) == Journal::none;
+  const std::optional<State> now = alone ? Look(path) : std::nullopt;
+  return now && now->bytes == before.bytes;
+}
+
+/// Opened so that others see by trying that it is in use. No handle, with the last error, on failure; with
+/// `needed` it is one that somebody else rewrites the file (ERROR_SHARING_VIOLATION).
+UniqueFile MakeJournal(const std::wstring& name, const std::wstring& path, const State& before, bool needed) {
+  UniqueFile journal(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
+                                 FILE_ATTRIBUTE_NORMAL | FILE_FLAG_WRITE_THROUGH, nullptr));
+  if (!journal) return journal;
+  DWORD error = ERROR_SHARING_VIOLATION;
+  if (!needed || IsAlone(path, before, name)) {
+    // In one piece, so that it is hardly ever torn.
+    std::string bytes(reinterpret_cast<const char*>(&before.header), sizeof before.header);
+    bytes += before.bytes;
+    if (WriteAll(journal.get(), bytes)) return journal;
+    error = GetLastError();
+  }
+  RemoveJournal(std::move(journal), name);
+  SetLastError(error);
+  return {};
+}
+
 /// Calls `write`, and after a failure makes the file what it was, with the last error of the failure.
 /// `right`: the file is as it is to be.
 bool Attempt(const std::wstring& path, const State& before, const std::function<bool()>& write, bool& right) {
+  SetLastError(ERROR_SUCCESS);
   const bool done = write();
   const DWORD error = GetLastError();
-  right = done || PutBack(path, before);
+  // Behind whoever else has it open nothing was written: what the file is by now is his.
+  right = done || error == ERROR_SHARING_VIOLATION || PutBack(path, before);
   for (DWORD waited = 0; !right && waited < kWaitMs; waited += kPauseMs) {
     Sleep(kPauseMs);
     right = PutBack(path, before);
@@ -207,15 +222,17 @@ bool Attempt(const std::wstring& path, const State& before, const std::function<
 }
 
 /// Attempts it while the file's old state is kept; without it where no journal can be made, unless that is
-/// because the disk is full and `needed` says that there is something to lose.
+/// because the disk is full, or somebody else rewrites the file, and `needed` says that there is something to
+/// lose.
 bool Change(const std::wstring& path, const State& before, bool needed, const std::function<bool()>& write) {
   const std::wstring name = path + L"." + text::FormatDecimal(GetCurrentProcessId()) + L"-" +
                             text::FormatDecimal(GetTickCount()) + kExtension;
-  UniqueFile journal = MakeJournal(name, before);
-  if (!journal && needed && GetLastError() == ERROR_DISK_FULL) return false;
+  UniqueFile journal = MakeJournal(name, path, before, needed);
+  DWORD error = GetLastError();
+  if (!journal && needed && (error == ERROR_DISK_FULL || error == ERROR_SHARING_VIOLATION)) return false;
   bool right = false;
   const bool done = Attempt(path, before, write, right);
-  const DWORD error = GetLastError();
+  error = GetLastError();
   if (journal && right) RemoveJournal(std::move(journal), name);
   SetLastError(error);
   return done;

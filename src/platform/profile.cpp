@@ -45,7 +45,9 @@ void WriteProfileText(const std::wstring& file, const wchar_t* section, const wc
   JournaledFile(file).Rewrite([&](std::string_view before) {
     if (!WritePrivateProfileStringW(section, key, value, file.c_str())) return false;
     const std::optional<std::string> now = ReadWholeFile(file, SIZE_MAX);
-    return !now || HasItsEnd(*now, before, value);
+    if (!now || HasItsEnd(*now, before, value)) return true;
+    SetLastError(ERROR_DISK_FULL);
+    return false;
   });
 }
 

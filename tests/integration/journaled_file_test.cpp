@@ -4,6 +4,7 @@
 
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "platform/journaled_file.h"
 #include "platform/profile.h"
@@ -30,17 +31,22 @@ TEST_CASE("a settings file is torn, lost, cut from its links; a journal stays, o
     if (!is(L"copied")) WriteBytes(file, texts.at(L"old"));
     CreateHardLinkW(link.c_str(), file.c_str(), nullptr);
     const auto beside = support::Split(row[1], L'=');
-    if (beside.size() == 2) WriteBytes(file + L"." + beside[0], support::Utf8(beside[1]));
     std::optional<support::ShareLock> holder;
-    if (is(L"held")) holder.emplace(file + L"." + beside[0]);
+    bool rival = is(L"rival");
+    const auto place_beside = [&] {
+      if (beside.size() == 2) WriteBytes(file + L"." + beside[0], support::Utf8(beside[1]));
+      if (is(L"held") || is(L"rival")) holder.emplace(file + L"." + beside[0]);
+    };
+    if (!rival) place_beside();
     {
       const auto tear = [&] {
-        WriteBytes(file, "[S]\r\n");
+        WriteBytes(file, is(L"busy") ? texts.at(L"edited") : "[S]\r\n");
+        if (is(L"busy")) return support::Fail(ERROR_SHARING_VIOLATION, FALSE);
         if (!is(L"killed")) return support::Fail(ERROR_DISK_FULL, is(L"quietly") ? TRUE : FALSE);
         holder.emplace(file, FILE_SHARE_READ);
         return support::Fail(ERROR_WRITE_FAULT, FALSE);
       };
-      const bool torn = is(L"torn") || is(L"killed");
+      const bool torn = is(L"torn") || is(L"killed") || is(L"busy");
       const ImportHook<WritePrivateProfileStringW> write(
           "WritePrivateProfileStringW", [&](auto... all) { return torn ? tear() : write.original(all...); });
       const ImportHook<CopyFileW> copy("CopyFileW", [&](auto... all) {
@@ -49,7 +55,9 @@ TEST_CASE("a settings file is torn, lost, cut from its links; a journal stays, o
         return torn ? tear() : copy.original(all...);
       });
       const ImportHook<CreateFileW> create("CreateFileW", [&](auto path, auto... all) {
-        const bool refused = is(L"no journal") && std::wstring_view(path).ends_with(L".journal");
+        const bool is_journal = std::wstring_view(path).ends_with(L".journal");
+        if (is_journal && std::exchange(rival, false)) place_beside();
+        const bool refused = is(L"no journal") && is_journal;
         if (refused) return support::Fail(is(L"112") ? ERROR_DISK_FULL : 5, INVALID_HANDLE_VALUE);
         return create.original(path, all...);
       });
