@@ -6,14 +6,12 @@
 #include "framework/wait_cursor.h"
 #include "resource.h"
 #include "settings/run_state.h"
-#include "settings/settings_texts.h"
 #include "text/text.h"
 #include "ui/installer_launch.h"
 #include "ui/launch_parameters.h"
 #include "ui/readable_color.h"
 #include "ui/run_log.h"
 #include "ui/ui_texts.h"
-#include "ui/update_options.h"
 #include "update/check_patch.h"
 #include "update/process_state.h"
 #include "update/sheet_check.h"
@@ -41,7 +39,7 @@ void PatchApply::DoDataExchange(const CDataExchange& exchange) {
 
 bool PatchApply::OnInitDialog() {
   CPropertyPage::OnInitDialog();
-  LoadUpdateOptions();
+  LoadUpdateOptions(run_.SettingsFilePath);
   m_bInteractiveMode = !run_.LaunchedFromPatchCheck;
   if (!m_bInteractiveMode) {
     TakeStartUpResult();
@@ -101,31 +99,6 @@ void PatchApply::OnCommand(int id, int code) {
     default:
       break;
   }
-}
-
-void PatchApply::LoadUpdateOptions() {
-  if (run_.SettingsFilePath.empty()) return;
-  m_bSettingsFileKnown = true;
-  m_strSettingsFile = run_.SettingsFilePath;
-
-  const OptionText check = ReadOption(m_strSettingsFile, settings_texts::kCheckUpdatesKey);
-  m_bCheckOnStartup = check == OptionText::no ? 0 : 1;
-  if (check == OptionText::missing || check == OptionText::malformed) WriteCheckUpdatesKey(true);
-
-  const OptionText hide = ReadOption(m_strSettingsFile, settings_texts::kIgnorePatchErrorKey);
-  m_bHideNetworkErrors = hide == OptionText::yes ? 1 : 0;
-  if (hide == OptionText::missing) WriteIgnorePatchErrorKey(false);
-  // On purpose the other key: a value that cannot be understood switches the check at start-up off and stays
-  // in the file for whoever wrote it.
-  if (hide == OptionText::malformed) WriteCheckUpdatesKey(false);
-}
-
-void PatchApply::WriteCheckUpdatesKey(bool value) {
-  if (m_bSettingsFileKnown) WriteOption(m_strSettingsFile, settings_texts::kCheckUpdatesKey, value);
-}
-
-void PatchApply::WriteIgnorePatchErrorKey(bool value) {
-  if (m_bSettingsFileKnown) WriteOption(m_strSettingsFile, settings_texts::kIgnorePatchErrorKey, value);
 }
 
 void PatchApply::OnCheckAtStartup() {

@@ -6,6 +6,7 @@
 #include "framework/property_page.h"
 #include "ui/link_control.h"
 #include "ui/page_state.h"
+#include "ui/update_options.h"
 
 class RunLog;
 class RunState;
@@ -13,7 +14,7 @@ class SheetUpdateCheck;
 
 /// The sheet's first page: tells what a check found, retries it, keeps the two update options in the settings
 /// file and starts the product's own update.
-class PatchApply : public CPropertyPage {
+class PatchApply : public CPropertyPage, private UpdateOptions {
  public:
   /// All three outlive the page. In patch verification mode (`run.LaunchedFromPatchCheck`) the page shows the
   /// result of the check at start-up; otherwise it runs the sheet's check when it is first shown.
@@ -35,11 +36,6 @@ class PatchApply : public CPropertyPage {
   void OnHideNetworkErrors();
   void OnContinueWithoutUpdates();
   void OnFirstCheck();
-
-  /// Reads both options from the settings file; a missing or malformed value is replaced in the file.
-  void LoadUpdateOptions();
-  void WriteCheckUpdatesKey(bool value);
-  void WriteIgnorePatchErrorKey(bool value);
 
   void TakeStartUpResult();
   void RetryPatchCheck();
@@ -63,15 +59,11 @@ class PatchApply : public CPropertyPage {
   CButton m_btnContinue;
   CSysURL m_ctlMessage;
   bool m_bInteractiveMode = true;
-  bool m_bSettingsFileKnown = false;  ///< the options are written only while it is true
-  std::wstring m_strSettingsFile;
   std::wstring m_strUpdaterFolder;  ///< folder of the product executable, without its last backslash
   std::wstring m_strUpdaterFile;
   std::wstring m_strUpdaterCommand;  ///< parameters for the command interpreter
   CButton m_chkCheckOnStartup;
-  int m_bCheckOnStartup = 1;
   CButton m_chkHideNetworkErrors;
-  int m_bHideNetworkErrors = 0;
   // Patch verification mode: results of the checks so far.
   bool m_bLastCheckFailed = false;
   std::wstring m_strLastCheckError;

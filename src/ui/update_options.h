@@ -2,11 +2,21 @@
 
 #include <string>
 
-/// What the settings file says of one of the two update options.
-enum class OptionText { missing, yes, no, malformed };
+/// The two update options of the settings file, and their writing back.
+struct UpdateOptions {
+  bool m_bSettingsFileKnown = false;  ///< the options are written only while it is true
+  std::wstring m_strSettingsFile;
+  // As a check box has them, 0 or 1.
+  int m_bCheckOnStartup = 1;
+  int m_bHideNetworkErrors = 0;
 
-/// `key` is a key of the program's section. A value of blanks counts as missing, as does one that cannot be
-/// read.
-OptionText ReadOption(const std::wstring& settings_file, const wchar_t* key);
-/// Writes "TRUE" or "FALSE"; a failure is not reported.
-void WriteOption(const std::wstring& settings_file, const wchar_t* key, bool value);
+  /// Reads both options; a missing or malformed value is replaced in the file. A value of blanks counts as
+  /// missing, as does one that cannot be read. With an empty path the options stay as they are.
+  void LoadUpdateOptions(const std::wstring& settings_file);
+  /// Both write "TRUE" or "FALSE"; a failure is not reported.
+  void WriteCheckUpdatesKey(bool value);
+  void WriteIgnorePatchErrorKey(bool value);
+
+ private:
+  void Write(const wchar_t* key, bool value);
+};
