@@ -1,6 +1,6 @@
 #!/bin/bash
 # Sets up, builds and runs every test, natively and under Wine: ./test.sh [CTEST OPTION]…, for example
-# ./test.sh -R record. Ends with ctest's own summary over all of them.
+# ./test.sh -R sweep. Ends with ctest's own summary over all of them.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "${BASH_SOURCE[0]}")/scripts/lib.sh"
