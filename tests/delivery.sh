@@ -1,6 +1,6 @@
 #!/bin/bash
 # What is delivered: tests/delivery.sh BUILD-TREE. Fails when the executable needs a library that somebody
-# could plant beside it, lost its hardening or its version, is not 32-bit, or is not the same when linked again.
+# could plant beside it, lost its hardening or its manifest, or is not the same when linked again.
 set -euo pipefail
 tree=$1
 program=$tree/QRTTavrelUtility.exe
@@ -13,13 +13,9 @@ headers=$(i686-w64-mingw32-objdump -p "$program")
 for library in $(sed -n 's/.*DLL Name: \(.*\)\.[dD][lL][lL]$/\L\1/p' <<<"$headers"); do
   [[ $allowed == *" $library "* ]] || fail "needs $library"
 done
-grep -q 'file format pei-i386' <<<"$headers" || fail "is not a 32-bit program"
-grep -q '^DllCharacteristics[[:space:]]*0*140$' <<<"$headers" || fail "lacks address randomisation or data execution prevention"
+"${0%/*}/../packaging/hardened.sh" "$program" || failed=1
 grep -q '^Subsystem[[:space:]]*0*2[[:space:]]' <<<"$headers" || fail "is not a window program"
 (($(stat -c %s "$program") <= 250 * 1024)) || fail "is larger than 250 KiB"
-resources=$(i686-w64-mingw32-windres -J coff -O rc "$program" 2>/dev/null)
-version=$(sed -n 's/^#define TAVREL_FILE_VERSION_NUMBERS //p' "$tree/generated/version.h")
-grep -q "FILEVERSION $version" <<<"$resources" || fail "is not of version $version"
 for wanted in 'Common-Controls' asInvoker '<dpiAware'; do
   grep -aq "$wanted" "$program" || fail "has no $wanted in its manifest"
 done
