@@ -5,17 +5,15 @@ set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/lib.sh"
 
-if [[ $1 != inside ]]; then
-  # The version before: another program (a stand-in) and another seed.
-  old=$2/tests/packaging/old-$1
-  mkdir -p "$old/generated"
-  sed 's/^\(#define TAVREL_VERSION "\).*/\12.0.2"/' "$2/generated/version.h" >"$old/generated/version.h"
-  sed 's/^TIMEOUT=.*/TIMEOUT=50/' "$2/generated/korsa.ini" >"$old/generated/korsa.ini"
-  old_setup=$("$repo/packaging/installer.sh" "$old" "$2/demo/standin/15.0.2.5/Qrt.exe")
-  new_setup=$("$repo/packaging/installer.sh" "$2")
-  exec "$repo/scripts/sandbox.sh" --name installer --arch "$1" --limit 240 -- "$0" inside "$2" "$old_setup" "$new_setup"
-fi
-build=$2 old_setup=$3 new_setup=$4 stage=$(mktemp -d) failures=0
+if [[ -z ${TAVREL_ROOM-} ]]; then exec "$repo/scripts/sandbox.sh" --name installer --arch "$1" -- "$0" "$@"; fi
+build=$2 stage=$(mktemp -d) failures=0
+# The version before: another program (a stand-in) and another seed.
+old=$build/tests/packaging/old-$1
+mkdir -p "$old/generated"
+sed 's/^\(#define TAVREL_VERSION "\).*/\12.0.2"/' "$build/generated/version.h" >"$old/generated/version.h"
+sed 's/^TIMEOUT=.*/TIMEOUT=50/' "$build/generated/korsa.ini" >"$old/generated/korsa.ini"
+old_setup=$("$repo/packaging/installer.sh" "$old" "$build/demo/standin/15.0.2.5/Qrt.exe")
+new_setup=$("$repo/packaging/installer.sh" "$build")
 trap 'kill $(jobs -p) 2>/dev/null || true' EXIT
 drive=$WINEPREFIX/drive_c branch='HKLM\Software' program_files='Program Files' view=()
 if [[ $WINEARCH == win64 ]]; then
