@@ -1,14 +1,14 @@
-// Hands each input of libFuzzer to all parsers of the pure part. With TAVREL_SHOW in the environment it is
-// also printed, as a row of the unit tests has it.
+// One libFuzzer program for all parsers of the pure part: the first byte of an input tells which of them
+// takes the rest. With TAVREL_SHOW in the environment the rest is printed, as a row of the unit tests has it.
 #undef NDEBUG  // the rules are asserted
 #include <algorithm>
 #include <cassert>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 
 #include "log/log_text.h"
 #include "text/text.h"
-#include "ui/launch_parameters.h"
 #include "ui/log_saving.h"
 #include "unit/literal.h"
 #include "update/decision.h"
@@ -59,7 +59,6 @@ void Replacing(const Text& in) {
 void Paths(const Text& in) {
   const text::SplitPath split = text::SplitAtLastBackslash(in);
   assert(split.has_backslash ? Text(split.folder) + L'\\' + Text(split.file) == in : !Contains(in, L"\\"));
-  assert(LaunchParameters(in) == L"/c \"" + in + L" /update\"");
   const auto saved = SavedLogPath(in);
   assert(saved ? (*saved == in || *saved == in + L".txt") && saved->ends_with(L".txt") : Contains(in, L"."));
 }
