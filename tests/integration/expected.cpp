@@ -50,10 +50,8 @@ std::shared_ptr<void> Obstruct(const std::wstring& what, const std::wstring& fil
   REFUSABLE(CreateFileW, INVALID_HANDLE_VALUE);
   REFUSABLE(CreateMutexW, nullptr);
   REFUSABLE(InternetConnectW, nullptr);
-  REFUSABLE(InternetSetOptionW, FALSE);
   REFUSABLE(PathFileExistsW, FALSE);
   REFUSABLE(RegOpenKeyExW, static_cast<LSTATUS>(code));
   REFUSABLE(SHGetFolderPathW, E_FAIL);
-  REFUSABLE(WriteFile, FALSE);
   std::abort();
 }

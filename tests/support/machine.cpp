@@ -90,12 +90,6 @@ void SetWriteTime(const std::wstring& path, std::uint64_t time) {
 void RemoveTree(const std::wstring& path) {
   std::error_code error;
   fs::remove_all(path, error);
-  if (!error) return;
-  // What is read-only stays, unless it is told otherwise, and would be in a later machine's way.
-  for (const auto& entry : fs::recursive_directory_iterator(path, error)) {
-    SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
-  }
-  fs::remove_all(path, error);
 }
 
 void CopyOver(const std::wstring& from, const std::wstring& to) {
