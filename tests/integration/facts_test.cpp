@@ -20,9 +20,7 @@ using support::Utf8;
 
 namespace {
 
-Layout LayoutOf(bool mode_one) {
-  return mode_one ? Layout::one : Layout::two;
-}
+constexpr Layout kLayouts[] = {Layout::two, Layout::one};
 
 /// "1U DisplayVersion=v": below which key, the name, the text; "#" and its type, "#" and its size in bytes.
 void SetValue(const std::wstring& value) {
@@ -33,7 +31,7 @@ void SetValue(const std::wstring& value) {
   const auto number = [&](std::size_t i, std::size_t usual) {
     return parts.size() > i ? std::stoul(parts[i]) : usual;
   };
-  const Layout layout = LayoutOf(value[0] == L'1');
+  const Layout layout = kLayouts[value[0] == L'1'];
   support::SetRegistryBytes(value[1] == L'M' ? support::MakerKey(layout) : support::UninstallKey(layout),
                             value.substr(3, equals - 3).c_str(), number(1, REG_SZ),
                             {reinterpret_cast<const char*>(text.c_str()), number(2, text.size() * 2 + 2)});
@@ -76,8 +74,8 @@ TEST_CASE("registered data: wrong place, text, code or fall-back; text read past
     }
     CHECK(run.IconPath == (row[0] == L"two" ? row[3] : L"old"));
     CHECK(run.RegistryModeOne == (row[4] == L"1"));
-    CHECK(run.MakerKeyPath == support::MakerKey(LayoutOf(row[4] == L"1")));
-    CHECK(run.UninstallKeyPath == support::UninstallKey(LayoutOf(row[4] == L"1")));
+    CHECK(run.MakerKeyPath == support::MakerKey(kLayouts[row[4] == L"1"]));
+    CHECK(run.UninstallKeyPath == support::UninstallKey(kLayouts[row[4] == L"1"]));
     CHECK_LOG(run.LogText(), row[5]);
   }
 }

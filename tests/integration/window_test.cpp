@@ -8,6 +8,7 @@
 #include <tlhelp32.h>
 
 #include <algorithm>
+#include <vector>
 
 #include "app/tavrel_sheet.h"
 #include "framework/application.h"
@@ -107,27 +108,50 @@ TEST_CASE("first moments: a log page without the check, a run without its header
   }
 }
 
-TEST_CASE("patch verification asks before it launches, or does not launch where no processes can be listed") {
-  support::Machine machine;
-  machine.PlaceExecutable(L"15.0.2.5");
-  CWinApp app;
-  app.Run(GetModuleHandleW(nullptr));
-  std::wstring done;
-  const ImportHook<CreateToolhelp32Snapshot> list("CreateToolhelp32Snapshot", 5, INVALID_HANDLE_VALUE);
-  const ImportHook<MessageBoxW> box("MessageBoxW", [&](auto, auto text, auto...) {
-    done += text;
-    return IDNO;
-  });
-  const ImportHook<ShellExecuteW> shell("ShellExecuteW",
-                                        [&](auto, auto, auto file, auto parameters, auto folder, auto) {
-                                          done += std::wstring(file) + L" " + parameters + L" in " + folder;
-                                          return HINSTANCE{};
-                                        });
-  RunState run;
-  run.LaunchedFromPatchCheck = true;
-  run.IconPath = machine.ProductFolder() + L"\\Qrt.exe";
-  CHECK(LaunchingSheet(run).Run() == IDOK);
-  CHECK(Utf8(done) == Utf8(L"cmd.exe /c \"Qrt.exe /update\" in " + machine.ProductFolder()));
+TEST_CASE("patch verification asks before it launches, leaks, or stops where no processes can be listed") {
+  for (const bool listed : {false, true}) {
+    support::Machine machine;
+    machine.PlaceExecutable(L"15.0.2.5");
+    CWinApp app;
+    app.Run(GetModuleHandleW(nullptr));
+    std::wstring done;
+    std::vector<HANDLE> open;
+    const ImportHook<CreateToolhelp32Snapshot> list("CreateToolhelp32Snapshot", [&](auto... all) {
+      if (!listed) return support::Fail(5, INVALID_HANDLE_VALUE);
+      return open.emplace_back(list.original(all...));
+    });
+    const ImportHook<Process32FirstW> first("Process32FirstW", [](auto, auto* entry) {
+      lstrcpyW(entry->szExeFile, L"Qrt.exe");
+      return TRUE;
+    });
+    const ImportHook<OpenProcess> process("OpenProcess", [&](auto...) {
+      return open.emplace_back(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    });
+    const ImportHook<TerminateProcess> end("TerminateProcess", [&](auto...) {
+      done += L"ended, ";
+      return TRUE;
+    });
+    const ImportHook<CloseHandle> close("CloseHandle", [&](HANDLE handle) {
+      std::erase(open, handle);
+      return close.original(handle);
+    });
+    const ImportHook<MessageBoxW> box("MessageBoxW", [&](auto, auto text, auto...) {
+      done += text;
+      return IDNO;
+    });
+    const ImportHook<ShellExecuteW> shell("ShellExecuteW",
+                                          [&](auto, auto, auto file, auto parameters, auto folder, auto) {
+                                            done += std::wstring(file) + L" " + parameters + L" in " + folder;
+                                            return HINSTANCE{};
+                                          });
+    RunState run;
+    run.LaunchedFromPatchCheck = true;
+    run.IconPath = machine.ProductFolder() + L"\\Qrt.exe";
+    CHECK(LaunchingSheet(run).Run() == IDOK);
+    const std::wstring launched = L"cmd.exe /c \"Qrt.exe /update\" in " + machine.ProductFolder();
+    CHECK(Utf8(done) == Utf8((listed ? L"ended, " : L"") + launched));
+    CHECK(open.empty());
+  }
 }
 
 TEST_CASE("a library or a function that is not there crashes, or its call does not say why it failed") {

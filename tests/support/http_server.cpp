@@ -97,8 +97,7 @@ void HttpServer::Serve(std::uintptr_t client) {
   const HttpReply reply = answer_();
   for (unsigned waited = 0; waited < reply.pause_ms && !stopping_; waited += 10) Sleep(10);
   if (!Send(client, reply.bytes)) return;
-  for (unsigned i = 0; i < reply.tail_count; ++i) {
-    if (!Send(client, reply.tail)) return;
+  while (!reply.tail.empty() && Send(client, reply.tail)) {
   }
   if (reply.silent) Ready(client, POLLRDNORM);
 }

@@ -15,8 +15,7 @@ namespace support {
 struct HttpReply {
   std::string bytes;      ///< status line, headers and body
   unsigned pause_ms = 0;  ///< wait before them
-  std::string tail;       ///< sent `tail_count` times behind `bytes`
-  unsigned tail_count = 0;
+  std::string tail;       ///< sent behind `bytes`, again and again until the client has enough of it
   /// Nothing more comes, until the client has enough of it or three seconds have passed.
   bool silent = false;
 };

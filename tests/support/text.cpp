@@ -8,7 +8,6 @@
 
 #include <windows.h>
 
-#include "platform/files.h"
 #include "text/text.h"
 #include "version.h"
 
@@ -37,10 +36,6 @@ std::size_t SystemColumn() {
 }
 
 }  // namespace
-
-std::string Utf8(std::wstring_view text) {
-  return platform::ToUtf8(text);
-}
 
 std::vector<std::vector<std::wstring>> Rows(const char* file) {
   static const auto systems = ReadRows("systems.txt");

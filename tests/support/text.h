@@ -4,11 +4,12 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/files.h"
 #include "unit/literal.h"
 
 namespace support {
 
-std::string Utf8(std::wstring_view text);
+inline constexpr auto& Utf8 = platform::ToUtf8;
 using ::Split;
 /// The lines of a table, split at ';', of a UTF-8 file named as below the tests' folder: "integration/x.txt".
 /// For @FILEVERSION@ stands the program's own version, and for each name of systems.txt between two '@' what

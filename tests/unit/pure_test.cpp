@@ -157,7 +157,6 @@ const struct {
     {"Equal",
      [](View in) { return Text(text::EqualsIgnoreCase(in.substr(0, 1), in.substr(1)) ? L"equal" : L""); }},
     {"Number", [](View in) { return std::to_wstring(text::ParseDecimal(in)); }},
-    {"Seconds", [](View in) { return std::to_wstring(text::SecondsToMilliseconds(text::ParseDecimal(in))); }},
     {"Fold", Fold},
     {"Cut", Cut},
     {"Arguments", Parse},
