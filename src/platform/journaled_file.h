@@ -34,8 +34,9 @@ class JournaledFile {
   /// Calls `write` with the file's bytes, which rewrites the file or makes a new one, and answers what it
   /// answers, with its last error. After a failure the file is what it was; of one that was missing a
   /// beginning may stay, which nothing tells from somebody else's file. `write` is not called, and the answer
-  /// is false, while another journal is left, and when the file's bytes cannot be kept because it cannot be
-  /// read or the disk is full. Where no other file may be made `write` is called all the same.
+  /// is false, while another journal is left or made at the same moment, and when the file's bytes cannot be
+  /// kept because it cannot be read or the disk is full. Where no other file may be made `write` is called
+  /// all the same.
   bool Rewrite(const std::function<bool(std::string_view before)>& write);
   /// Copies `source` over the file; false, with the last error, for a reason that a plain copy would fail
   /// for as well. After a failure the file is what it was, or missing as it was, unless a journal was left:
