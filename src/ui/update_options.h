@@ -10,8 +10,9 @@ struct UpdateOptions {
   int m_bCheckOnStartup = 1;
   int m_bHideNetworkErrors = 0;
 
-  /// Reads both options; a missing or malformed value is replaced in the file. A value of blanks counts as
-  /// missing, as does one that cannot be read. With an empty path the options stay as they are.
+  /// Reads both options and writes their defaults where they are missing; a value of blanks, or one that
+  /// cannot be read, counts as missing. A malformed check at start-up is replaced, a malformed hiding of
+  /// errors switches that check off and stays. With an empty path the options stay as they are.
   void LoadUpdateOptions(const std::wstring& settings_file);
   /// Both write "TRUE" or "FALSE"; a failure is not reported.
   void WriteCheckUpdatesKey(bool value);

@@ -206,9 +206,9 @@ void Play(bool interactive, const Row& row) {
   Furnish(machine, setup);
   HttpServer server([&] {
     if (setup.contains(L"late")) support::WriteBytes(machine.Record(), Packs(setup.at(L"late"), "", ""));
-    auto reply = Reply(_wtoi(setup[L"status"].c_str()),
+    auto reply = Reply(_wtoi(setup.at(L"status").c_str()),
                        "[Update Packs for Versions]\r\n" + Packs(setup.at(L"packs"), "[", "]\r\n"));
-    if (setup[L"status"] == L"none") reply = {};
+    if (setup.at(L"status") == L"none") reply = {};
     if (setup.contains(L"endless")) reply = {"HTTP/1.1 200 OK\r\n\r\n", 0, std::string(1 << 20, '\n')};
     reply.silent = setup.contains(L"silent");
     if (reply.silent) reply.bytes.resize(setup.at(L"silent") == L"body" ? reply.bytes.size() - 1 : 0);
