@@ -1,0 +1,27 @@
+#include "platform/wait.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+namespace platform {
+namespace {
+
+constexpr DWORD kPauseMs = 20;
+
+}  // namespace
+
+bool WaitFor(const std::function<bool()>& attempt) {
+  while (!attempt()) {
+    if (g_nWaitLeftMs == 0) return false;
+    const DWORD error = GetLastError();
+    const ULONGLONG start = GetTickCount64();
+    Sleep(std::min<DWORD>(kPauseMs, g_nWaitLeftMs));
+    // A process that got no processor for a while has waited all the same.
+    g_nWaitLeftMs -= std::min<DWORD>(static_cast<DWORD>(GetTickCount64() - start) + 1, g_nWaitLeftMs);
+    SetLastError(error);
+  }
+  return true;
+}
+
+}  // namespace platform
