@@ -1,11 +1,14 @@
 #!/bin/bash
-# Fails unless every FILE is a Windows program with address randomisation (0x40) and data execution prevention
-# (0x100):   packaging/hardened.sh FILE…
+# Fails unless every FILE is a Windows program with address randomisation (0x40), data execution prevention (0x100),
+# no terminal server compatibility layer (0x8000) and subsystem version 6.1:   packaging/hardened.sh FILE…
 set -euo pipefail
 for file; do
-  flags=$(i686-w64-mingw32-objdump -p "$file" 2>/dev/null | sed -n 's/^DllCharacteristics\s*\([0-9a-f]*\)$/\1/p')
-  if (((0x${flags:-0} & 0x140) != 0x140)); then
-    echo "$file lacks address randomisation or data execution prevention" >&2
+  headers=$(i686-w64-mingw32-objdump -p "$file" 2>/dev/null || true)
+  field() { sed -n "s/^$1\\s*\\([0-9a-f]*\\)\$/\\1/p" <<<"$headers"; }
+  flags=$(field DllCharacteristics)
+  version=$(field MajorSubsystemVersion).$(field MinorSubsystemVersion)
+  if (((0x${flags:-0} & 0x8140) != 0x8140)) || [[ $version != 6.1 ]]; then
+    echo "$file: characteristics 0x${flags:-0}, subsystem $version; wanted 0x8140, 6.1" >&2
     exit 1
   fi
 done

@@ -33,6 +33,7 @@ ManifestDPIAware true
 
 Name "${NAME}"
 OutFile "${OUTPUT}"
+PESubsysVer 6.1
 ; Empty, so that a folder given by /D= can be told from none.
 InstallDir ""
 BrandingText "${PUBLISHER}"

@@ -42,9 +42,9 @@ UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition) {
                                 disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
-UniqueFile OpenForReading(const std::wstring& path) {
-  return UniqueFile(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+UniqueFile OpenForReading(const std::wstring& path, DWORD share) {
+  return UniqueFile(
+      CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 std::optional<std::string> ReadAll(HANDLE file, std::size_t limit) {

@@ -12,8 +12,8 @@ namespace platform {
 
 /// Opens for writing, shared for reading and writing. `disposition` as for CreateFileW.
 UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition);
-/// Opens for reading, shared for reading and writing.
-UniqueFile OpenForReading(const std::wstring& path);
+/// Opens for reading. `share`: the accesses that other handles may have.
+UniqueFile OpenForReading(const std::wstring& path, DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE);
 /// The bytes from where the file stands to its end; nothing when they cannot be read or are more than `limit`
 /// (last error says why: ERROR_FILE_TOO_LARGE for the limit).
 std::optional<std::string> ReadAll(HANDLE file, std::size_t limit);

@@ -242,7 +242,7 @@ bool Change(const std::wstring& path, const State& before, bool needed, const st
 
 JournaledFile::JournaledFile(const std::wstring& path) : path_(path), turn_(TurnName(path).c_str()) {
   const DWORD start = GetTickCount();
-  turn_.Take(kWaitMs);
+  turn_.Take();
   // Also without the turn, or when the writer belongs to another session, which has turns of its own.
   Journal left = Settle(path_);
   for (; left == Journal::in_use && GetTickCount() - start < kWaitMs; left = Settle(path_)) Sleep(kPauseMs);

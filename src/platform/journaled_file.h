@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/shared_turn.h"
+#include "platform/named_mutex.h"
 
 namespace platform {
 
@@ -45,7 +45,7 @@ class JournaledFile {
 
  private:
   const std::wstring path_;
-  SharedTurn turn_;
+  NamedMutex turn_;
   bool writable_;  ///< no journal is left: nobody rewrites the file, and it is whole
 };
 

@@ -39,19 +39,19 @@ void RegistryFacts::BuildUninstallKeyPath() {
   UninstallKeyPath = UninstallKey(RegistryModeOne);
 }
 
-void RegisteredData::Report(std::wstring_view text, std::int32_t code) {
+void RegisteredDataEntries::Report(std::wstring_view text, std::int32_t code) {
   if (text.empty()) return;
   log_.Append(text);
   log_.Append(std::wstring(log_texts::kError).append(text::FormatDecimal(code)));
 }
 
-void RegisteredData::SetMode(bool mode_one) {
+void RegisteredDataEntries::SetMode(bool mode_one) {
   facts_.RegistryModeOne = mode_one;
   facts_.BuildMakerKeyPath();
   facts_.BuildUninstallKeyPath();
 }
 
-bool RegisteredData::IdentifyRegistryMode() {
+bool RegisteredDataEntries::IdentifyRegistryMode() {
   LSTATUS error = ERROR_SUCCESS;
   const platform::UniqueRegistryKey key = platform::OpenMachineKey(std::wstring(kModeTestKey), error);
   if (key) {
@@ -65,15 +65,15 @@ bool RegisteredData::IdentifyRegistryMode() {
   return facts_.RegistryModeOne;
 }
 
-void RegisteredData::ReadTagOne() {
+void RegisteredDataEntries::ReadTagOne() {
   Read(registered_texts::kTagOne, TagOne);
 }
 
-void RegisteredData::ReadClientVersion() {
+void RegisteredDataEntries::ReadClientVersion() {
   Read(registered_texts::kClientVersion, ClientVersion);
 }
 
-void RegisteredData::ReadTagTwo() {
+void RegisteredDataEntries::ReadTagTwo() {
   std::wstring value;
   Read(registered_texts::kTagTwo, value);
   if (value.empty()) return;
@@ -81,26 +81,27 @@ void RegisteredData::ReadTagTwo() {
   facts_.IconPath = value;
 }
 
-void RegisteredData::ReadTagThree() {
+void RegisteredDataEntries::ReadTagThree() {
   Read(registered_texts::kTagThree, TagThree);
 }
 
-void RegisteredData::ReadInstallPath() {
+void RegisteredDataEntries::ReadInstallPath() {
   Read(registered_texts::kInstallPath, facts_.InstallPath);
 }
 
-void RegisteredData::ReadInstallPathLogged() {
+void RegisteredDataEntries::ReadInstallPathLogged() {
   Read(registered_texts::kInstallPathLogged, facts_.InstallPath);
 }
 
-void RegisteredData::Read(const RegisteredReader& reader, std::wstring& field) {
+void RegisteredDataEntries::Read(const RegisteredReader& reader, std::wstring& field) {
   const Reading reading = ReadFirst(reader, field);
   if (reading == Reading::missing && reader.falls_back && facts_.RegistryModeOne) {
     ReadAlternative(reader, field);
   }
 }
 
-RegisteredData::Reading RegisteredData::ReadFirst(const RegisteredReader& reader, std::wstring& field) {
+RegisteredDataEntries::Reading RegisteredDataEntries::ReadFirst(const RegisteredReader& reader,
+                                                                std::wstring& field) {
   LSTATUS error = ERROR_SUCCESS;
   const platform::UniqueRegistryKey key =
       platform::OpenMachineKey(reader.maker_key ? facts_.MakerKeyPath : facts_.UninstallKeyPath, error);
@@ -120,7 +121,7 @@ RegisteredData::Reading RegisteredData::ReadFirst(const RegisteredReader& reader
   return Reading::done;
 }
 
-void RegisteredData::ReadAlternative(const RegisteredReader& reader, std::wstring& field) {
+void RegisteredDataEntries::ReadAlternative(const RegisteredReader& reader, std::wstring& field) {
   LSTATUS error = ERROR_SUCCESS;
   const platform::UniqueRegistryKey key =
       platform::OpenMachineKey(reader.maker_key ? MakerKey(false) : UninstallKey(false), error);
@@ -139,14 +140,14 @@ void RegisteredData::ReadAlternative(const RegisteredReader& reader, std::wstrin
   SetMode(false);
 }
 
-void RegisteredData::Store(const std::wstring& value, std::wstring& field, std::wstring_view found,
-                           std::wstring_view empty) {
+void RegisteredDataEntries::Store(const std::wstring& value, std::wstring& field, std::wstring_view found,
+                                  std::wstring_view empty) {
   if (!value.empty()) field = value;
   const std::wstring_view text = value.empty() ? empty : found;
   if (!text.empty()) log_.Append(text);
 }
 
-std::wstring RegisteredData::FindProductExecutable() const {
+std::wstring RegisteredDataEntries::FindProductExecutable() const {
   // The second name matters where file names are told apart by case.
   for (const wchar_t* name : {L"\\Qrt.exe", L"\\qrt.exe"}) {
     std::wstring path = GetInstallPath() + name;
@@ -155,7 +156,7 @@ std::wstring RegisteredData::FindProductExecutable() const {
   return {};
 }
 
-void RegisteredData::ReadProductFileVersion() {
+void RegisteredDataEntries::ReadProductFileVersion() {
   const std::wstring path = FindProductExecutable();
   if (path.empty()) return;
   if (const auto version = platform::ReadFileVersion(path)) {
@@ -163,7 +164,7 @@ void RegisteredData::ReadProductFileVersion() {
   }
 }
 
-void RegisteredData::ReadProductVersionNumber() {
+void RegisteredDataEntries::ReadProductVersionNumber() {
   const std::wstring path = FindProductExecutable();
   if (path.empty()) return;
   const auto version = platform::ReadFileVersion(path);

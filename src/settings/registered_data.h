@@ -11,9 +11,9 @@ struct RegisteredReader;
 
 /// The facts that the product's installer recorded, as one check reads them. Every operation logs to the sink
 /// it was made with; a failure is logged with its code and leaves the field as it was.
-class RegisteredData {
+class RegisteredDataEntries {
  public:
-  RegisteredData(RegistryFacts& facts, LogSink& log) : facts_(facts), log_(log) {}
+  RegisteredDataEntries(RegistryFacts& facts, LogSink& log) : facts_(facts), log_(log) {}
 
   std::wstring TagOne;              ///< "DisplayVersion"
   std::wstring TagTwo;              ///< "DisplayIcon": full path of the product executable

@@ -51,7 +51,6 @@ bool IsBooleanText(std::wstring_view value) {
 }
 
 std::int32_t ParseDecimal(std::wstring_view value) {
-  while (!value.empty() && IsWhiteSpace(value.front())) value.remove_prefix(1);
   bool negative = false;
   if (!value.empty() && (value.front() == L'-' || value.front() == L'+')) {
     negative = value.front() == L'-';

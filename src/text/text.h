@@ -16,8 +16,8 @@ bool IsBooleanText(std::wstring_view value);
 /// True for "TRUE" in any case.
 bool IsTrueText(std::wstring_view value);
 
-/// Leading white space, an optional sign, decimal digits up to the first other character; 0 when there is
-/// no digit. Values outside 32 bits saturate.
+/// An optional sign, decimal digits up to the first other character, which a blank is as well; 0 when there
+/// is no digit. Values outside 32 bits saturate.
 std::int32_t ParseDecimal(std::wstring_view value);
 /// `value` in decimal digits, behind a minus where it is negative. (The standard library's own brings its
 /// whole printf into the program.)

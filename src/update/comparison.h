@@ -16,7 +16,7 @@
 /// members below.
 class Comparison {
  public:
-  Comparison(RegisteredData& product, Exchange& exchange, const CheckVariant& variant, LogSink& log)
+  Comparison(RegisteredDataEntries& product, Exchange& exchange, const CheckVariant& variant, LogSink& log)
       : product_(product), exchange_(exchange), variant_(variant), log_(log) {}
 
   std::int32_t LatestBuild = 0;
@@ -41,7 +41,7 @@ class Comparison {
   void DeleteRecord(const Decision::Removal& removal, const std::wstring& path);
   void SetUpdatesAvailable(bool available);
 
-  RegisteredData& product_;
+  RegisteredDataEntries& product_;
   Exchange& exchange_;
   const CheckVariant& variant_;
   LogSink& log_;

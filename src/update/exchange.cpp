@@ -91,7 +91,10 @@ void Exchange::DownloadUpdateList(std::vector<std::wstring>& sections) {
     log_.Append(update_texts::kCopiedMissing);
     return;
   }
-  file.ReadNames(sections);
+  if (!file.ReadNames(sections)) {
+    ReportFailure(update_texts::kFileReadFailed, GetLastError());
+    return;
+  }
   SetCheckFailed(false);
   SetErrorText(pending_error);
 }
@@ -127,7 +130,7 @@ bool Exchange::FetchToFile(const std::wstring& path, ListFile& file, std::wstrin
       wininet::InternetConnectW(root.get(), settings_.UpdateLocation.c_str(), INTERNET_DEFAULT_HTTP_PORT, L"",
                                 L"", INTERNET_SERVICE_HTTP, 0, 0));
   if (!connection) return fail(update_texts::kConnectFailed);
-  // Not every version of the library hands it down from the root. What became of it there has been logged.
+  // Wine 8 ignores the time-out on the root handle. A failure there has been logged.
   wininet::InternetSetOptionW(connection.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
 
   const wchar_t* accepted[] = {L"text/*", nullptr};
@@ -135,6 +138,9 @@ bool Exchange::FetchToFile(const std::wstring& path, ListFile& file, std::wstrin
       wininet::HttpOpenRequestW(connection.get(), L"GET", path.c_str(), nullptr, nullptr, accepted,
                                 INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, 0));
   if (!request) return fail(update_texts::kOpenRequestFailed);
+  // A redirection to a name without dots counts as the local intranet, where the library would log on with
+  // the user's credentials. Wine and Windows before Internet Explorer 8 do not know the option.
+  wininet::InternetSetOptionW(request.get(), INTERNET_OPTION_SUPPRESS_SERVER_AUTH, nullptr, 0);
   if (!wininet::HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0))
     return fail(update_texts::kSendRequestFailed);
   if (!CheckStatus(request.get(), pending_error)) return false;
@@ -163,8 +169,7 @@ bool Exchange::CheckStatus(void* request, std::wstring& pending_error) {
 }
 
 bool Exchange::CopyBody(void* request, ListFile& file) {
-  const platform::UniqueFile local = file.Create();
-  if (!local) {
+  if (!file.Create()) {
     ReportFailure(update_texts::kFileFailed, GetLastError());
     return false;
   }
@@ -177,16 +182,18 @@ bool Exchange::CopyBody(void* request, ListFile& file) {
       ReportFailure(update_texts::kFileReadFailed, GetLastError());
       return false;
     }
-    if (read == 0) return true;
+    if (read == 0) break;
     copied += read;
     const bool late = GetTickCount64() - start > kBodyWaitMs;
     if (late || copied > kListSizeLimit) {
       ReportFailure(update_texts::kFileReadFailed, late ? ERROR_INTERNET_TIMEOUT : ERROR_FILE_TOO_LARGE);
       return false;
     }
-    if (!platform::WriteAll(local.get(), {block.data(), read})) {
+    if (!file.Write({block.data(), read})) {
       ReportFailure(update_texts::kFileWriteFailed, GetLastError());
       return false;
     }
   }
+  file.Close();
+  return true;
 }

@@ -16,7 +16,7 @@ class ListFile;
 /// address; gives the section names of the fetched list and the members below.
 class Exchange {
  public:
-  Exchange(const RegisteredData& product, const UpdateSettings& settings, const CheckVariant& variant,
+  Exchange(const RegisteredDataEntries& product, const UpdateSettings& settings, const CheckVariant& variant,
            LogSink& log)
       : product_(product), settings_(settings), variant_(variant), log_(log) {}
 
@@ -49,7 +49,7 @@ class Exchange {
   void FailWith(std::wstring_view error_text);
   void SetCheckFailed(bool failed);
 
-  const RegisteredData& product_;
+  const RegisteredDataEntries& product_;
   const UpdateSettings& settings_;
   const CheckVariant& variant_;
   LogSink& log_;

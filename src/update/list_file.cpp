@@ -2,45 +2,85 @@
 
 #include <windows.h>
 
+#include <functional>
+
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/profile.h"
+#include "platform/wait.h"
 #include "text/text.h"
 #include "update/section_names.h"
 
 namespace {
 
 constexpr wchar_t kSharedName[] = L"updates.ini";
-constexpr wchar_t kTurn[] = L"Local\\QRT_15_TavrelUtility_UpdatesFile";
-/// Longest wait for the turn, in milliseconds: another utility can be copying from a slow server.
-constexpr DWORD kWaitMs = 1000;
+constexpr wchar_t kMutex[] = L"Local\\QRT_15_TavrelUtility_UpdatesFile";
 
-// No other running utility has this one; what one that was ended left behind is replaced.
+// No other running utility uses this name. A file of an earlier process with this number is overwritten.
 std::wstring OwnName() {
   return L"updates-" + text::FormatDecimal(GetCurrentProcessId()) + L".ini";
 }
 
-}  // namespace
-
-ListFile::ListFile() : folder_(platform::TemporaryFolder()), turn_(kTurn) {}
-
-ListFile::~ListFile() {
-  if (goes_away_) DeleteFileW(path_.c_str());
+/// Calls `open` again while a handle of another process denies the access.
+platform::UniqueFile OpenWhenFree(const std::function<platform::UniqueFile()>& open) {
+  platform::UniqueFile file;
+  platform::WaitFor([&] {
+    file = open();
+    return file || GetLastError() != ERROR_SHARING_VIOLATION;
+  });
+  return file;
 }
 
-platform::UniqueFile ListFile::Create() {
-  turn_.Take(kWaitMs);
+}  // namespace
+
+ListFile::ListFile() : folder_(platform::TemporaryFolder()), mutex_(kMutex) {}
+
+ListFile::~ListFile() {
+  file_.reset();
+  if (temporary_) DeleteFileW(path_.c_str());
+}
+
+bool ListFile::Create() {
+  mutex_.Take();
   // Without a temporary folder the path stays empty and cannot be created: never the current folder.
-  if (!folder_.empty()) path_ = folder_ + (turn_.IsHeld() ? kSharedName : OwnName());
-  platform::UniqueFile file = platform::OpenForWriting(path_, CREATE_ALWAYS);
-  goes_away_ = file && !turn_.IsHeld();
-  return file;
+  if (!folder_.empty()) path_ = folder_ + (mutex_.IsHeld() ? kSharedName : OwnName());
+  file_ = OpenWhenFree([this] { return platform::OpenForWriting(path_, CREATE_ALWAYS); });
+  temporary_ = file_ && !mutex_.IsHeld();
+  return static_cast<bool>(file_);
+}
+
+bool ListFile::Write(std::string_view bytes) {
+  return platform::WriteAll(file_.get(), bytes);
+}
+
+void ListFile::Close() {
+  written_ = Identify(file_.get());
+  file_.reset();
 }
 
 bool ListFile::Exists() const {
   return platform::FileExists(path_);
 }
 
-void ListFile::ReadNames(std::vector<std::wstring>& sections) const {
+bool ListFile::ReadNames(std::vector<std::wstring>& sections) const {
+  // The profile functions return an empty list for a file that they cannot open, so it is opened here first.
+  // This handle also denies writing and deletion.
+  const platform::UniqueFile guard =
+      OpenWhenFree([this] { return platform::OpenForReading(path_, FILE_SHARE_READ); });
+  if (!guard) return false;
+  if (Identify(guard.get()) != written_) {
+    SetLastError(ERROR_FILE_INVALID);
+    return false;
+  }
   AppendSectionNames(platform::ReadProfileSectionNames(path_, kSectionNamesCapacity), sections);
+  return true;
+}
+
+std::optional<ListFile::Identity> ListFile::Identify(void* file) {
+  BY_HANDLE_FILE_INFORMATION information{};
+  if (!GetFileInformationByHandle(file, &information)) return std::nullopt;
+  const auto join = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
+  return Identity{.volume = information.dwVolumeSerialNumber,
+                  .index = join(information.nFileIndexHigh, information.nFileIndexLow),
+                  .size = join(information.nFileSizeHigh, information.nFileSizeLow)};
 }

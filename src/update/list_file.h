@@ -1,14 +1,18 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/handles.h"
-#include "platform/shared_turn.h"
+#include "platform/named_mutex.h"
 
-/// The local file that a list of updates is fetched into. Utilities of one session share a file of the
-/// temporary folder: it is one's own from its creation until this object ends. Whoever cannot have his turn
-/// at it in time works with a file of another name, which goes away with this object.
+/// The local file that a list of updates is fetched into: created, written, closed and read in this order.
+/// The utilities of one session share a file of the temporary folder; a mutex gives it to one of them from
+/// its creation until the object ends. A utility that does not get the mutex in time uses a file of another
+/// name, which is deleted with the object. All waits are those of WaitFor (platform/wait.h).
 class ListFile {
  public:
   ListFile();
@@ -16,15 +20,30 @@ class ListFile {
   ListFile& operator=(const ListFile&) = delete;
   ~ListFile();
 
-  /// Waits for the turn, a second at most, and makes the file anew; false with the last error set.
-  platform::UniqueFile Create();
+  /// Creates the file, or empties it. Waits for the mutex, and while another process's handle denies writing.
+  /// Returns false with the last error set.
+  bool Create();
+  /// Appends all bytes. Returns false with the last error set.
+  bool Write(std::string_view bytes);
+  void Close();
   bool Exists() const;
-  /// Appends the names of the file's sections, as far as they fit the buffer of the program.
-  void ReadNames(std::vector<std::wstring>& sections) const;
+  /// Appends the names of the file's sections, as far as they fit the buffer of the program. Waits while
+  /// another process can write to the file, and keeps it from being changed while it is read. Returns false
+  /// with the last error set when it cannot be read; ERROR_FILE_INVALID (1006): it is not the file that was
+  /// written.
+  bool ReadNames(std::vector<std::wstring>& sections) const;
 
  private:
+  struct Identity {
+    std::uint64_t volume, index, size;
+    bool operator==(const Identity&) const = default;
+  };
+  static std::optional<Identity> Identify(void* file);
+
   const std::wstring folder_;
-  platform::SharedTurn turn_;
+  platform::NamedMutex mutex_;
   std::wstring path_;
-  bool goes_away_ = false;
+  platform::UniqueFile file_;
+  std::optional<Identity> written_;
+  bool temporary_ = false;
 };

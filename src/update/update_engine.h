@@ -9,11 +9,11 @@
 
 /// The steps of one update check side by side, each handed what it takes. The owner decides which of them run
 /// in which order, and reads what they give.
-class UpdateEngine : public RegisteredData, public UpdateSettings, public Exchange, public Comparison {
+class UpdateEngine : public RegisteredDataEntries, public UpdateSettings, public Exchange, public Comparison {
  public:
   /// `variant` outlives the engine.
   UpdateEngine(RegistryFacts& facts, LogSink& log, const CheckVariant& variant)
-      : RegisteredData(facts, log),
+      : RegisteredDataEntries(facts, log),
         Exchange(*this, *this, variant, log),
         Comparison(*this, *this, variant, log) {}
   UpdateEngine(const UpdateEngine&) = delete;

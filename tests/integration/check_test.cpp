@@ -12,12 +12,14 @@
 
 #include "expected.h"
 #include "platform/files.h"
+#include "platform/named_mutex.h"
 #include "platform/profile.h"
-#include "platform/shared_turn.h"
+#include "platform/wait.h"
 #include "support/http_server.h"
 #include "support/machine.h"
 #include "unit/unit.h"
 #include "update/check_patch.h"
+#include "update/list_file.h"
 #include "update/process_state.h"
 #include "update/section_names.h"
 #include "update/sheet_check.h"
@@ -59,6 +61,7 @@ struct Process {
 
   Process(bool is_interactive, bool available_before) : interactive(is_interactive) {
     g_nUpdateCheckCount = 0;
+    platform::g_nWaitLeftMs = 1000;
     g_bUpdatesAvailable = available_before;
     g_bCheckFailed = true;
     g_bProductInstalled = false;
@@ -129,8 +132,8 @@ class Rival {
  private:
   std::promise<void> taken_, done_;
   std::jthread thread_{[this] {
-    platform::SharedTurn turn(L"Local\\QRT_15_TavrelUtility_UpdatesFile");
-    turn.Take(0);
+    platform::NamedMutex mutex(L"Local\\QRT_15_TavrelUtility_UpdatesFile");
+    mutex.Take();
     taken_.set_value();
     done_.get_future().wait();
   }};
@@ -139,6 +142,7 @@ class Rival {
 /// What the exchange asks of the network library and no server sees.
 struct Asked {
   DWORD flags = 0;
+  bool anonymous = false;           ///< the request gives no credentials to the server
   std::map<DWORD, DWORD> timeouts;  ///< by the type of the handle, in milliseconds
   const ImportHook<HttpOpenRequestW> open{"HttpOpenRequestW", [this](auto... all) {
                                             flags = std::get<6>(std::tuple(all...));
@@ -148,6 +152,8 @@ struct Asked {
       "InternetSetOptionW", [this](HINTERNET handle, DWORD option, void* value, DWORD bytes) {
         DWORD type = 0, size = sizeof type;
         InternetQueryOptionW(handle, INTERNET_OPTION_HANDLE_TYPE, &type, &size);
+        anonymous |=
+            option == INTERNET_OPTION_SUPPRESS_SERVER_AUTH && type == INTERNET_HANDLE_TYPE_HTTP_REQUEST;
         if (option == INTERNET_OPTION_RECEIVE_TIMEOUT) timeouts[type] = *static_cast<DWORD*>(value);
         return set.original(handle, option, value, bytes);
       }};
@@ -171,6 +177,7 @@ void CheckTraces(const Process& process, const Machine& machine, Setup& setup, c
   CHECK(server.Requests().size() <= static_cast<std::size_t>(process.Checks()));
   for (const std::string& request : server.Requests()) {
     CHECK(asked.flags == (INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT));
+    CHECK(asked.anonymous);
     CHECK(asked.timeouts[INTERNET_HANDLE_TYPE_INTERNET] == std::stoul(setup[L"waits"]));
     CHECK(asked.timeouts[INTERNET_HANDLE_TYPE_CONNECT_HTTP] == std::stoul(setup[L"waits"]));
     const auto has = [&](const char* text) { return request.find(text) != request.npos; };
@@ -221,6 +228,8 @@ void Play(bool interactive, const Row& row) {
   const auto obstacle = Obstruct(setup[L"refuse"], machine.Record());
   const std::string results = Utf8(row[1]);
   const std::string plain = results.substr(results.starts_with("network ") ? 8 : 0);
+  std::optional<support::ShareLock> taken;
+  if (setup.contains(L"taken")) taken.emplace(machine.UpdateList(), FILE_SHARE_READ);
   std::optional<Rival> rival;
   if (setup.contains(L"rival")) rival.emplace();
   std::optional<ImportHook<GetTickCount64>> clock;
@@ -231,6 +240,7 @@ void Play(bool interactive, const Row& row) {
   const ULONGLONG waited = GetTickCount64() - start;
   CHECK((!rival || (waited > 800 && waited < 5000)));
   rival.reset();
+  taken.reset();
   CHECK_LOG(process.Entries(), WholeLog(interactive, row));
   CHECK(process.Log().find(L"Build Version : " + setup[L"build"] + L"\n\n") != std::wstring::npos);
   CHECK(process.warnings.empty() == (interactive || setup[L"missing"].empty()));
@@ -261,6 +271,43 @@ TEST_CASE("check: a step out of order, another's text, code or flag; a pack wron
     row.resize(6);
     for (const bool interactive : {false, true}) Play(interactive, row);
   }
+}
+
+TEST_CASE("list file: only the file that was written is read, and nothing else can change it meanwhile") {
+  const Machine machine;
+  const std::wstring path = machine.UpdateList();
+  std::vector<std::wstring> names;
+  ListFile file;
+  REQUIRE(file.Create());
+  REQUIRE(file.Write("[a]\r\n"));
+  file.Close();
+  const auto open_for_writing = [&path] { return platform::OpenForWriting(path, OPEN_EXISTING); };
+  {
+    const ImportHook<GetPrivateProfileSectionNamesW> reading(
+        "GetPrivateProfileSectionNamesW", [&](LPWSTR buffer, DWORD size, LPCWSTR name) {
+          CHECK_FALSE((open_for_writing() || DeleteFileW(path.c_str())));
+          return reading.original(buffer, size, name);
+        });
+    CHECK(file.ReadNames(names));
+  }
+  CHECK(names == std::vector<std::wstring>{L"a"});
+
+  platform::UniqueFile writer = open_for_writing();
+  std::jthread closer([&writer] { Sleep(100), writer.reset(); });
+  platform::g_nWaitLeftMs = 1000;
+  CHECK(file.ReadNames(names));
+  closer.join();
+  writer = open_for_writing();
+  platform::g_nWaitLeftMs = 50;
+  CHECK_FALSE(file.ReadNames(names));
+  CHECK(GetLastError() == ERROR_SHARING_VIOLATION);
+  writer.reset();
+
+  MoveFileW(path.c_str(), (path + L".old").c_str());
+  support::WriteBytes(path, "[b]\r\n");
+  CHECK_FALSE(file.ReadNames(names));
+  CHECK(GetLastError() == ERROR_FILE_INVALID);
+  CHECK(names.size() == 2);
 }
 
 TEST_CASE("section names: the system's functions find others than the program's own reader is held to") {

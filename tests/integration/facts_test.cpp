@@ -53,18 +53,18 @@ TEST_CASE("registered data: wrong place, text, code or fall-back; text read past
     run.BuildMakerKeyPath();
     run.BuildUninstallKeyPath();
     run.InstallPath = run.IconPath = L"old";
-    RegisteredData data(run, run);
+    RegisteredDataEntries data(run, run);
     data.TagOne = data.TagTwo = data.TagThree = data.ClientVersion = L"old";
     const struct {
       const wchar_t* name;
-      void (RegisteredData::*read)();
+      void (RegisteredDataEntries::*read)();
       std::wstring& field;
-    } readers[] = {{L"one", &RegisteredData::ReadTagOne, data.TagOne},
-                   {L"two", &RegisteredData::ReadTagTwo, data.TagTwo},
-                   {L"three", &RegisteredData::ReadTagThree, data.TagThree},
-                   {L"path", &RegisteredData::ReadInstallPath, run.InstallPath},
-                   {L"logged path", &RegisteredData::ReadInstallPathLogged, run.InstallPath},
-                   {L"version", &RegisteredData::ReadClientVersion, data.ClientVersion}};
+    } readers[] = {{L"one", &RegisteredDataEntries::ReadTagOne, data.TagOne},
+                   {L"two", &RegisteredDataEntries::ReadTagTwo, data.TagTwo},
+                   {L"three", &RegisteredDataEntries::ReadTagThree, data.TagThree},
+                   {L"path", &RegisteredDataEntries::ReadInstallPath, run.InstallPath},
+                   {L"logged path", &RegisteredDataEntries::ReadInstallPathLogged, run.InstallPath},
+                   {L"version", &RegisteredDataEntries::ReadClientVersion, data.ClientVersion}};
     const auto hook = Obstruct(row[1] == L"5" ? L"RegOpenKeyExW-5" : L"");
     if (row[0] == L"mode") CHECK(data.IdentifyRegistryMode() == (row[4] == L"1"));
     for (const auto& reader : readers) {

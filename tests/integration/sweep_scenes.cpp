@@ -4,6 +4,7 @@
 
 #include "log/system_log.h"
 #include "platform/journaled_file.h"
+#include "platform/wait.h"
 #include "settings/run_state.h"
 #include "sweep.h"
 #include "text/text.h"
@@ -22,6 +23,7 @@ constexpr wchar_t kOwnLog[] = L"\\QRT_15_SystemTavrel_01Jan2020_01_00_AM.log";
 /// What a check said, and its results; the last entry of an error must be its error text.
 std::wstring PatchCheck(Machine& machine) {
   g_nUpdateCheckCount = 0;
+  platform::g_nWaitLeftMs = 0;
   RunState run;
   run.SettingsFilePath = machine.SettingsFile();
   const wchar_t* warned = L"";

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <windows.h>
+
+#include "platform/handles.h"
+#include "platform/wait.h"
+
+namespace platform {
+
+/// A mutex by which the processes of one session share something. A caller that does not get it in time goes
+/// on without it: to wait for ever would be worse than what the mutex prevents. A mutex that an elevated
+/// process owns and that this one may not open (ERROR_ACCESS_DENIED) cannot be taken.
+class NamedMutex {
+ public:
+  explicit NamedMutex(const wchar_t* name) : mutex_(CreateMutexW(nullptr, FALSE, name)) {}
+  NamedMutex(const NamedMutex&) = delete;
+  NamedMutex& operator=(const NamedMutex&) = delete;
+  ~NamedMutex() {
+    if (!held_) return;
+    const DWORD error = GetLastError();
+    ReleaseMutex(mutex_.get());
+    SetLastError(error);
+  }
+
+  /// Takes the mutex until this object ends; waits for it as WaitFor does. The last error survives.
+  void Take() {
+    if (!mutex_ || held_) return;
+    const DWORD error = GetLastError();
+    held_ = WaitFor([this] {
+      const DWORD result = WaitForSingleObject(mutex_.get(), 0);
+      return result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
+    });
+    SetLastError(error);
+  }
+  bool IsHeld() const { return held_; }
+
+ private:
+  UniqueKernelHandle mutex_;
+  bool held_ = false;
+};
+
+}  // namespace platform
