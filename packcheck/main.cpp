@@ -1,52 +1,24 @@
-// packcheck: what clients make of a list of updates, told before it is published.
-#include <exception>
+// packcheck: tells a publisher what clients make of a list of updates, before it is published.
 #include <filesystem>
-#include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "packcheck/input.h"
+#include "console/command_line.h"
+#include "console/input.h"
 #include "packcheck/output.h"
 #include "packcheck/report.h"
 #include "update/record_text.h"
 #include "update/section_names.h"
-#include "version.h"
 
 namespace {
-
-using Path = std::filesystem::path;
-
-enum Status { clean = 0, warned = 1, failed = 2 };
-
-constexpr char kUsage[] =
-    "Usage: packcheck [--json] [--product A.B.C.D] [--record FILE] FILE\n"
-    "\n"
-    "Says what every client will read in the list of updates FILE (- for standard input), and what it will\n"
-    "do: the very code of the utility decides. Names that are not ASCII are shown with \\xNN for a byte.\n"
-    "\n"
-    "  --json             one JSON object in place of text\n"
-    "  --product A.B.C.D  for a client whose product executable has this file version; without it, for all,\n"
-    "                     as a table over the versions where the answer changes\n"
-    "  --record FILE      the client has this record of installed updates (installedupdates.dat)\n"
-    "  --help, --version\n"
-    "\n"
-    "Exit status: 0 clean, 1 with warnings, 2 wrong use or a file that cannot be read.\n";
 
 struct Options {
   bool json = false;
   std::optional<packcheck::Version> product;
-  std::optional<Path> record, list;
+  std::string record;
+  std::string list;
 };
-
-int Fail(const std::string& why) {
-  std::cerr << "packcheck: " << why << "\n";
-  return failed;
-}
-
-int FailUse(const std::string& why) {
-  return Fail(why + "; packcheck --help shows how it is used");
-}
 
 /// Four numbers of 16 bits between points, and nothing else.
 std::optional<packcheck::Version> ParseVersion(const std::string& text) {
@@ -69,72 +41,42 @@ std::optional<packcheck::Version> ParseVersion(const std::string& text) {
   return version;
 }
 
-/// Sets one option or the list's name; what is wrong with it, or nothing. `value`: what stands behind it.
-std::string Take(const Path& argument, const Path* value, Options& options) {
-  if (argument == "--json") {
-    options.json = true;
-  } else if (argument == "--product" || argument == "--record") {
-    if (value == nullptr) return argument.string() + " needs a value behind it";
-    if (argument == "--record") {
-      options.record = *value;
-      return {};
-    }
-    options.product = ParseVersion(value->string());
-    if (!options.product) {
-      return "'" + value->string() + "' is no version: four numbers up to 65535, as in 15.0.2.5";
-    }
-  } else if (argument.string().starts_with("-") && argument != "-") {
-    return "unknown option '" + argument.string() + "'";
-  } else if (options.list) {
-    return "one list at a time, and '" + argument.string() + "' is the second";
-  } else {
-    options.list = argument;
-  }
-  return {};
+std::string CheckVersion(const std::string& text) {
+  return ParseVersion(text) ? ""
+                            : "'" + text + "' is not a version: four numbers up to 65535, as in 15.0.2.5";
 }
 
-int Check(const Path& path, const Options& options) {
-  const packcheck::Input list = packcheck::Read(path, kListSizeLimit);
-  if (!list.error.empty()) return Fail(list.error);
-  packcheck::Input record;
-  if (options.record) record = packcheck::Read(*options.record, kRecordSizeLimit);
-  if (!record.error.empty()) return Fail(record.error);
-  std::optional<std::string_view> record_bytes;
-  if (options.record) record_bytes = record.bytes;
-  const packcheck::Report report = packcheck::Examine(list.bytes, record_bytes, options.product);
-  std::cout << (options.json ? packcheck::AsJson(report) : packcheck::AsText(report)) << std::flush;
-  if (!std::cout) return Fail("cannot write the report; check where standard output goes");
-  return report.warnings.empty() ? clean : warned;
-}
-
-int Run(const std::vector<Path>& arguments) {
-  Options options;
-  for (std::size_t i = 0; i < arguments.size(); ++i) {
-    if (arguments[i] == "--help" || arguments[i] == "--version") {
-      std::cout << (arguments[i] == "--help" ? kUsage : "packcheck " TAVREL_VERSION "\n") << std::flush;
-      return std::cout ? clean : failed;
-    }
-    const std::string wrong =
-        Take(arguments[i], i + 1 < arguments.size() ? &arguments[i + 1] : nullptr, options);
-    if (!wrong.empty()) return FailUse(wrong);
-    if (arguments[i] == "--product" || arguments[i] == "--record") ++i;
+int Check(const CLI::App& app, const Options& options) {
+  const console::Input list = console::Read(console::PathOf(options.list), kListSizeLimit);
+  if (!list.error.empty()) return console::Fail(app, list.error);
+  std::optional<std::string> record;
+  if (!options.record.empty()) {
+    const console::Input input = console::Read(console::PathOf(options.record), kRecordSizeLimit);
+    if (!input.error.empty()) return console::Fail(app, input.error);
+    record = input.bytes;
   }
-  if (!options.list) return FailUse("name the list to be checked, or - for standard input");
-  if (options.record == "-" && options.list == "-")
-    return FailUse("list and record cannot both be standard input");
-  return Check(*options.list, options);
+  const packcheck::Report report = packcheck::Examine(list.bytes, record, options.product);
+  if (!console::Print(app, options.json ? packcheck::AsJson(report) : packcheck::AsText(report)))
+    return console::kFailed;
+  return report.warnings.empty() ? console::kClean : console::kFound;
 }
 
 }  // namespace
 
-#ifdef _WIN32
-int wmain(int count, wchar_t** arguments) {
-#else
-int main(int count, char** arguments) {
-#endif
-  try {
-    return Run({arguments + (count > 0), arguments + count});
-  } catch (const std::exception& error) {
-    return Fail(std::string("cannot go on (") + error.what() + "); try a plain name and a smaller file");
-  }
+int console::RunTool(const std::vector<std::string>& arguments) {
+  CLI::App app("Says what every client will read in a list of updates, and what it will do.", "packcheck");
+  app.footer("Exit status: 0 clean, 1 with warnings, 2 wrong use or a file that cannot be read.");
+  Options options;
+  std::string product;
+  app.add_option("LIST", options.list, "The list of updates; - for standard input")->required();
+  app.add_flag("--json", options.json, "Print one JSON object instead of text");
+  app.add_option("--product", product, "Only for a client whose Qrt.exe has this version")
+      ->type_name("A.B.C.D")
+      ->check(CheckVersion);
+  app.add_option("--record", options.record, "The client has this installedupdates.dat")->type_name("FILE");
+  if (const auto status = Parse(app, arguments)) return *status;
+  options.product = ParseVersion(product);
+  if (options.record == "-" && options.list == "-")
+    return Fail(app, "list and record cannot both be standard input");
+  return Check(app, options);
 }

@@ -8,7 +8,7 @@ set -euo pipefail
 
 packages=(
   # build and checks
-  cmake ninja-build g++ g++-mingw-w64-i686-posix doctest-dev
+  cmake ninja-build g++ g++-mingw-w64-i686-posix doctest-dev nlohmann-json3-dev libcli11-dev
   clang libclang-rt-dev clang-format clang-tidy
   # sandbox: its walls, Wine with what it draws windows and text with, display, update server, picture of the screen
   bubblewrap wine wine32:i386 wine64 fonts-wine libxrender1:i386 libxcursor1:i386 libxrandr2:i386

@@ -29,13 +29,13 @@ done <<'ROWS'
 1;--json -;[H]\n[LONG]\n[P_1_2345]\n[P_1_2];{"heading":"H","packs":\["aaa*"],"dropped":\["P_1_2345","P_1_2"],*"code":"beyond-limit","name":"P_1_2345",*
 1;--json -;;{"heading":null,"packs":\[],"dropped":\[],"newest":{"level":0,"build":0},"client":null,"warnings":\[{"code":"no-sections","name":"",*
 0;--version;;packcheck [0-9]*.[0-9]*
-0;--help;;Usage: packcheck*Exit status*
-2;;;packcheck: name the list*
-2;@/list @/record;;packcheck: one list at a time*
-2;--strict @/list;;packcheck: unknown option*
-2;--product 15.0.2 @/list;;packcheck: '15.0.2' is no version*
-2;--product 15.0.2.65536 @/list;;packcheck: '15.0.2.65536' is no version*
-2;--record;;packcheck: --record needs*
+0;--help;;Says *Usage: packcheck*Exit status*
+2;;;packcheck: LIST is required*
+2;@/list @/record;;packcheck: *not expected*
+2;--strict @/list;;packcheck: *not expected: --strict*
+2;--product 15.0.2 @/list;;packcheck: *15.0.2' is not a version*
+2;--product 15.0.2.65536 @/list;;packcheck: *15.0.2.65536' is not a version*
+2;--record;;packcheck: --record*
 2;--record - -;;packcheck: list and record*
 2;@/large;;packcheck: * is larger than 32 MiB*
 ROWS

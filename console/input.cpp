@@ -1,4 +1,4 @@
-#include "packcheck/input.h"
+#include "console/input.h"
 
 #ifdef _WIN32
 #include <fcntl.h>
@@ -12,7 +12,9 @@
 #include <fstream>
 #include <iostream>
 
-namespace packcheck {
+#include "console/terminal.h"
+
+namespace console {
 namespace {
 
 constexpr std::size_t kBlock = 65536;
@@ -28,10 +30,10 @@ std::istream& StandardInput() {
 
 Input Read(const std::filesystem::path& path, std::size_t limit) {
   const bool standard = path == "-";
-  const std::string name = standard ? "standard input" : "'" + path.string() + "'";
+  const std::string name = standard ? "standard input" : "'" + PrintablePath(path) + "'";
   std::error_code error;
   if (!standard && std::filesystem::is_directory(path, error)) {
-    return {{}, name + " is a folder; name a file in it, or - for standard input"};
+    return {.bytes = {}, .error = name + " is a folder; name a file in it, or - for standard input"};
   }
   std::ifstream file;
   if (!standard) file.open(path, std::ios::binary);
@@ -43,16 +45,15 @@ Input Read(const std::filesystem::path& path, std::size_t limit) {
     input.bytes.append(block.data(), static_cast<std::size_t>(stream.gcount()));
   }
   if (input.bytes.size() > limit) {
-    return {{},
-            name + " is larger than " + std::to_string(limit >> 20) +
-                " MiB, which no client reads; is it the right file?"};
+    return {.bytes = {},
+            .error = name + " is larger than " + std::to_string(limit >> 20) + " MiB; is it the right file?"};
   }
   if (stream.bad() || !stream.eof()) {
-    return {{},
-            "cannot read " + name + " (" + std::strerror(errno) +
-                "); check its name and rights, or use - for standard input"};
+    return {.bytes = {},
+            .error = "cannot read " + name + " (" + std::strerror(errno) +
+                     "); check its name and rights, or use - for standard input"};
   }
   return input;
 }
 
-}  // namespace packcheck
+}  // namespace console
