@@ -6,38 +6,14 @@
 #include "platform/folders.h"
 #include "platform/registry.h"
 #include "platform/version_resource.h"
-#include "product/identity.h"
 #include "settings/registered_texts.h"
 #include "text/text.h"
 
 namespace {
 
-constexpr std::wstring_view kModeTestKey = L"SOFTWARE\\Wow6432Node";
-constexpr std::wstring_view kModeTwoRoot = L"SOFTWARE";
-constexpr std::wstring_view kMakerKey = L"\\NORVIK Software Inc.\\Varnexa\\";
-constexpr std::wstring_view kUninstallKey = L"\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
-
-std::wstring MakerKey(bool mode_one) {
-  return std::wstring(mode_one ? kModeTestKey : kModeTwoRoot)
-      .append(kMakerKey)
-      .append(identity::kProductVersion);
-}
-
-std::wstring UninstallKey(bool mode_one) {
-  return std::wstring(mode_one ? kModeTestKey : kModeTwoRoot)
-      .append(kUninstallKey)
-      .append(identity::kProductLabel);
-}
+constexpr wchar_t kModeTestKey[] = L"SOFTWARE\\Wow6432Node";
 
 }  // namespace
-
-void RegistryFacts::BuildMakerKeyPath() {
-  MakerKeyPath = MakerKey(RegistryModeOne);
-}
-
-void RegistryFacts::BuildUninstallKeyPath() {
-  UninstallKeyPath = UninstallKey(RegistryModeOne);
-}
 
 void RegisteredDataEntries::Report(std::wstring_view text, std::int32_t code) {
   if (text.empty()) return;
@@ -53,7 +29,7 @@ void RegisteredDataEntries::SetMode(bool mode_one) {
 
 bool RegisteredDataEntries::IdentifyRegistryMode() {
   LSTATUS error = ERROR_SUCCESS;
-  const platform::UniqueRegistryKey key = platform::OpenMachineKey(std::wstring(kModeTestKey), error);
+  const platform::UniqueRegistryKey key = platform::OpenMachineKey(kModeTestKey, error);
   if (key) {
     log_.Append(registered_texts::kModeOne);
   } else if (error == ERROR_FILE_NOT_FOUND) {
@@ -123,8 +99,8 @@ RegisteredDataEntries::Reading RegisteredDataEntries::ReadFirst(const Registered
 
 void RegisteredDataEntries::ReadAlternative(const RegisteredReader& reader, std::wstring& field) {
   LSTATUS error = ERROR_SUCCESS;
-  const platform::UniqueRegistryKey key =
-      platform::OpenMachineKey(reader.maker_key ? MakerKey(false) : UninstallKey(false), error);
+  const platform::UniqueRegistryKey key = platform::OpenMachineKey(
+      reader.maker_key ? RegistryFacts::MakerKey(false) : RegistryFacts::UninstallKey(false), error);
   if (!key) {
     Report(reader.alternative_open_failed, error);
     return;
@@ -156,20 +132,20 @@ std::wstring RegisteredDataEntries::FindProductExecutable() const {
   return {};
 }
 
-void RegisteredDataEntries::ReadProductFileVersion() {
+std::optional<platform::FileVersion> RegisteredDataEntries::ReadExecutable() const {
   const std::wstring path = FindProductExecutable();
-  if (path.empty()) return;
-  if (const auto version = platform::ReadFileVersion(path)) {
-    ProductFileVersion = platform::FileVersionText(*version);
-  }
+  return path.empty() ? std::nullopt : platform::ReadFileVersion(path);
+}
+
+void RegisteredDataEntries::ReadProductFileVersion() {
+  executable_ = ReadExecutable();
+  if (executable_) ProductFileVersion = platform::FileVersionText(*executable_);
 }
 
 void RegisteredDataEntries::ReadProductVersionNumber() {
-  const std::wstring path = FindProductExecutable();
-  if (path.empty()) return;
-  const auto version = platform::ReadFileVersion(path);
-  if (!version) return;
-  const auto& [first, second, third, fourth] = *version;
+  if (!executable_) executable_ = ReadExecutable();
+  if (!executable_) return;
+  const auto& [first, second, third, fourth] = *executable_;
   ProductVersionThird = text::FormatDecimal(third);
   ProductVersionFourth = text::FormatDecimal(fourth);
   ProductVersionNumber = text::FoldVersion(first, second, third, fourth);

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "log/log_sink.h"
+#include "platform/version_resource.h"
 #include "settings/run_state.h"
 
 struct RegisteredReader;
@@ -40,8 +42,10 @@ class RegisteredDataEntries {
   std::wstring GetInstallPath() const { return facts_.InstallPath; }
   const RegistryFacts& Facts() const { return facts_; }
 
-  /// Both look for "Qrt.exe", then "qrt.exe", in the install path and leave their fields without one, or when
-  /// it has no version resource.
+  /// Both look for "Qrt.exe", then "qrt.exe", in the install path. They leave their fields as they were when
+  /// neither exists or the file has no version resource. The second uses what the first has read: one object
+  /// serves one check, in which one follows the other at once, and reading costs as much as all four values
+  /// of the registry together.
   void ReadProductFileVersion();
   void ReadProductVersionNumber();
 
@@ -56,7 +60,9 @@ class RegisteredDataEntries {
   void Store(const std::wstring& value, std::wstring& field, std::wstring_view found,
              std::wstring_view empty);
   std::wstring FindProductExecutable() const;
+  std::optional<platform::FileVersion> ReadExecutable() const;
 
   RegistryFacts& facts_;
   LogSink& log_;
+  std::optional<platform::FileVersion> executable_;  ///< nothing until its version has been read
 };

@@ -15,6 +15,9 @@ struct RegistryFacts {
   std::wstring UninstallKeyPath;
   bool UpdateLocUrlMode = false;  ///< the update location came from "UPDATE_LOC_URL"
 
+  /// The keys for a mode, below HKEY_LOCAL_MACHINE.
+  static std::wstring MakerKey(bool mode_one);
+  static std::wstring UninstallKey(bool mode_one);
   /// Both rebuild a path from `RegistryModeOne`; they are called together, maker key first.
   void BuildMakerKeyPath();
   void BuildUninstallKeyPath();
@@ -43,6 +46,8 @@ class RunState : public ActivityLog, public RegistryFacts {
 
  private:
   void LogAndNote(std::wstring_view text);
+
+  std::wstring settings_folder_;  ///< as PrepareServerSettings has found it; empty before
 };
 
 /// The profile settings folder, ending in a backslash; empty when the shell names no Documents folder.

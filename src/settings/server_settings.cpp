@@ -41,17 +41,9 @@ std::wstring SeedFile() {
 
 }  // namespace
 
-std::wstring GetProfileSettingsFolder() {
-  return platform::AppendPath(platform::DocumentsFolder(), std::wstring(identity::kSettingsFolder));
-}
-
-void RunState::LogAndNote(std::wstring_view text) {
-  AppendLogLine(text);
-  AppendNote(text);
-}
-
 bool RunState::PrepareServerSettings() {
-  const std::wstring folder = GetProfileSettingsFolder();
+  settings_folder_ = GetProfileSettingsFolder();
+  const std::wstring& folder = settings_folder_;
   if (folder.empty()) {
     LogAndNote(settings_texts::kFolderPathEmpty);
     return true;
@@ -92,10 +84,4 @@ bool RunState::CopyServerSettingsFromInstallFolder(const std::wstring& destinati
   LogAndNote(failure);
   LogAndNote(std::wstring(log_texts::kError).append(platform::ErrorNumber(error)));
   return false;
-}
-
-void RunState::ResolveSettingsFile() {
-  const std::wstring folder = GetProfileSettingsFolder();
-  if (folder.empty() || !platform::DirectoryExists(folder)) return;
-  SettingsFilePath = folder + std::wstring(identity::kSettingsFile);
 }

@@ -37,6 +37,7 @@ ListFile::ListFile() : folder_(platform::TemporaryFolder()), mutex_(kMutex) {}
 
 ListFile::~ListFile() {
   file_.reset();
+  keeper_.reset();
   if (temporary_) DeleteFileW(path_.c_str());
 }
 
@@ -46,7 +47,8 @@ bool ListFile::Create() {
   if (!folder_.empty()) path_ = folder_ + (mutex_.IsHeld() ? kSharedName : OwnName());
   file_ = OpenWhenFree([this] { return platform::OpenForWriting(path_, CREATE_ALWAYS); });
   temporary_ = file_ && !mutex_.IsHeld();
-  return static_cast<bool>(file_);
+  if (file_) keeper_ = OpenWhenFree([this] { return platform::OpenForReading(path_); });
+  return static_cast<bool>(keeper_);
 }
 
 bool ListFile::Write(std::string_view bytes) {
@@ -54,7 +56,6 @@ bool ListFile::Write(std::string_view bytes) {
 }
 
 void ListFile::Close() {
-  written_ = Identify(file_.get());
   file_.reset();
 }
 
@@ -64,23 +65,10 @@ bool ListFile::Exists() const {
 
 bool ListFile::ReadNames(std::vector<std::wstring>& sections) const {
   // The profile functions return an empty list for a file that they cannot open, so it is opened here first.
-  // This handle also denies writing and deletion.
+  // This handle also denies writing.
   const platform::UniqueFile guard =
       OpenWhenFree([this] { return platform::OpenForReading(path_, FILE_SHARE_READ); });
   if (!guard) return false;
-  if (Identify(guard.get()) != written_) {
-    SetLastError(ERROR_FILE_INVALID);
-    return false;
-  }
   AppendSectionNames(platform::ReadProfileSectionNames(path_, kSectionNamesCapacity), sections);
   return true;
-}
-
-std::optional<ListFile::Identity> ListFile::Identify(void* file) {
-  BY_HANDLE_FILE_INFORMATION information{};
-  if (!GetFileInformationByHandle(file, &information)) return std::nullopt;
-  const auto join = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
-  return Identity{.volume = information.dwVolumeSerialNumber,
-                  .index = join(information.nFileIndexHigh, information.nFileIndexLow),
-                  .size = join(information.nFileSizeHigh, information.nFileSizeLow)};
 }

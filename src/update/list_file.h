@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,8 +18,9 @@ class ListFile {
   ListFile& operator=(const ListFile&) = delete;
   ~ListFile();
 
-  /// Creates the file, or empties it. Waits for the mutex, and while another process's handle denies writing.
-  /// Returns false with the last error set.
+  /// Creates the file, or empties it. Waits for the mutex, and while another process's handle denies access.
+  /// Other processes cannot delete or rename the file until this object ends. Returns false with the last
+  /// error set.
   bool Create();
   /// Appends all bytes. Returns false with the last error set.
   bool Write(std::string_view bytes);
@@ -29,21 +28,14 @@ class ListFile {
   bool Exists() const;
   /// Appends the names of the file's sections, as far as they fit the buffer of the program. Waits while
   /// another process can write to the file, and keeps it from being changed while it is read. Returns false
-  /// with the last error set when it cannot be read; ERROR_FILE_INVALID (1006): it is not the file that was
-  /// written.
+  /// with the last error set when it cannot be read.
   bool ReadNames(std::vector<std::wstring>& sections) const;
 
  private:
-  struct Identity {
-    std::uint64_t volume, index, size;
-    bool operator==(const Identity&) const = default;
-  };
-  static std::optional<Identity> Identify(void* file);
-
   const std::wstring folder_;
   platform::NamedMutex mutex_;
   std::wstring path_;
-  platform::UniqueFile file_;
-  std::optional<Identity> written_;
+  platform::UniqueFile file_;    ///< open until Close
+  platform::UniqueFile keeper_;  ///< denies deletion and renaming: the path names the created file
   bool temporary_ = false;
 };
