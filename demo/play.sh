@@ -1,5 +1,5 @@
 #!/bin/bash
-# Plays one scene inside a sandbox room: lays everything out as an installer and a user would have, starts
+# Runs one scene inside a sandbox: lays everything out as an installer and a user would have, starts
 # the update server, runs the utility, and leaves what is to be seen in a folder.
 #   play.sh SCENE MODE SECONDS OUTPUT BUILD
 # MODE is regular or patch. On a virtual display each window is photographed after SECONDS and closed; on a
@@ -9,7 +9,7 @@
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "${BASH_SOURCE[0]}")/../scripts/lib.sh"
-[[ -n ${TAVREL_ROOM-} ]] || die "to be run in a sandbox room (run.sh does)"
+[[ -n ${TAVREL_SANDBOX-} ]] || die "runs in a sandbox only (run.sh makes one)"
 
 scene=$1 mode=$2 seconds=$3 output=$4 build=$5
 window_title='Varnexa 15.0 Tavrel Utility'
@@ -32,8 +32,7 @@ wow_key=no                       # an empty SOFTWARE\Wow6432Node in a 32-bit pre
 # shellcheck source=/dev/null
 . "$repo/demo/scenes/$scene"
 
-# Gone with the room, and the same short path wherever this clone lies.
-stage=/tmp/stage
+work=$TAVREL_TMP/scene
 drive=$WINEPREFIX/drive_c
 program_files='Program Files'
 branch=SOFTWARE
@@ -49,9 +48,9 @@ user_folder=$(find "$drive/users" -mindepth 1 -maxdepth 1 ! -name Public)
 documents=$user_folder/Documents
 
 lay_out_files() {
-  rm -rf "$stage" "$folder" "$log_folder" "$documents/Varnexa"
+  rm -rf "$work" "$folder" "$log_folder" "$documents/Varnexa"
   rm -f "$user_folder"/{,AppData/Local/}Temp/updates.ini
-  mkdir -p "$stage/www/qrt15" "$folder" "$log_folder"
+  mkdir -p "$work/www/qrt15" "$folder" "$log_folder"
   cp "$build/QRTTavrelUtility.exe" "$folder/"
   if [[ $seed == yes ]]; then
     {
@@ -62,12 +61,12 @@ lay_out_files() {
   fi
   if [[ -n $product ]]; then cp "$build/demo/standin/$product/Qrt.exe" "$folder/"; fi
   if [[ -n $record ]]; then printf '%s' "$record" >"$folder/installedupdates.dat"; fi
-  if [[ -n $list ]]; then cp "$repo/demo/$list" "$stage/www/qrt15/updates.ini"; fi
+  if [[ -n $list ]]; then cp "$repo/demo/$list" "$work/www/qrt15/updates.ini"; fi
 }
 
 # The product's keys as its installer writes them.
 register_product() {
-  local maker uninstall value file=$stage/product.reg
+  local maker uninstall value file=$work/product.reg
   {
     printf 'Windows Registry Editor Version 5.00\n\n'
     if [[ $WINEARCH == win32 ]]; then printf '[-HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node]\n'; fi
@@ -94,19 +93,21 @@ register_product() {
 }
 
 open_server() {
+  local other_hosts
+  other_hosts=$(grep -v ' updates\.varnexa\.example$' "$TAVREL_HOSTS")
   {
-    grep -v ' updates\.varnexa\.example$' "$repo/demo/hosts"
+    printf '%s\n' "$other_hosts"
     if [[ -n $server_address ]]; then printf '%s updates.varnexa.example\n' "$server_address"; fi
-  } >/etc/hosts
-  : >"$stage/requests.log"
+  } >"$TAVREL_HOSTS"
+  : >"$work/requests.log"
   [[ $server == up ]] || return 0
-  sed -e "s|@STAGE@|$stage|; s|@RATE@|$rate|; s|@ANSWER@|$answer|" "$repo/demo/nginx.conf" >"$stage/nginx.conf"
+  sed -e "s|@WORK@|$work|; s|@RATE@|$rate|; s|@ANSWER@|$answer|" "$repo/demo/nginx.conf" >"$work/nginx.conf"
   local as_root=()
-  # Files need no other owner then, which root of a container may not give.
+  # Otherwise nginx changes the owner of its files, which root of a container may not do.
   if ((EUID == 0)); then as_root=(-g 'user root root;'); fi
-  nginx "${as_root[@]}" -c "$stage/nginx.conf" -e "$stage/server-errors.log" &
+  nginx "${as_root[@]}" -c "$work/nginx.conf" -e "$work/server-errors.log" &
   server_process=$!
-  wait_until 10 is_serving || die "the update server does not start; see $stage/server-errors.log"
+  wait_until 10 is_serving || die "the update server does not start; see $work/server-errors.log"
 }
 
 is_serving() { (: </dev/tcp/127.0.0.1/80) 2>/dev/null; }
@@ -121,7 +122,7 @@ new_windows() {
   done
 }
 
-# Photographs and closes one window after the other until the utility has ended, for a bounded time.
+# Takes a picture of each window and closes it, until the utility has ended, for a bounded time.
 attend_windows() {
   local window pictures=0 seen=' ' closed=0 end=$((SECONDS + 120 + 4 * seconds))
   while is_running && ((SECONDS < end)); do
@@ -158,7 +159,7 @@ run_utility() {
 gather() {
   local file
   find "$log_folder" -name '*.log' -exec cp -t "$output" {} +
-  cp "$stage/requests.log" "$output/"
+  cp "$work/requests.log" "$output/"
   file=$documents/Varnexa/QRT15/korsa.ini
   if [[ -e $file ]]; then cp "$file" "$output/settings.ini"; fi
   # A started update may take a moment to leave its note.

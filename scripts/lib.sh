@@ -3,9 +3,9 @@
 
 repo=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
 export repo
-# A login's path of an ordinary user leaves out where Debian keeps nginx.
+# The login path of an ordinary user leaves out the folders where Debian keeps nginx and fuser.
 PATH=$PATH:/usr/sbin:/sbin
-# Everything that is built, and everything that the sandbox keeps, lies below this folder.
+# Everything that is built, and everything that the sandbox keeps, is below this folder.
 build_root=$(realpath -m -- "${TAVREL_BUILD_ROOT:-$repo/build}")
 export build_root
 
@@ -14,6 +14,28 @@ say() { printf -- '-- %s\n' "$*" >&2; }
 die() {
   printf '%s: %s\n' "${0##*/}" "$*" >&2
   exit 2
+}
+
+# For scripts whose usage text is the comment at their top: prints it.
+usage() { sed -n '2,/^[^#]/s/^#$//p; 2,/^[^#]/s/^# //p' "$0"; }
+
+make_build_root() {
+  # shellcheck disable=SC2015  # either failing means the same
+  mkdir -p "$build_root" 2>/dev/null && [[ -w $build_root ]] ||
+    die "cannot write to $build_root; set TAVREL_BUILD_ROOT to a folder that can be written"
+}
+
+# Prints how sandboxes are isolated here: bubblewrap where this user may make namespaces; plain (one sandbox at a
+# time, on the machine's own network) where nothing else is possible, as in a container with its engine's default
+# confinement. Fails with bubblewrap's message where neither works: port 80 is reserved for root.
+sandbox_kind() {
+  local refusal unprivileged_port
+  if refusal=$(bwrap --ro-bind / / --proc /proc --unshare-net --unshare-pid true 2>&1); then
+    echo bubblewrap
+    return
+  fi
+  unprivileged_port=$(</proc/sys/net/ipv4/ip_unprivileged_port_start)
+  if ((EUID == 0 || unprivileged_port <= 80)); then echo plain; else echo "$refusal"; return 1; fi
 }
 
 # Waits until COMMAND succeeds: wait_until SECONDS COMMAND…; fails when the time is over.

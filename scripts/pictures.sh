@@ -2,16 +2,16 @@
 # Takes the pictures in docs/pictures: see the usage text below.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
 
 usage() {
   cat <<'EOT'
 Usage: scripts/pictures.sh [--dpi N] [--contrast] [--only NAME] [FOLDER]
 
-Builds the utility, plays the demo's scenes on a virtual display and leaves a picture of each state of its
+Builds the utility, runs the demo's scenes on a virtual display and leaves a picture of each state of its
 window in FOLDER (default: docs/pictures).
 
-  --dpi N      as on a display of N dots per inch (96 unless given)
+  --dpi N      as on a display of N dots per inch (96 to 384; 96 unless given)
   --contrast   with high-contrast colours and without a visual style
   --only NAME  only the picture of this name
 EOT
@@ -24,11 +24,13 @@ only=
 folder=$repo/docs/pictures
 while (($#)); do
   case $1 in
-    --dpi) dpi=$2; shift 2 ;;
+    --dpi | --only)
+      (($# > 1)) || die "$1 needs a value; scripts/pictures.sh --help tells more"
+      declare "${1#--}=$2"
+      shift 2 ;;
     --contrast) contrast=yes; shift ;;
-    --only) only=$2; shift 2 ;;
     --help | -h) usage; exit ;;
-    -*) usage >&2; exit 2 ;;
+    -*) die "unknown option: $1; scripts/pictures.sh --help lists them" ;;
     *) folder=$(realpath -m -- "$1"); shift ;;
   esac
 done
@@ -50,6 +52,11 @@ patch-missing-facts    |missing-facts|patch  |3|
 patch-log              |not-found    |patch  |3|ctrl+Tab
 about                  |offered      |regular|4|alt+space Up Return
 '
+if ! [[ $dpi =~ ^[1-9][0-9]{1,2}$ ]] || ((dpi < 96 || dpi > 384)); then
+  die "not a number of dots per inch from 96 to 384: $dpi"
+fi
+names=$(sed -n 's/^\([a-z-]*\) *|.*/\1/p' <<<"$table")
+[[ -z $only ]] || grep -qxF -e "$only" <<<"$names" || die "no picture is named '$only'; they are: ${names//$'\n'/ }"
 
 shots=$build_root/pictures
 
@@ -93,11 +100,12 @@ take_picture() {
     -define png:compression-level=9 "$shots/$1.png"
 }
 
-if [[ -z ${TAVREL_ROOM-} ]]; then
+if [[ -z ${TAVREL_SANDBOX-} ]]; then
   "$repo/scripts/setup.sh"
   "$repo/scripts/build.sh" release
   rm -rf "$shots"
-  "$repo/scripts/sandbox.sh" --name "pictures-$dpi-$contrast" -- "$0" "${arguments[@]}"
+  "$repo/scripts/sandbox.sh" --name "pictures-$dpi-$contrast" \
+    --screen "$((1024 * dpi / 96))x$((768 * dpi / 96))" -- "$0" "${arguments[@]}"
   mkdir -p "$folder"
   cp "$shots"/*.png "$folder/"
   say "Pictures are in $folder"

@@ -1,12 +1,12 @@
 #!/bin/bash
-# Plays the demo's scenes in patch verification mode with nginx and compares what is to be seen from outside
-# with scenes.txt.   scenes.sh ARCH BUILD [SCENE]…
+# Runs the demo's scenes in patch verification mode with nginx and compares what a scene leaves with
+# scenes.txt.   scenes.sh ARCH BUILD [SCENE]…
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/lib.sh"
 
-# All scenes are played in one room.
-if [[ -z ${TAVREL_ROOM-} ]]; then exec "$repo/scripts/sandbox.sh" --name scenes --arch "$1" -- "$0" "$@"; fi
+# All scenes run in one sandbox.
+if [[ -z ${TAVREL_SANDBOX-} ]]; then exec "$repo/scripts/sandbox.sh" --name scenes --arch "$1" -- "$0" "$@"; fi
 arch=$1 build=$(realpath -- "$2") scenes=" ${*:3} " failures=0
 output=$build/tests/acceptance/scenes-$arch
 wire='Host: updates.varnexa.example, User-Agent: QRT_15_TavrelUtility, Accept: text/[*]'

@@ -5,8 +5,8 @@ set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/lib.sh"
 
-if [[ -z ${TAVREL_ROOM-} ]]; then exec "$repo/scripts/sandbox.sh" --name installer --arch "$1" -- "$0" "$@"; fi
-build=$2 stage=$(mktemp -d) failures=0
+if [[ -z ${TAVREL_SANDBOX-} ]]; then exec "$repo/scripts/sandbox.sh" --name installer --arch "$1" -- "$0" "$@"; fi
+build=$2 stage=$(mktemp -d -p "$TAVREL_TMP") failures=0
 # The version before: another program (a stand-in) and another seed.
 old=$build/tests/packaging/old-$1
 mkdir -p "$old/generated"
@@ -75,7 +75,7 @@ find_update() {
     maker Version 15.0
     maker Installpath C:\product'
   cp "$repo/demo/updates.ini" "$stage/www/qrt15/"
-  sed -e "s|@STAGE@|$stage|; s|@RATE@|0|; s|@ANSWER@||" "$repo/demo/nginx.conf" >"$stage/nginx.conf"
+  sed -e "s|@WORK@|$stage|; s|@RATE@|0|; s|@ANSWER@||" "$repo/demo/nginx.conf" >"$stage/nginx.conf"
   nginx -c "$stage/nginx.conf" -e "$stage/errors.log" &
   start_utility && wait_until 60 grep -rqs 'Update details found. Exit code 3.' "$logs" &&
     close_utility && cmp "$program/korsa.ini" "$settings/korsa.ini"

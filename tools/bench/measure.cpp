@@ -34,7 +34,7 @@ Started Start(const std::wstring& program, const wchar_t* arguments, DWORD flags
           created.dwProcessId};
 }
 
-/// Processor time of all processes of the room that have ended: Wine does not tell those of another process,
+/// Processor time of all processes of the sandbox that have ended: Wine does not tell those of another process,
 /// but what has ended is its first process's child. Rounded down to ticks, so that only the mean of many
 /// tells.
 double EndedProcessesTime() {
