@@ -1,17 +1,29 @@
 #!/bin/bash
-# Installs what building, running and testing need on Debian 12 and 13, where it is missing: as root, or with sudo
-# for apt and dpkg alone. Does nothing, at once, where everything is there. Last it looks whether this machine
-# lets the user make a sandbox. TAVREL_HAVE_PACKAGES=1: takes it that everything is there, under whatever name.
+# Usage: scripts/setup.sh
+#
+# Installs what building, running and testing need, where it is missing: on Debian 12 and 13, as root or with sudo
+# for apt and dpkg alone; on other systems with apt it tries. Where everything is there it does nothing. At the end it
+# says how sandboxes are isolated on this machine, or why none is possible.
+#
+# TAVREL_HAVE_PACKAGES  1: installs nothing, all packages are there, under whatever name
+# TAVREL_BUILD_ROOT     folder for everything that is built, and for the log (default: build)
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
 
+case ${1-} in
+  '') ;;
+  --help | -h) usage; exit ;;
+  *) die "takes no arguments: $1; scripts/setup.sh --help tells more" ;;
+esac
 packages=(
   # build and checks
   cmake ninja-build g++ g++-mingw-w64-i686-posix doctest-dev nlohmann-json3-dev libcli11-dev
   clang libclang-rt-dev clang-format clang-tidy
-  # sandbox: its walls, Wine with what it draws windows and text with, display, update server, picture of the screen
-  bubblewrap wine wine32:i386 wine64 fonts-wine libxrender1:i386 libxcursor1:i386 libxrandr2:i386
+  # sandbox: isolation with and without namespaces, Wine and its fonts and X libraries, display, update server,
+  # picture of the screen
+  bubblewrap libnss-wrapper libnss-wrapper:i386 psmisc
+  wine wine32:i386 wine64 fonts-wine libxrender1:i386 libxcursor1:i386 libxrandr2:i386
   xvfb xdotool imagemagick nginx-light
   # installer and release
   nsis osslsigncode zip jq
@@ -43,8 +55,37 @@ run_apt() {
 
 fetch_lists() { run_apt update || say "Not all package lists could be fetched; going on with the others"; }
 
-# What an installation that was broken off left behind is finished with the same step.
+# Also completes an interrupted installation.
 install_missing() { run_apt install -y --no-install-recommends --fix-broken "${missing[@]}"; }
+
+is_debian_12_or_13() { [[ $ID == debian && ($VERSION_CODENAME == bookworm || $VERSION_CODENAME == trixie) ]]; }
+
+# Of the missing packages those that this system's sources do not have.
+unknown_packages() {
+  local package
+  for package in "${missing[@]}"; do
+    apt-cache policy "$package" | grep -q '^  Candidate: [^(]' || printf '%s\n' "$package"
+  done
+}
+
+is_container() {
+  systemd-detect-virt --quiet --container 2>/dev/null || [[ -e /.dockerenv || -e /run/.containerenv ]]
+}
+
+# Packages that an installation with the present options replaces by older ones. Needs no rights of root.
+older_packages() {
+  LC_ALL=C apt-get "${apt_options[@]}" --simulate install --no-install-recommends --fix-broken "${missing[@]}" \
+    2>>"$log" | sed -n '/will be DOWNGRADED/,/^[^ ]/s/^  //p' | tr '\n' ' '
+}
+
+# On a machine that is no container, the person at the terminal decides whether packages are replaced by older ones.
+confirm_older_packages() {
+  local answer=
+  [[ -t 0 && -t 2 ]] && ! is_container || return 0
+  printf 'Installing them replaces these packages by older ones until the next upgrade: %s\nGo on? [y/N] ' "$1" >&2
+  read -r answer || true
+  [[ $answer == [yY]* ]] || die "nothing was installed; once the sources resolve again, the next start goes on"
+}
 
 # Debian's own mirror as this machine's sources name it, and the name they give the release.
 debian_mirror() {
@@ -54,9 +95,9 @@ debian_mirror() {
 }
 
 # The security archive's index for i386 can lag behind the one for amd64; apt then finds no i386 library that
-# fits its installed twin. The release and its updates alone, of both architectures, do fit, once what came from
-# the security archive may step back. The machine's own sources stay as they are, so its next upgrade brings that
-# forward again.
+# fits its installed twin. The release and its updates alone, of both architectures, do fit, once packages that came
+# from the security archive are replaced by the release's older ones. The machine's own sources stay as they are, so
+# its next upgrade reverses that.
 install_from_release_alone() {
   local folder=$build_root/apt mirror older release
   read -r mirror release < <(debian_mirror "$1") ||
@@ -70,24 +111,23 @@ install_from_release_alone() {
     -o "Dir::Etc::Preferences=$folder/preferences" -o Dir::Etc::PreferencesParts=-
     -o "Dir::State::Lists=$folder/lists" --allow-downgrades)
   fetch_lists
+  older=$(older_packages)
+  if [[ -n $older ]]; then confirm_older_packages "$older"; fi
   install_missing || return
-  older=$(grep -A 99 'will be DOWNGRADED' "$log" | sed -n 's/^  //p' | tr '\n' ' ')
-  if [[ -n $older ]]; then say "Packages that had to step back for this, until the next upgrade: $older"; fi
+  if [[ -n $older ]]; then say "Replaced by older packages until the next upgrade: $older"; fi
 }
 
 install_packages() {
-  local hook ID='' PRETTY_NAME='this system' VERSION_CODENAME=''
+  local hook unknown ID='' PRETTY_NAME='this system' VERSION_CODENAME=''
   # shellcheck source=/dev/null
   . /etc/os-release
-  [[ $ID == debian && ($VERSION_CODENAME == bookworm || $VERSION_CODENAME == trixie) ]] ||
-    die "$PRETTY_NAME is neither Debian 12 nor 13: go on in one of them (docker run --privileged -it -v" \
-      "\"\$PWD:/app\" -w /app debian:12), or install what corresponds to these packages and set" \
-      "TAVREL_HAVE_PACKAGES=1: ${missing[*]}"
+  command -v apt-get >/dev/null ||
+    die "$PRETTY_NAME has no apt: go on in Debian 12 or 13 (docker run -it -v \"\$PWD:/app\" -w /app debian:12), or" \
+      "install what corresponds to these packages and set TAVREL_HAVE_PACKAGES=1: ${missing[*]}"
   if ((EUID != 0)) && ! { command -v sudo && sudo -- apt-get --version; } >/dev/null; then
     die "installing packages takes root's rights, and there is no sudo that gives them: have root run" \
       "scripts/setup.sh, or install ${missing[*]}"
   fi
-  mkdir -p "$build_root"
   : >"$log"
   say "Installing ${#missing[@]} missing packages with apt (some minutes on a fresh machine; log: $log):"
   say "  ${missing[*]}"
@@ -96,19 +136,26 @@ install_packages() {
     as_root dpkg --add-architecture i386
   fi
   if [[ -n $(dpkg --audit) ]]; then
-    say "Finishing an installation that was broken off"
+    say "Completing an interrupted installation"
     as_root dpkg --configure -a </dev/null >>"$log" 2>&1 || true
   fi
   if [[ " ${missing[*]} " == *" nginx-light "* ]]; then
-    # Debian starts a web server that it installs; here only sandboxes have one. In one line: apt hands its
-    # options on in a file, in which a value ends with its line.
+    # Debian starts a web server that it installs; here only sandboxes need one. The command is one line because
+    # apt passes its options on in a file, in which a value ends with its line.
     hook='[ ! -d /run/systemd/system ] || systemctl --quiet disable --now nginx.service 2>/dev/null || true'
     apt_options+=(-o "DPkg::Post-Invoke::=$hook")
   fi
   say "Fetching the package lists"
   fetch_lists
+  if ! is_debian_12_or_13; then
+    say "$PRETTY_NAME is neither Debian 12 nor 13 and has not been tried; going on with its own packages"
+    mapfile -t unknown < <(unknown_packages)
+    ((${#unknown[@]} == 0)) ||
+      die "$PRETTY_NAME does not have these packages: ${unknown[*]}; install what corresponds to all that are" \
+        "missing and set TAVREL_HAVE_PACKAGES=1"
+  fi
   say "Installing"
-  if ! install_missing && ! install_from_release_alone "$VERSION_CODENAME"; then
+  if ! install_missing && ! { is_debian_12_or_13 && install_from_release_alone "$VERSION_CODENAME"; }; then
     tail -n 30 "$log" >&2
     die "installing failed; see $log"
   fi
@@ -120,14 +167,20 @@ install_packages() {
 
 export DEBIAN_FRONTEND=noninteractive
 apt_options=()
-# Packages that are being unpacked are set up to the end, whatever is pressed; nothing more is begun then.
+# dpkg finishes the packages that it is unpacking, whatever key is pressed; then the script ends.
 trap 'die "interrupted; the next start goes on from here"' INT TERM
+make_build_root
 if [[ ${TAVREL_HAVE_PACKAGES-} != 1 ]]; then
   missing=("${packages[@]}")
   if command -v dpkg-query >/dev/null; then mapfile -t missing < <(missing_packages); fi
   if ((${#missing[@]})); then install_packages; fi
 fi
-refusal=$(bwrap --ro-bind / / --proc /proc --unshare-net --unshare-pid true 2>&1) ||
-  die "this machine lets $(id -un) make no namespaces, which the sandbox is made of ($refusal); go on as root, in a" \
-    "container with --privileged, or let root allow them: sysctl user.max_user_namespaces=10000" \
-    "kernel.unprivileged_userns_clone=1 kernel.apparmor_restrict_unprivileged_userns=0 (as far as they exist)"
+kind=$(sandbox_kind) ||
+  die "this machine lets $(id -un) neither make namespaces, which isolate a sandbox ($kind), nor use port 80; go on as" \
+    "root, or let root allow them: sysctl user.max_user_namespaces=10000 kernel.unprivileged_userns_clone=1" \
+    "kernel.apparmor_restrict_unprivileged_userns=0 (as far as they exist)"
+if [[ $kind == bubblewrap ]]; then
+  say "Sandboxes: isolated by bubblewrap, each with a network of its own"
+else
+  say "Sandboxes: without namespaces, which this system does not permit: one at a time, on this container's network"
+fi
