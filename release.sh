@@ -2,7 +2,7 @@
 # Makes a release: see the usage text below.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/scripts/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/scripts/lib.sh"
 
 usage() {
   cat <<'EOF'
@@ -25,6 +25,7 @@ case ${1-} in
   --help | -h) usage; exit ;;
   -*) die "unknown option: $1; ./release.sh --help tells more" ;;
 esac
+(($# <= 1)) || die "releases one commit at a time; ./release.sh --help tells more"
 cd "$repo"
 commit=$(git rev-parse --verify --quiet "${1:-HEAD}^{commit}") || die "no such commit: $1"
 [[ -z $(git status --porcelain) ]] || die "the tree is dirty: commit or remove what git status names, then go on"
@@ -33,6 +34,9 @@ tag=$(git tag --points-at "$commit" --list 'v[0-9]*' | head -n 1)
 [[ -z $tag || $tag == "v$version" ]] || die "the tag $tag stands at version $version: move one of them"
 notes=$(git show "$commit:CHANGELOG.md" | sed -n "/^## \[${version//./\\.}\] - [0-9-]*$/,/^## \[/p" | sed '1d; /^## \[/d')
 [[ -n ${notes//[[:space:]]/} ]] || die "CHANGELOG.md has no section '## [$version] - DATE': write it, then go on"
+make_build_root
+exec 9>"$build_root/release.lock"
+flock --nonblock 9 || die "another ./release.sh works in $build_root; start again when it has ended"
 "$repo/scripts/setup.sh"
 
 # The times in what is packed are the commit's.

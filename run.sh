@@ -2,7 +2,7 @@
 # Sets up, builds, and runs the utility in a sandbox: see the usage text below.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/scripts/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/scripts/lib.sh"
 
 usage() {
   cat <<'EOF'
@@ -11,7 +11,7 @@ Usage: ./run.sh [OPTION]…
 Installs what is missing (Debian 12 and 13, as root or with sudo for apt), builds the utility and runs it in a
 sandbox with a stand-in for the installed product and an update server: on the desktop where there is a
 display, otherwise on a virtual one, leaving a picture of its window. Nothing outside this folder is
-touched, apart from Debian packages; nothing reaches another machine.
+changed, apart from Debian packages; the sandbox knows no other machine.
 
   --scene NAME    what the utility finds (below)
   --mode MODE     regular (default): started by the user, the window opens at once
@@ -19,9 +19,12 @@ touched, apart from Debian packages; nothing reaches another machine.
   --arch ARCH     win32 (default) or win64: the kind of Windows
   --virtual       use a virtual display also where there is a desktop
   --seconds N     on a virtual display, how long a window stays before its picture is taken and it is
-                  closed (default: 3)
+                  closed (default: 3; at most 600)
   --list          only lists the scenes
   --help          this text
+
+  TAVREL_BUILD_ROOT     folder for everything that is built (default: build); needed in a read-only checkout
+  TAVREL_HAVE_PACKAGES  1: installs nothing, all packages are there, under whatever name
 
 Scenes:
 EOF
@@ -58,16 +61,19 @@ done
   die "unknown scene: $scene; ./run.sh --list names them"
 [[ $mode == regular || $mode == patch ]] || die "unknown mode: $mode"
 [[ $arch == win32 || $arch == win64 ]] || die "unknown kind of Windows: $arch"
-[[ $seconds =~ ^[0-9]+$ ]] || die "not a number of seconds: $seconds"
+if ! [[ $seconds =~ ^[0-9]{1,3}$ ]] || ((10#$seconds > 600)); then
+  die "not a number of seconds from 0 to 600: $seconds"
+fi
+seconds=$((10#$seconds))
 # The sandbox reaches a display by its socket alone, not over the network.
 if [[ $display == desktop ]] &&
   ! [[ $DISPLAY =~ ^(unix)?:([0-9]+) && -S /tmp/.X11-unix/X${BASH_REMATCH[2]} ]]; then
-  say "The display $DISPLAY is not one of this machine; using a virtual one"
+  say "The display $DISPLAY is not on this machine; using a virtual one"
   display=virtual
 fi
 only_arch=$(sed -n 's/^arch=//p' "$repo/demo/scenes/$scene")
 if [[ -n $only_arch && $only_arch != "$arch" ]]; then
-  say "This scene is one of $only_arch; using that"
+  say "This scene needs $only_arch; using that"
   arch=$only_arch
 fi
 

@@ -1,10 +1,17 @@
 #!/bin/bash
-# Formatting and static analysis: scripts/lint.sh format | tidy BUILD-TREE
-# "format" asks clang-format about every source; "tidy" runs clang-tidy over the product's sources with the
-# compile commands of BUILD-TREE, made by the cross compiler. Prints what is wrong and fails if anything is.
+# Usage: scripts/lint.sh format
+#        scripts/lint.sh tidy BUILD-TREE
+#
+# "format" checks every source with clang-format. "tidy" runs clang-tidy over the product's sources with the compile
+# commands of BUILD-TREE, which the cross compiler's preset made. Prints what is wrong and fails if anything is.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
+
+case ${1-} in
+  --help | -h) usage; exit ;;
+  tidy) [[ -e ${2-}/compile_commands.json ]] || die "'${2-}' is no build tree; scripts/build.sh release makes one" ;;
+esac
 cd "$repo"
 
 case ${1-} in
@@ -21,8 +28,5 @@ case ${1-} in
     find src console packcheck -name '*.cpp' -print0 |
       xargs -0 -n 4 -P "$(nproc)" clang-tidy -p "$2" --quiet "${arguments[@]}" 2>/dev/null
     ;;
-  *)
-    sed -n '2,4s/^# //p' "$0"
-    exit 2
-    ;;
+  *) die "unknown check: '${1-}'; scripts/lint.sh --help tells more" ;;
 esac

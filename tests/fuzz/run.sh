@@ -1,11 +1,19 @@
 #!/bin/bash
-# Fuzzes the parsers of the pure part in two processes for SECONDS:   tests/fuzz/run.sh SECONDS
-# What was found interesting stays in build/fuzz/corpus for the next run. An input that breaks a rule is printed
-# as a row of tests/unit/rows.txt has it and kept in build/fuzz/found; the run then fails.
-# TAVREL_FUZZ_BUILD names another build folder.
+# Usage: tests/fuzz/run.sh SECONDS
+#
+# Fuzzes the parsers of the pure part in two processes for SECONDS. Inputs that reached new code stay in
+# build/fuzz/corpus for the next run. An input that breaks an invariant is printed as a row for tests/unit/rows.txt and
+# kept in build/fuzz/found; the run then fails. TAVREL_FUZZ_BUILD names another build folder.
 set -euo pipefail
-cd -- "$(dirname -- "$0")/../.."
-build=$(realpath -m -- "${TAVREL_FUZZ_BUILD:-build/fuzz}")
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
+
+case ${1-} in
+  --help | -h) usage; exit ;;
+esac
+[[ ${1-} =~ ^[1-9][0-9]{0,5}$ ]] || die "not a number of seconds: '${1-}'; tests/fuzz/run.sh --help tells more"
+build=$(realpath -m -- "${TAVREL_FUZZ_BUILD:-$build_root/fuzz}")
+cd "$repo"
 cmake --preset fuzz -B "$build" >/dev/null
 cmake --build "$build" --target tavrel_fuzz
 rm -rf -- "$build/seeds" "$build/found"

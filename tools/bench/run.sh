@@ -1,14 +1,18 @@
 #!/bin/bash
-# Measures whole runs of the utility in the sandbox, beside the barest programs that make the same system calls
-# (tools/bench/floor.cpp) and beside other builds of the utility, turn by turn in the same rounds:
-#   tools/bench/run.sh [--document] [ROUNDS [PROGRAM.exe]…]
-# ROUNDS is 20 unless given. Every measurement, a summary, its tables and its plots are left in build/bench/;
-# the tables are printed. With --document they go into docs/performance.md and docs/performance/ as well.
-# Figures of one run compare; those of two runs or machines do not.
+# Usage: tools/bench/run.sh [--document] [ROUNDS [PROGRAM.exe]…]
+#
+# Measures whole runs of the utility in the sandbox, in each round beside the smallest programs that make the same
+# system calls (tools/bench/floor.cpp) and beside other builds of the utility. ROUNDS is 20 unless given. Every
+# measurement, a summary, its tables and its plots are left in build/bench/; the tables are printed. With --document
+# they go into docs/performance.md and docs/performance/ as well. Figures of one run compare; those of two runs or
+# machines do not.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
 
+case ${1-} in
+  --help | -h) usage; exit ;;
+esac
 document=
 if [[ ${1-} == --document ]]; then
   document=yes
@@ -21,6 +25,7 @@ programs=()
 for program in "${@:2}"; do programs+=("Z:$(realpath -- "$program")"); done
 
 "$repo/scripts/setup.sh"
+[[ $(sandbox_kind) == bubblewrap ]] || die "measuring needs a process namespace, which this system does not permit"
 "$repo/scripts/build.sh" release tavrel_bench >&2
 out=$build_root/bench
 mkdir -p "$out"
