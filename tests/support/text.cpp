@@ -28,11 +28,9 @@ std::vector<std::vector<std::wstring>> ReadRows(const char* file) {
 
 /// The column of systems.txt for the system that this program runs on.
 std::size_t SystemColumn() {
-  using WineVersion = const char*(__cdecl*)();
-  const auto version =
-      std::bit_cast<WineVersion>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version"));
+  const char* const version = WineVersion();
   if (version == nullptr) return 1;
-  return std::atoi(version()) <= 8 ? 2 : 3;
+  return std::atoi(version) <= 8 ? 2 : 3;
 }
 
 }  // namespace
@@ -48,6 +46,13 @@ std::vector<std::vector<std::wstring>> Rows(const char* file) {
     }
   }
   return rows;
+}
+
+const char* WineVersion() {
+  using Function = const char*(__cdecl*)();
+  const auto version =
+      std::bit_cast<Function>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version"));
+  return version == nullptr ? nullptr : version();
 }
 
 }  // namespace support

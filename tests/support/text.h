@@ -16,5 +16,7 @@ using ::Split;
 /// holds on the system that this program runs on. Lines that begin with '#' and empty ones are left out. Ends
 /// the program when there are none.
 std::vector<std::vector<std::wstring>> Rows(const char* file);
+/// Wine's version, such as "8.0"; null on Windows.
+const char* WineVersion();
 
 }  // namespace support
