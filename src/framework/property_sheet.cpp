@@ -85,10 +85,10 @@ HWND CPropertySheet::Create() {
 
 void CPropertySheet::ShowIcon() {
   if (icon_id_ == 0) return;
-  const HICON big = SharedIcon(icon_id_, SM_CXICON, SM_CYICON);
-  const HICON small = SharedIcon(icon_id_, SM_CXSMICON, SM_CYSMICON);
-  SendMessageW(Handle(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(big));
-  SendMessageW(Handle(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(small));
+  const HICON taskbar_icon = SharedIcon(icon_id_, SM_CXICON, SM_CYICON);
+  const HICON title_icon = SharedIcon(icon_id_, SM_CXSMICON, SM_CYSMICON);
+  SendMessageW(Handle(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(taskbar_icon));
+  SendMessageW(Handle(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(title_icon));
   // A dialog frame shows no icon in its title bar.
   const LONG_PTR style = GetWindowLongPtrW(Handle(), GWL_EXSTYLE);
   SetWindowLongPtrW(Handle(), GWL_EXSTYLE, style & ~static_cast<LONG_PTR>(WS_EX_DLGMODALFRAME));

@@ -314,7 +314,7 @@ TEST_CASE("section names: the system's functions find others than the program's 
   CheckRows("Section names", [](std::wstring_view in) {
     const Machine machine;
     const std::wstring file = machine.Temp() + L"\\list.ini";
-    support::WriteBytes(file, std::string(in.begin(), in.end()));
+    support::WriteBytes(file, Bytes(in));
     std::vector<std::wstring> names, whole;
     AppendSectionNames(platform::ReadProfileSectionNames(file, kSectionNamesCapacity), names);
     AppendSectionNames(platform::ReadProfileSectionNames(file, 8), whole);

@@ -74,7 +74,7 @@ struct Hook<Imported, Result(WINAPI*)(Arguments...)> {
     const auto original = reinterpret_cast<decltype(&Replacement)>(function.other);
     if (session == nullptr) return original(arguments...);
     std::wstring subject;
-    const auto look = [&](auto argument) {
+    const auto look = [&]([[maybe_unused]] auto argument) {
       if constexpr (std::is_convertible_v<decltype(argument), const wchar_t*>)
         if (subject.empty() && argument != nullptr) subject = argument;
     };
@@ -87,7 +87,7 @@ struct Hook<Imported, Result(WINAPI*)(Arguments...)> {
     const bool done = (function.failed == kCode) == (result == Failure(0));
     if (done && function.handle.starts_with(L'+')) {
       INT_PTR handle = (INT_PTR)result;
-      const auto last = std::get<sizeof...(Arguments) - 1>(all);
+      [[maybe_unused]] const auto last = std::get<sizeof...(Arguments) - 1>(all);
       if constexpr (std::is_pointer_v<std::remove_pointer_t<decltype(last)>>) handle = (INT_PTR)*last;
       session->open[handle] = function.handle.substr(1);
     }
@@ -178,9 +178,9 @@ void ExchangeAll() {
   for (const auto& [function, slot] : slots) function->other = support::ExchangeImport(slot, function->other);
 }
 
-__time64_t stopped_at;
-__time64_t Now(__time64_t* /*copy*/) {
-  return stopped_at;
+ULARGE_INTEGER stopped_at;  ///< in 100 ns since 1601
+void WINAPI StoppedTime(FILETIME* time) {
+  *time = {stopped_at.LowPart, stopped_at.HighPart};
 }
 
 }  // namespace
@@ -213,10 +213,10 @@ Run Perform(const Plan& plan, const std::function<void()>& act) {
 }
 
 std::shared_ptr<void> StopClock(__time64_t now) {
-  stopped_at = now;
-  void** const slot = support::FindImport("_time64");
-  void* const clock = support::ExchangeImport(slot, reinterpret_cast<void*>(&Now));
-  return std::shared_ptr<void*>(slot, [clock](void** used) { support::ExchangeImport(used, clock); });
+  stopped_at.QuadPart = static_cast<ULONGLONG>(now + 11644473600) * 10'000'000;
+  void** const slot = support::FindImport("GetSystemTimeAsFileTime");
+  void* const running = support::ExchangeImport(slot, reinterpret_cast<void*>(&StoppedTime));
+  return std::shared_ptr<void*>(slot, [running](void** used) { support::ExchangeImport(used, running); });
 }
 
 }  // namespace sweep

@@ -22,6 +22,13 @@ inline std::string Literal(std::wstring_view value) {
   return result;
 }
 
+/// Each character of `text` as one byte.
+inline std::string Bytes(std::wstring_view text) {
+  std::string bytes;
+  for (const wchar_t c : text) bytes += static_cast<char>(c);
+  return bytes;
+}
+
 /// The parts of a list or of several arguments: "a|b" is two texts, the empty text none.
 inline std::vector<std::wstring> Split(std::wstring_view joined, wchar_t bar = L'|') {
   std::vector<std::wstring> parts(joined.empty() ? 0 : 1);

@@ -56,10 +56,6 @@ Text Compare(View installed) {
   return IsNewer({2, 7}, text::ParseDecimal(parts[0]), text::ParseDecimal(parts[1])) ? L"newer" : L"";
 }
 
-std::string Bytes(View text) {
-  return std::string(text.begin(), text.end());
-}
-
 // The bytes of a list, "|" and those of a record.
 Text Warned(View in) {
   const std::size_t bar = in.find(L'|');
@@ -137,7 +133,7 @@ Text Page(bool interactive, View in) {
 // Applies a function of 8-bit texts to plain wide ones.
 template <std::string Function(std::string_view)>
 Text Widened(View value) {
-  const std::string result = Function(std::string(value.begin(), value.end()));
+  const std::string result = Function(Bytes(value));
   return Text(result.begin(), result.end());
 }
 
