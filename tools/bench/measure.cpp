@@ -34,9 +34,9 @@ Started Start(const std::wstring& program, const wchar_t* arguments, DWORD flags
           created.dwProcessId};
 }
 
-/// Processor time of all processes of the sandbox that have ended: Wine does not tell those of another process,
-/// but what has ended is its first process's child. Rounded down to ticks, so that only the mean of many
-/// tells.
+/// Processor time of all processes of the sandbox that have ended: Wine does not tell those of another
+/// process, but what has ended is its first process's child. Rounded down to ticks, so that only the mean of
+/// many tells.
 double EndedProcessesTime() {
   std::FILE* file = _wfopen(L"Z:\\proc\\1\\stat", L"r");
   if (file == nullptr) return 0;
