@@ -16,7 +16,7 @@ cd "$repo"
 
 case ${1-} in
   format)
-    find src console packcheck tests demo tools \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format --dry-run -Werror
+    find src console packcheck logcheck tests demo tools \( -name '*.cpp' -o -name '*.h' \) -print0 | xargs -0 clang-format --dry-run -Werror
     ;;
   tidy)
     # clang knows neither where the cross compiler keeps its headers, nor its target, nor all of its warnings.
@@ -25,7 +25,7 @@ case ${1-} in
       arguments+=(--extra-arg=-isystem"$folder")
     done < <(i686-w64-mingw32-g++-posix -x c++ -E -v /dev/null 2>&1 |
       sed -n '/^#include <...>/,/^End of search/s/^ //p')
-    find src console packcheck -name '*.cpp' -print0 |
+    find src console packcheck logcheck -name '*.cpp' -print0 |
       xargs -0 -n 4 -P "$(nproc)" clang-tidy -p "$2" --quiet "${arguments[@]}" 2>/dev/null
     ;;
   *) die "unknown check: '${1-}'; scripts/lint.sh --help tells more" ;;

@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "log/log_text.h"
+#include "logcheck/verdict.h"
 #include "text/text.h"
 #include "ui/log_saving.h"
 #include "unit/literal.h"
@@ -125,11 +126,24 @@ void Logs(const Text& in) {
   assert(edit == in);
 }
 
+// Whatever a log holds, each of its lines is read once, and each check has advice.
+void LogRuns(const Text& in) {
+  std::size_t lines = 0;
+  for (const logcheck::Run& run : logcheck::ReadLog(in)) {
+    lines += run.unknown.size();
+    for (const logcheck::Check& check : run.checks) {
+      assert(!check.entries.empty() && Judge(check).advice.ends_with('.'));
+      lines += check.entries.size();
+    }
+  }
+  assert(lines <= in.size());
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static constexpr void (*kParsers[])(const Text&) = {Numbers,   Replacing, Paths, Packs,
-                                                      Decisions, Requests,  Lists, Logs};
+  static constexpr void (*kParsers[])(const Text&) = {Numbers,  Replacing, Paths, Packs,  Decisions,
+                                                      Requests, Lists,     Logs,  LogRuns};
   if (size == 0) return 0;
   const Text in = Decode(data + 1, size - 1);
   if (std::getenv("TAVREL_SHOW")) std::puts(("row " + Literal(in)).c_str());

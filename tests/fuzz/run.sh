@@ -19,12 +19,15 @@ cmake --build "$build" --target tavrel_fuzz
 rm -rf -- "$build/seeds" "$build/found"
 mkdir -p -- "$build/seeds" "$build/found" "$build/corpus"
 
-# The seeds are the inputs of the unit tests' rows, each for each of the eight parsers.
+# The seeds are the inputs of the unit tests' rows, each for each of the nine parsers, and the log's entries.
 number=0
 while IFS= read -r row; do
   number=$((number + 1))
-  for parser in {0..7}; do printf '%b' "$parser$row" >"$build/seeds/$number-$parser"; done
+  for parser in {0..8}; do printf '%b' "$parser$row" >"$build/seeds/$number-$parser"; done
 done < <(sed -n 's/\(.*\) =>.*/\1/p' tests/unit/rows.txt)
+# 5: the reader of logs.
+sed -n 's/^| `\([^`]*\)`.*/\1 2/p' docs/log.md |
+  split -l 8 --filter='(printf 5; cat) >"$FILE"' - "$build/seeds/log-"
 cd -- "$build"
 tests/fuzz/tavrel_fuzz -jobs=2 -workers=2 -max_total_time="$1" -max_len=1024 -timeout=10 -verbosity=0 \
   -print_final_stats=1 -artifact_prefix=found/ corpus seeds && exit

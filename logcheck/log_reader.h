@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "logcheck/texts.h"
+
+/// Splits the text of a log into runs, checks and entries. Pure: no input and no output.
+namespace logcheck {
+
+/// One entry of a check.
+struct Entry {
+  std::wstring line;           ///< as it stands, with the lines of a longer message joined by "\n"
+  const Text* text = nullptr;  ///< null: a number or Windows' message that belongs to a neighbouring entry
+  std::wstring rest;           ///< what follows an open-ended text: code, message, path
+};
+
+/// One check of a run. Also what stands before its first frame line (settings) and behind its last (a failed
+/// launch).
+struct Check {
+  std::vector<Entry> entries;
+};
+
+/// One start of the utility. Empty where the header is torn or absent.
+struct Run {
+  std::wstring time;  ///< local time as "2026-11-21T22:30"
+  std::optional<bool> by_product;
+  std::wstring utility;  ///< version of the utility
+  std::wstring product;  ///< file version of the product; also empty for NA
+  std::optional<bool> administrator;
+  std::vector<Check> checks;
+  std::vector<std::wstring> unknown;  ///< lines that no version of the utility writes
+};
+
+/// The runs of a log, in the order of the log. Lines end in LF, CR LF or CR; blank lines do not count. A run
+/// begins where a header begins. Lines before the first header are a run without a header.
+std::vector<Run> ReadLog(std::wstring_view log);
+
+}  // namespace logcheck

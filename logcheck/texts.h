@@ -1,0 +1,66 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+struct RegisteredReader;
+
+/// What each text of the utility's log means, keyed by the very constants that the utility logs.
+namespace logcheck {
+
+/// What an entry tells about its check.
+enum class Role {
+  header,         ///< part of the run's header; never an entry
+  progress,       ///< a step that went well, or a frame line
+  code,           ///< code or message of the entry before it
+  trouble,        ///< something went wrong, and the check went on
+  value_read,     ///< a registry value of the product was read
+  value_missing,  ///< a registry value of the product was not read
+  not_installed,
+  facts_missing,
+  mismatch,
+  exchange_failed,
+  odd_status,  ///< the server answered with an HTTP status that is neither 200 nor 404
+  not_offered,
+  offered,
+  launch_failed,
+};
+
+struct Text {
+  std::wstring_view text;   ///< may hold line ends; compared without the white space around each line
+  bool open_ended = false;  ///< a code, message or path follows
+  Role role = Role::progress;
+  const RegisteredReader* reader = nullptr;  ///< whose value was read or is missing
+  std::string_view means;                    ///< a clause: lower case at the start, no full stop
+  /// What to do, a clause too; empty: nothing, or what the code that follows asks for.
+  std::string_view advice = {};
+};
+
+/// Texts of one step of a run, in the order in which a run logs them.
+struct TextGroup {
+  std::string_view title;
+  std::span<const Text> texts;
+};
+
+std::span<const Text> HeaderTexts();
+std::span<const Text> SettingsTexts();
+std::span<const Text> RegisteredTexts();
+std::span<const Text> ExchangeTexts();
+std::span<const Text> ComparisonTexts();
+std::span<const Text> AfterCheckTexts();
+/// All of them.
+std::span<const TextGroup> TextGroups();
+
+/// A code or message behind "Error : ", or an HTTP status.
+struct Code {
+  std::wstring_view code;
+  bool http = false;       ///< an HTTP status; else a Windows error code or a message of the utility
+  std::string_view means;  ///< clauses, as in Text
+  std::string_view advice;
+};
+
+std::span<const Code> Codes();
+/// What is known of `code`; for one that the table lacks, where to look it up.
+Code FindCode(std::wstring_view code, bool http);
+
+}  // namespace logcheck
