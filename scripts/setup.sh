@@ -62,9 +62,10 @@ is_debian_12_or_13() { [[ $ID == debian && ($VERSION_CODENAME == bookworm || $VE
 
 # Of the missing packages those that this system's sources do not have.
 unknown_packages() {
-  local package
+  local package policy
   for package in "${missing[@]}"; do
-    apt-cache policy "$package" | grep -q '^  Candidate: [^(]' || printf '%s\n' "$package"
+    policy=$(LC_ALL=C apt-cache policy "$package")
+    [[ $policy == *'  Candidate: '[^\(]* ]] || printf '%s\n' "$package"
   done
 }
 
