@@ -14,8 +14,8 @@ display, otherwise on a virtual one, leaving a picture of its window. Nothing ou
 changed, apart from Debian packages; the sandbox knows no other machine.
 
   --scene NAME    what the utility finds (below)
-  --mode MODE     regular (default): started by the user, the window opens at once
-                  patch: started by the product, a window opens only if there is something to tell
+  --mode MODE     regular (default): the user starts it, the window opens at once
+                  patch: the product starts it, a window opens only if there is something to tell
   --arch ARCH     win32 (default) or win64: the kind of Windows
   --virtual       use a virtual display also where there is a desktop
   --seconds N     on a virtual display, how long a window stays before its picture is taken and it is
@@ -65,7 +65,7 @@ if ! [[ $seconds =~ ^[0-9]{1,3}$ ]] || ((10#$seconds > 600)); then
   die "not a number of seconds from 0 to 600: $seconds"
 fi
 seconds=$((10#$seconds))
-# The sandbox reaches a display by its socket alone, not over the network.
+# The sandbox can use a display through its socket only, not over the network.
 if [[ $display == desktop ]] &&
   ! [[ $DISPLAY =~ ^(unix)?:([0-9]+) && -S /tmp/.X11-unix/X${BASH_REMATCH[2]} ]]; then
   say "The display $DISPLAY is not on this machine; using a virtual one"
@@ -83,11 +83,11 @@ output=$build_root/run/$scene-$mode-$arch
 if [[ $display == virtual ]]; then
   say "Running the utility on a virtual display"
 else
-  say "Running the utility on your desktop; close its window to go on"
+  say "Running the utility on your desktop; it goes on when you close its window"
 fi
 code=0
 "$repo/scripts/sandbox.sh" --name demo --arch "$arch" --display "$display" --limit 3600 -- \
-  "$repo/demo/play.sh" "$scene" "$mode" "$seconds" "$output" "$build_root/release" || code=$?
+  "$repo/demo/scene.sh" "$scene" "$mode" "$seconds" "$output" "$build_root/release" || code=$?
 ((code == 0)) || die "the run failed ($code); the sandbox's own logs are in $build_root/sandbox/demo-$arch/log"
 
 show() {
@@ -98,7 +98,7 @@ show() {
 
 pictures=$(find "$output" -name 'picture-*.png' -printf x)
 show "The utility's log file" "$(find "$output" -name '*.log' ! -name requests.log -print -quit)"
-show "What the update server was asked" "$output/requests.log"
+show "Requests that the update server received" "$output/requests.log"
 show "korsa.ini in the user's Documents folder" "$output/settings.ini"
 if [[ -e $output/started.txt ]]; then
   show "How the product was started (arguments, then folder)" "$output/started.txt"

@@ -5,7 +5,7 @@
 set -euo pipefail
 
 tail --pid="$1" --sleep-interval=0.1 --follow /dev/null
-# The display's server removes its socket when it is asked to end.
+# Xvfb removes its socket when it is asked to end.
 if fuser --silent --kill -TERM "$2"; then sleep 0.5; fi
 for ((tries = 0; tries < 100; ++tries)); do
   fuser --silent --kill -KILL "$2" || break

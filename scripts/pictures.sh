@@ -11,7 +11,7 @@ Usage: scripts/pictures.sh [--dpi N] [--contrast] [--only NAME] [FOLDER]
 Builds the utility, runs the demo's scenes on a virtual display and leaves a picture of each state of its
 window in FOLDER (default: docs/pictures).
 
-  --dpi N      as on a display of N dots per inch (96 to 384; 96 unless given)
+  --dpi N      on a display of N dots per inch (96 to 384; default: 96)
   --contrast   with high-contrast colours and without a visual style
   --only NAME  only the picture of this name
 EOT
@@ -63,7 +63,7 @@ shots=$build_root/pictures
 set_up_display() {
   local colour
   wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d "$dpi" /f
-  # Without a window manager Wine paints the first window's title as if it were not the active one.
+  # Without a window manager Wine paints the first window's title in the colours of an inactive one.
   for colour in {,Gradient}InactiveTitle='51 153 255' InactiveTitleText='0 0 0'; do
     wine reg add 'HKCU\Control Panel\Colors' /v "${colour%%=*}" /d "${colour#*=}" /f
   done
@@ -78,12 +78,12 @@ set_up_display() {
   done
 }
 
-is_window_there() { xdotool search --onlyvisible --name 'Varnexa 15.0 Tavrel Utility' >/dev/null 2>&1; }
+window_is_open() { xdotool search --onlyvisible --name 'Varnexa 15.0 Tavrel Utility' >/dev/null 2>&1; }
 
-# Beside the scene: waits for the window, then presses the keys one after the other.
+# Runs in the background of the scene: waits for the window, then presses the keys one after the other.
 press_keys() {
   local key
-  wait_until 10 is_window_there || return 0
+  wait_until 10 window_is_open || return 0
   sleep 1.5
   for key in "$@"; do xdotool key "$key"; sleep 0.4; done
 }
@@ -93,9 +93,9 @@ take_picture() {
   read -r -a keys <<<"$5"
   say "Picture $1"
   if ((${#keys[@]})); then press_keys "${keys[@]}" & fi
-  timeout --foreground 120 "$repo/demo/play.sh" "$2" "$3" "$4" "$shots/scene" "$build_root/release"
+  timeout --foreground 120 "$repo/demo/scene.sh" "$2" "$3" "$4" "$shots/scene" "$build_root/release"
   wait
-  # The window alone; the desktop around it is black.
+  # Keeps the window only; the desktop around it is black.
   convert "$shots/scene/picture-1.png" -bordercolor black -border 1 -trim +repage -strip +dither -colors 256 \
     -define png:compression-level=9 "$shots/$1.png"
 }

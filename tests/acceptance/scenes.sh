@@ -11,7 +11,7 @@ arch=$1 build=$(realpath -- "$2") scenes=" ${*:3} " failures=0
 output=$build/tests/acceptance/scenes-$arch
 wire='Host: updates.varnexa.example, User-Agent: QRT_15_TavrelUtility, Accept: text/[*]'
 
-# What the scene left, in the table's own form; the line only if the log file has it, once and with CRLF.
+# Prints the scene's results as a row of the table; the line only if the log file has it, once and with CRLF.
 seen() {
   local windows record status
   windows=$(find "$output" -name 'picture-*.png' -printf x)
@@ -24,7 +24,7 @@ seen() {
 while IFS=';' read -r scene _ _ _ line; do
   [[ $scenes == '  ' || $scenes == *" $scene "* ]] || continue
   expected=$(grep "^$scene;" "${0%.sh}.txt")
-  timeout --foreground 60 "$repo/demo/play.sh" "$scene" patch 0 "$output" "$build" || true
+  timeout --foreground 60 "$repo/demo/scene.sh" "$scene" patch 0 "$output" "$build" || true
   [[ $(seen) == "$expected" ]] && continue
   printf '%s: expected "%s", saw "%s"\n' "$arch" "$expected" "$(seen)" >&2
   failures=1

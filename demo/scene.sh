@@ -1,9 +1,9 @@
 #!/bin/bash
-# Runs one scene inside a sandbox: lays everything out as an installer and a user would have, starts
-# the update server, runs the utility, and leaves what is to be seen in a folder.
-#   play.sh SCENE MODE SECONDS OUTPUT BUILD
-# MODE is regular or patch. On a virtual display each window is photographed after SECONDS and closed; on a
-# desktop its windows are the user's. BUILD is the build tree of the cross compiler.
+# Runs one scene inside a sandbox: places files and registry entries as an installer and a user would, starts the
+# update server, runs the utility, and copies the results into a folder.
+#   scene.sh SCENE MODE SECONDS OUTPUT BUILD
+# MODE is regular or patch. On a virtual display the script takes a picture of each window after SECONDS and
+# closes it; on a desktop the user closes the windows. BUILD is the build tree of the cross compiler.
 # Output: picture-1.png …, *.log (the utility's log files), requests.log (the server's), exit-code,
 # settings.ini (korsa.ini as the run left it), started.txt (how the product was started, if it was).
 set -euo pipefail
@@ -14,8 +14,8 @@ set -euo pipefail
 scene=$1 mode=$2 seconds=$3 output=$4 build=$5
 window_title='Varnexa 15.0 Tavrel Utility'
 
-# What a scene can set, with the values of a scene that sets nothing.
-product=15.0.2.5                 # file version of the installed product; empty: not installed
+# Everything that a scene can set, with the defaults.
+product=15.0.2.5                 # file version of the installed product; empty: it is not installed
 list=updates.ini                 # update information file on the server; empty: there is none
 answer=                          # nginx directive that answers the request instead
 rate=0                           # bytes a second, 0: no limit
@@ -25,7 +25,7 @@ update_host=updates.varnexa.example
 update_url=                      # UPDATE_LOC_URL; empty: left out
 check_updates=TRUE
 ignore_error=FALSE
-seed=yes                         # korsa.ini stands beside the program
+seed=yes                         # korsa.ini is beside the program
 record=                          # text of the record of processed packs; empty: there is none
 left_out=                        # value that the product's uninstall entry lacks
 wow_key=no                       # an empty SOFTWARE\Wow6432Node in a 32-bit prefix
@@ -43,11 +43,11 @@ fi
 folder=$drive/$program_files/Varnexa/QRT15
 windows_folder="C:\\$program_files\\Varnexa\\QRT15"
 log_folder=$drive/ProgramData/Varnexa/QRT15
-# Wine names the user's folder; besides it there is only one for all users.
+# Wine chooses the name of the user's folder; the only other one is for all users.
 user_folder=$(find "$drive/users" -mindepth 1 -maxdepth 1 ! -name Public)
 documents=$user_folder/Documents
 
-lay_out_files() {
+place_files() {
   rm -rf "$work" "$folder" "$log_folder" "$documents/Varnexa"
   rm -f "$user_folder"/{,AppData/Local/}Temp/updates.ini
   mkdir -p "$work/www/qrt15" "$folder" "$log_folder"
@@ -86,13 +86,13 @@ register_product() {
       done
     fi
   } >"$file"
-  # Of a 64-bit Windows its own program: what the 32-bit one writes is put elsewhere.
+  # On a 64-bit Windows the 64-bit program: Wine redirects the entries that the 32-bit one writes.
   local loader=wine
   if [[ $WINEARCH == win64 ]]; then loader=/usr/lib/wine/wine64; fi
   timeout 60 "$loader" regedit /S "$file"
 }
 
-open_server() {
+start_server() {
   local other_hosts
   other_hosts=$(grep -v ' updates\.varnexa\.example$' "$TAVREL_HOSTS")
   {
@@ -107,23 +107,23 @@ open_server() {
   if ((EUID == 0)); then as_root=(-g 'user root root;'); fi
   nginx "${as_root[@]}" -c "$work/nginx.conf" -e "$work/server-errors.log" &
   server_process=$!
-  wait_until 10 is_serving || die "the update server does not start; see $work/server-errors.log"
+  wait_until 10 server_answers || die "the update server does not start; see $work/server-errors.log"
 }
 
-is_serving() { (: </dev/tcp/127.0.0.1/80) 2>/dev/null; }
+server_answers() { (: </dev/tcp/127.0.0.1/80) 2>/dev/null; }
 
 is_running() { kill -0 "$utility" 2>/dev/null; }
 
 new_windows() {
   local window
-  # Nothing found is reported as a failure.
+  # xdotool fails when it finds no window.
   for window in $(xdotool search --onlyvisible --name "$window_title" 2>/dev/null); do
     [[ " $seen " == *" $window "* ]] || printf '%s\n' "$window"
   done
 }
 
 # Takes a picture of each window and closes it, until the utility has ended, for a bounded time.
-attend_windows() {
+close_windows() {
   local window pictures=0 seen=' ' closed=0 end=$((SECONDS + 120 + 4 * seconds))
   while is_running && ((SECONDS < end)); do
     sleep 0.2
@@ -140,7 +140,7 @@ attend_windows() {
     closed=$SECONDS
   done
   if is_running; then
-    say "The utility does not end; it is killed"
+    say "The utility does not end; killing it"
     timeout 20 wine taskkill /f /im QRTTavrelUtility.exe >/dev/null 2>&1 || kill -KILL "$utility"
   fi
 }
@@ -151,18 +151,18 @@ run_utility() {
   cd "$folder"
   wine QRTTavrelUtility.exe "${arguments[@]}" &
   utility=$!
-  if [[ $TAVREL_DISPLAY == virtual ]]; then attend_windows; fi
+  if [[ $TAVREL_DISPLAY == virtual ]]; then close_windows; fi
   wait "$utility" || code=$?
   printf '%s\n' "$code" >"$output/exit-code"
 }
 
-gather() {
+collect_results() {
   local file
   find "$log_folder" -name '*.log' -exec cp -t "$output" {} +
   cp "$work/requests.log" "$output/"
   file=$documents/Varnexa/QRT15/korsa.ini
   if [[ -e $file ]]; then cp "$file" "$output/settings.ini"; fi
-  # A started update may take a moment to leave its note.
+  # The stand-in product writes this file when the utility starts it.
   file=$folder/qrt-arguments.txt
   if [[ -e $file ]]; then cp "$file" "$output/started.txt"; fi
   if [[ -e $folder/installedupdates.dat ]]; then cp "$folder/installedupdates.dat" "$output/"; fi
@@ -175,8 +175,8 @@ clean_up() {
 trap clean_up EXIT
 rm -rf "$output"
 mkdir -p "$output"
-lay_out_files
+place_files
 register_product
-open_server
+start_server
 run_utility
-gather
+collect_results
