@@ -1,35 +1,31 @@
 ; The installer of the update utility. Built by packaging/installer.sh, which gives:
 ;   VERSION, PRODUCT_VERSION  as in CMakeLists.txt      OUTPUT  the installer to make
 ;   PROGRAM, SEED, ICON       files that go into it     SIGN    optional: command that signs the file named after it
-; What it does, its switches and exit codes are told in docs/administrator.md.
+; docs/administrator.md describes what it does, its options and its exit codes.
 
 Unicode true
 SetCompressor /SOLID lzma
-; Times of files are not stored, so that two installers of one source are equal to the byte.
+; The installer stores no file times, so that two builds of one commit are equal to the byte.
 SetDateSave off
 RequestExecutionLevel admin
 ManifestSupportedOS all
 ManifestDPIAware true
 
+!include FileFunc.nsh
 !include LogicLib.nsh
 !include MUI2.nsh
 
 !define PRODUCT "Varnexa ${PRODUCT_VERSION}"
 !define NAME "${PRODUCT} Tavrel Utility"
 !define PUBLISHER "NORVIK Software Inc."
+!define SUPPORT "https://www.norvik.example/support"
 !define IMAGE "QRTTavrelUtility.exe"
 !define UNINSTALLER "QRTTavrelUtility-uninstall.exe"
 !define ENTRY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${NAME}"
 !define EXIT_FAILED 2
 !define EXIT_RUNNING 3
 !define EXIT_RIGHTS 4
-
-; Rights on the log folder. System and administrators: all. Users, on the folder itself: list it and create files
-; (0x1200ab), no folders, so that nobody plants a junction. Users and owners, on the files: read and write
-; (0x12019f = FILE_GENERIC_READ | FILE_GENERIC_WRITE); nobody but administrators deletes a file or changes its
-; rights. To append alone would not do: the utility opens its log with GENERIC_WRITE, which asks for
-; FILE_WRITE_DATA too, and cuts an entry off again that did not fit on the disk.
-!define LOG_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;;0x1200ab;;;BU)(A;OIIO;0x12019f;;;BU)(A;OIIO;0x12019f;;;S-1-3-4)"
+!searchparse "${VERSION}" "" VERSION_MAJOR "." VERSION_MINOR "."
 
 Name "${NAME}"
 OutFile "${OUTPUT}"
@@ -51,6 +47,12 @@ VIAddVersionKey ProductVersion "${VERSION}.0"
 !define MUI_ABORTWARNING
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
+; The installer is elevated. The Explorer that runs already starts the utility with the user's own rights.
+!define MUI_FINISHPAGE_RUN "$WINDIR\explorer.exe"
+!define MUI_FINISHPAGE_RUN_PARAMETERS '$\"$INSTDIR\${IMAGE}$\"'
+!define MUI_FINISHPAGE_RUN_TEXT "Start the ${NAME}"
+!define MUI_FINISHPAGE_RUN_NOTCHECKED
+!insertmacro MUI_PAGE_FINISH
 !insertmacro MUI_UNPAGE_CONFIRM
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE English
@@ -59,55 +61,89 @@ VIAddVersionKey ProductVersion "${VERSION}.0"
   !uninstfinalize '${SIGN} "%1"' = 0
 !endif
 
-; Ends with an exit code; says why first, unless it was started with /S.
-!macro Fail code text
-  MessageBox MB_OK|MB_ICONSTOP "${text}" /SD IDOK
-  SetErrorLevel ${code}
-  Quit
-!macroend
+!include "${__FILEDIR__}/command_line.nsh"
+!include "${__FILEDIR__}/folders.nsh"
 
-; What installer and uninstaller ask before anything is changed.
+; The folder of an installation that moves, or "".
+Var OldFolder
+; korsa.ini in $OldFolder: "none"; "installed", as the installer left it; "changed"; "taken", copied to $INSTDIR.
+Var OldSeed
+
 !macro Common un
 Function ${un}RequireRights
   UserInfo::GetAccountType
   Pop $0
   ${If} $0 != "Admin"
-    !insertmacro Fail ${EXIT_RIGHTS} "${NAME} is installed and removed by an administrator."
+    !insertmacro Fail ${EXIT_RIGHTS} "Only an administrator can install or remove the ${NAME}."
   ${EndIf}
 FunctionEnd
 
-; A running program cannot be opened for writing, whoever runs it.
+; Waits until the utility in the folder $R0 can be opened for writing, which no running program can. It tries for five
+; seconds, because a virus scanner may hold the file for a moment.
 Function ${un}WaitForUtility
-  ${If} ${FileExists} "$INSTDIR\${IMAGE}"
-    again:
-    ClearErrors
-    FileOpen $0 "$INSTDIR\${IMAGE}" a
-    ${If} ${Errors}
-      MessageBox MB_RETRYCANCEL|MB_ICONQUESTION "${NAME} is running.$\n$\nClose it, also where other users are logged on, then choose Retry." /SD IDCANCEL IDRETRY again
-      SetErrorLevel ${EXIT_RUNNING}
-      Quit
+  again:
+  StrCpy $1 0
+  ${Do}
+    ${IfNot} ${FileExists} "$R0\${IMAGE}"
+      Return
     ${EndIf}
-    FileClose $0
+    ClearErrors
+    FileOpen $0 "$R0\${IMAGE}" a
+    ${IfNot} ${Errors}
+      FileClose $0
+      Return
+    ${EndIf}
+    Sleep 500
+    IntOp $1 $1 + 1
+  ${LoopUntil} $1 = 10
+  !insertmacro Print "The ${NAME} is running."
+  MessageBox MB_RETRYCANCEL|MB_ICONQUESTION "The ${NAME} is running.$\n$\nClose it, also where other users are logged on, then choose Retry." /SD IDCANCEL IDRETRY again
+  SetErrorLevel ${EXIT_RUNNING}
+  Quit
+FunctionEnd
+
+; Out: $0 the state of korsa.ini in the folder $R0 (see $OldSeed), $1 when it was last written.
+Function ${un}ReadSeedState
+  StrCpy $0 "none"
+  ClearErrors
+  GetFileTime "$R0\korsa.ini" $2 $3
+  ${IfNot} ${Errors}
+    StrCpy $0 "changed"
+    StrCpy $1 "$2 $3"
+    ReadRegStr $2 HKLM "${ENTRY}" "SeedWritten"
+    ${If} $1 == $2
+      StrCpy $0 "installed"
+    ${EndIf}
   ${EndIf}
 FunctionEnd
 
-; $1: when korsa.ini in the folder was last written. $2: the same, noted when it was installed; "" when it was not.
-Function ${un}ReadSeedTimes
-  StrCpy $1 "none"
-  ClearErrors
-  GetFileTime "$INSTDIR\korsa.ini" $3 $4
-  ${IfNot} ${Errors}
-    StrCpy $1 "$3 $4"
+; Deletes the installer's own files in the folder $R0, and the folder when nothing else is in it. korsa.ini is in the
+; state $R1. Out: $0 0 when the program is still there.
+Function ${un}RemoveFiles
+  ${If} $R1 == "installed"
+  ${OrIf} $R1 == "taken"
+    Delete "$R0\korsa.ini"
   ${EndIf}
-  ReadRegStr $2 HKLM "${ENTRY}" "SeedWritten"
+  Delete "$R0\${IMAGE}"
+  StrCpy $0 1
+  ${If} ${FileExists} "$R0\${IMAGE}"
+    StrCpy $0 0
+    Return
+  ${EndIf}
+  Delete "$R0\${UNINSTALLER}"
+  RMDir $R0
+  ${If} $R0 == "$PROGRAMFILES32\Varnexa\QRT15"
+    RMDir "$PROGRAMFILES32\Varnexa"
+  ${EndIf}
 FunctionEnd
 !macroend
 !insertmacro Common ""
 !insertmacro Common "un."
 
-; $INSTDIR: as given, else where the utility is, else where the product is, else a folder of its own.
+; Chooses $INSTDIR: the folder of /D=, else of the installed utility, else of the product, else a folder of its own.
 Function .onInit
   SetShellVarContext all
+  Call CheckCommandLine
   Call RequireRights
   ${If} $INSTDIR == ""
     ReadRegStr $INSTDIR HKLM "${ENTRY}" "InstallLocation"
@@ -123,78 +159,80 @@ Function .onInit
   ${EndIf}
 FunctionEnd
 
-; An earlier installation in another folder goes first: there is one entry, so there is one utility.
-Function RemoveElsewhere
-  ReadRegStr $5 HKLM "${ENTRY}" "InstallLocation"
-  ${If} $5 != ""
-  ${AndIf} $5 != $INSTDIR
-  ${AndIf} ${FileExists} "$5\${UNINSTALLER}"
-    ExecWait '"$5\${UNINSTALLER}" /S _?=$5' $0
-    ${If} $0 <> 0
-      !insertmacro Fail $0 "The utility in $5 could not be removed. Nothing was changed."
-    ${EndIf}
-    Delete "$5\${UNINSTALLER}"
-    RMDir "$5"
+; One uninstall entry means one installation: installing in another folder moves it.
+Function FindOldFolder
+  ReadRegStr $OldFolder HKLM "${ENTRY}" "InstallLocation"
+  ${If} $OldFolder == $INSTDIR
+  ${OrIfNot} ${FileExists} "$OldFolder\${IMAGE}"
+    StrCpy $OldFolder ""
+    Return
   ${EndIf}
+  StrCpy $R0 $OldFolder
+  Call WaitForUtility
+  Call ReadSeedState
+  StrCpy $OldSeed $0
 FunctionEnd
 
-; Common application data is open to ordinary users, so the folder may be there already, made by anyone, or be a
-; junction that would turn these rights on another folder.
-Function PrepareLogFolder
-  StrCpy $5 "$APPDATA\Varnexa\QRT15"
-  ClearErrors
-  CreateDirectory $5
-  System::Call 'kernel32::GetFileAttributesW(w "$APPDATA\Varnexa") i .r0'
-  System::Call 'kernel32::GetFileAttributesW(w r5) i .r1'
-  IntOp $0 $0 | $1
-  IntOp $0 $0 & 0x400 ; FILE_ATTRIBUTE_REPARSE_POINT
-  ${If} ${Errors}
-  ${OrIf} $0 <> 0
-    !insertmacro Fail ${EXIT_FAILED} "The log folder $5 cannot be made, or leads elsewhere. Nothing was changed."
-  ${EndIf}
-  System::Call 'advapi32::ConvertStringSecurityDescriptorToSecurityDescriptorW(w "${LOG_RIGHTS}", i 1, *p .r1, p 0) i .r0'
-  ${If} $0 <> 0
-    ; Owner and access list of the folder alone: what is in it keeps its own.
-    System::Call 'advapi32::SetFileSecurityW(w r5, i 5, p r1) i .r0'
-    System::Call 'kernel32::LocalFree(p r1)'
-  ${EndIf}
+; Replaces a file in $INSTDIR by NAME.new beside it, in one step. Sets the error flag when that fails.
+!macro Replace name
+  System::Call 'kernel32::MoveFileExW(w "$INSTDIR\${name}.new", w "$INSTDIR\${name}", i 1) i .r0' ; MOVEFILE_REPLACE_EXISTING
   ${If} $0 = 0
-    !insertmacro Fail ${EXIT_FAILED} "The rights on the log folder $5 cannot be set. Nothing was changed."
+    SetErrors
   ${EndIf}
-FunctionEnd
+!macroend
 
-; Beside the old program first: a full disk costs nothing.
+; The new files are complete before the first of them replaces an old one, so a full disk costs nothing.
 Function CopyProgram
+  ${If} $OldFolder != ""
+    Delete "$OldFolder\${IMAGE}.new"
+  ${EndIf}
   ClearErrors
   SetOutPath $INSTDIR
   File "/oname=${IMAGE}.new" "${PROGRAM}"
-  WriteUninstaller "$INSTDIR\${UNINSTALLER}"
+  WriteUninstaller "$INSTDIR\${UNINSTALLER}.new"
+  ; Another name of the same folder, by a link or a short name, is no move.
+  ${If} ${FileExists} "$OldFolder\${IMAGE}.new"
+    StrCpy $OldFolder ""
+  ${EndIf}
   ${IfNot} ${Errors}
-    Delete "$INSTDIR\${IMAGE}"
-    Rename "$INSTDIR\${IMAGE}.new" "$INSTDIR\${IMAGE}"
+    !insertmacro Replace "${IMAGE}"
+  ${EndIf}
+  ${IfNot} ${Errors}
+    !insertmacro Replace "${UNINSTALLER}"
   ${EndIf}
   ${If} ${Errors}
     Delete "$INSTDIR\${IMAGE}.new"
+    Delete "$INSTDIR\${UNINSTALLER}.new"
+    SetOutPath $TEMP
+    RMDir $INSTDIR
     !insertmacro Fail ${EXIT_FAILED} "The files cannot be written to $INSTDIR."
   ${EndIf}
 FunctionEnd
 
-; A korsa.ini that somebody else placed, or that was changed since it was installed, stays.
+; A korsa.ini that was changed since it was installed stays, or moves along, as does one that an administrator placed.
 Function CopySeed
-  Call ReadSeedTimes
-  ${If} $1 == "none"
-  ${OrIf} $1 == $2
+  StrCpy $R0 $INSTDIR
+  Call ReadSeedState
+  ${If} $0 == "none"
+  ${AndIf} $OldFolder != ""
+  ${AndIf} $OldSeed == "changed"
+    System::Call 'kernel32::CopyFileW(w "$OldFolder\korsa.ini", w "$INSTDIR\korsa.ini", i 1) i .r0'
+    ${If} $0 = 0
+      !insertmacro Fail ${EXIT_FAILED} "$OldFolder\korsa.ini cannot be copied to $INSTDIR."
+    ${EndIf}
+    StrCpy $OldSeed "taken"
+  ${ElseIf} $0 != "changed"
     ClearErrors
     File "/oname=korsa.ini" "${SEED}"
     ${If} ${Errors}
       !insertmacro Fail ${EXIT_FAILED} "korsa.ini cannot be written to $INSTDIR."
     ${EndIf}
-    Call ReadSeedTimes
+    Call ReadSeedState
     WriteRegStr HKLM "${ENTRY}" "SeedWritten" $1
   ${EndIf}
 FunctionEnd
 
-; The entry may also be the product's own: then it stays, and is not noted.
+; An entry of that name can be the product's own: it stays, and is not recorded.
 Function AddToStartMenu
   StrCpy $5 "$SMPROGRAMS\Varnexa\${PRODUCT} Update.lnk"
   ReadRegStr $0 HKLM "${ENTRY}" "StartMenuEntry"
@@ -210,8 +248,11 @@ FunctionEnd
 Function Register
   WriteRegStr HKLM "${ENTRY}" "DisplayName" "${NAME}"
   WriteRegStr HKLM "${ENTRY}" "DisplayVersion" "${VERSION}"
+  WriteRegDWORD HKLM "${ENTRY}" "VersionMajor" ${VERSION_MAJOR}
+  WriteRegDWORD HKLM "${ENTRY}" "VersionMinor" ${VERSION_MINOR}
   WriteRegStr HKLM "${ENTRY}" "DisplayIcon" "$INSTDIR\${IMAGE}"
   WriteRegStr HKLM "${ENTRY}" "Publisher" "${PUBLISHER}"
+  WriteRegStr HKLM "${ENTRY}" "HelpLink" "${SUPPORT}"
   WriteRegStr HKLM "${ENTRY}" "InstallLocation" $INSTDIR
   WriteRegStr HKLM "${ENTRY}" "UninstallString" '"$INSTDIR\${UNINSTALLER}"'
   WriteRegStr HKLM "${ENTRY}" "QuietUninstallString" '"$INSTDIR\${UNINSTALLER}" /S'
@@ -224,41 +265,51 @@ FunctionEnd
 Section
   ; What the functions write, in KiB.
   AddSize ${SIZE}
+  StrCpy $R0 $INSTDIR
   Call WaitForUtility
+  Call FindOldFolder
   Call PrepareLogFolder
-  Call RemoveElsewhere
+  StrCpy $R0 $INSTDIR
+  Call CreateProgramFolder
+  ${If} $0 <> 0
+    !insertmacro Fail ${EXIT_FAILED} "The folder $INSTDIR cannot be created (Windows error $0)."
+  ${EndIf}
   Call CopyProgram
   Call CopySeed
   Call AddToStartMenu
   Call Register
+  ${If} $OldFolder != ""
+    StrCpy $R0 $OldFolder
+    StrCpy $R1 $OldSeed
+    Call RemoveFiles
+    ${If} $0 = 0
+      !insertmacro Fail ${EXIT_FAILED} "The utility is installed in $INSTDIR, but $OldFolder\${IMAGE} cannot be removed."
+    ${EndIf}
+  ${EndIf}
 SectionEnd
 
 Function un.onInit
   SetShellVarContext all
+  Call un.CheckCommandLine
   Call un.RequireRights
 FunctionEnd
 
-; Removes files of the installer alone; a folder goes only when nothing else is in it.
 Section Uninstall
+  StrCpy $R0 $INSTDIR
   Call un.WaitForUtility
-  Call un.ReadSeedTimes
-  ${If} $1 == $2
-    Delete "$INSTDIR\korsa.ini"
-  ${EndIf}
-  Delete "$INSTDIR\${IMAGE}"
-  ${If} ${FileExists} "$INSTDIR\${IMAGE}"
+  Call un.ReadSeedState
+  StrCpy $R1 $0
+  Call un.RemoveFiles
+  ${If} $0 = 0
     !insertmacro Fail ${EXIT_FAILED} "$INSTDIR\${IMAGE} cannot be removed."
-  ${EndIf}
-  Delete "$INSTDIR\${UNINSTALLER}"
-  RMDir $INSTDIR
-  ${If} $INSTDIR == "$PROGRAMFILES32\Varnexa\QRT15"
-    RMDir "$PROGRAMFILES32\Varnexa"
   ${EndIf}
   ReadRegStr $0 HKLM "${ENTRY}" "StartMenuEntry"
   ${If} $0 != ""
     Delete $0
     RMDir "$SMPROGRAMS\Varnexa"
   ${EndIf}
+  ; Logs stay.
+  Delete "$APPDATA\Varnexa\QRT15\${NOTICE}"
   RMDir "$APPDATA\Varnexa\QRT15"
   RMDir "$APPDATA\Varnexa"
   DeleteRegKey HKLM "${ENTRY}"

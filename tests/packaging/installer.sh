@@ -1,12 +1,12 @@
 #!/bin/bash
-# Installs, upgrades, moves and removes the utility under Wine as installer.txt tells: installer.sh ARCH BUILD-TREE
-# shellcheck disable=SC2317  # the table calls them
+# Installs, upgrades, moves and removes the utility under Wine, step by step in one prefix: installer.sh ARCH BUILD-TREE
+# shellcheck disable=SC2317  # check() calls the functions
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/lib.sh"
 
 if [[ -z ${TAVREL_SANDBOX-} ]]; then exec "$repo/scripts/sandbox.sh" --name installer --arch "$1" -- "$0" "$@"; fi
-build=$2 stage=$(mktemp -d -p "$TAVREL_TMP") failures=0
+build=$2 work=$(mktemp -d -p "$TAVREL_TMP") failed=0
 # The version before: another program (a stand-in) and another seed.
 old=$build/tests/packaging/old-$1
 mkdir -p "$old/generated"
@@ -14,6 +14,7 @@ sed 's/^\(#define TAVREL_VERSION "\).*/\12.0.2"/' "$build/generated/version.h" >
 sed 's/^TIMEOUT=.*/TIMEOUT=50/' "$build/generated/korsa.ini" >"$old/generated/korsa.ini"
 old_setup=$("$repo/packaging/installer.sh" "$old" "$build/demo/standin/15.0.2.5/Qrt.exe")
 new_setup=$("$repo/packaging/installer.sh" "$build")
+version=${new_setup#*Utility-} version=${version%-setup.exe}
 trap 'kill $(jobs -p) 2>/dev/null || true' EXIT
 drive=$WINEPREFIX/drive_c branch='HKLM\Software' program_files='Program Files' view=()
 if [[ $WINEARCH == win64 ]]; then
@@ -22,50 +23,84 @@ if [[ $WINEARCH == win64 ]]; then
 fi
 uninstall="$branch\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varnexa 15.0"
 maker="$branch\\NORVIK Software Inc.\\Varnexa\\15.0"
-program=$drive/$program_files/Varnexa/QRT15
-logs=$drive/ProgramData/Varnexa/QRT15
+programs=$drive/$program_files/Varnexa
+logs=$drive/ProgramData/Varnexa
 menu="$drive/ProgramData/Microsoft/Windows/Start Menu/Programs/Varnexa"
-settings=$drive/users/$(id -un)/Documents/Varnexa/QRT15
+settings=$drive/users/$(id -un)/Documents/Varnexa
 
 quietly() { "$@" >/dev/null 2>&1; }
 window() { xdotool search --onlyvisible --name 'Varnexa 15.0 Tavrel Utility'; }
 entry() { wine reg query "$uninstall Tavrel Utility" "${view[@]}" 2>/dev/null; }
 is_gone() { ! quietly "$1"; }
 
-# Everything that the installer could touch, as its name, ";" and the sum of what it holds.
+# Everything that the installer could change: a short name, ";" and the sum of its content.
 state() {
-  { entry || true; } | sed -n 's/.*DisplayVersion *REG_SZ *\([0-9.]*\).*/entry \1;/p'
+  { entry || true; } | sed -n 's/.*DisplayVersion *REG_SZ *\([0-9.]*\).*/entry;\1/p'
   find "$drive" \( -path '*/windows' -o -path '*/AppData' -o -path '*/Temp' \) -prune -o \
-    -type f ! -name '*.lnk' ! -name '*.log' -exec md5sum {} + -o -printf '-  %p\n' |
+    -type f ! -name '*.lnk' ! -name '*.log' -exec md5sum {} + -o -printf '.  %p\n' |
     sed "s|^\(\S*\)  $drive/*|\1  |; s|  $program_files/Varnexa|  programs|; s|  .*/Programs/Varnexa|  menu|
-      s|  users/.*/Documents/|  documents/|; s|QRT_15_.*\.log|.log|; s|^\(\S*\)  \(.*\)|\2;\1|"
+      s|  ProgramData/Varnexa|  logs|; s|  users/.*/Documents/Varnexa|  settings|; s|QRT_15_.*\.log|log|
+      s|/Varnexa 15.0 Update.lnk|/link|; s|/QRTTavrelUtility-uninstall.exe|/un|; s|/QRTTavrelUtility.exe|/exe|
+      s|/korsa.ini|/ini|; s|^\(\S*\)  \(.*\)|\2;\1|"
+}
+# Runs COMMAND and compares its exit code and the changes: check NAME CODE COMMAND [CHANGE]…
+# COMMAND is split at blanks. CHANGE is + (new), - (gone) or ~ (other content) before the name in state().
+check() {
+  local name=$1 expected=$2 command=$3 code=0 seen
+  shift 3
+  state | LC_ALL=C sort -t ";" -k 1,1 >"$work/before"
+  # shellcheck disable=SC2086
+  $command </dev/null >"$work/output" 2>&1 || code=$?
+  state | LC_ALL=C sort -t ";" -k 1,1 >"$work/after"
+  seen=$(LC_ALL=C join -t ';' -a 1 -a 2 -e - -o 0,1.2,2.2 "$work/before" "$work/after" |
+    awk -F ';' '$2 != $3 { print ($2 == "-" ? "+" : $3 == "-" ? "-" : "~") $1 }' | sort)
+  [[ $code == "$expected" && $seen == "$(printf '%s\n' "$@" | sort)" ]] && return
+  printf '%s, %s: exit code %s, expected %s; changes, and expected changes:\n%s\n\n%s\n' \
+    "$WINEARCH" "$name" "$code" "$expected" "$seen" "$(printf '%s\n' "$@" | sort)" >&2
+  cat "$work/output" >&2
+  failed=1
 }
 
-# Preparations and commands of the table.
-old() { wine "$old_setup" "$@"; }
-new() { wine "$new_setup" "$@"; }
-# The uninstaller works in a copy of itself, unless it is told its folder: what it did is to be waited for.
+# Commands.
+old() { timeout 60 wine "$old_setup" "$@"; }
+new() { timeout 60 wine "$new_setup" "$@"; }
+# The uninstaller hands its work to a copy of itself, unless _?= gives it its folder.
 remove() {
-  wine "$(find "$drive" -name QRTTavrelUtility-uninstall.exe)" "$@" || return
+  timeout 60 wine "$(find "$drive" -name QRTTavrelUtility-uninstall.exe)" "$@" || return
   [[ $* == *_\?=* ]] || wait_until 60 is_gone entry
 }
-# What the entry says, between "|"; sizes and times are left out.
-says() {
-  diff <(tr '|' '\n' <<<"$*") <(entry | sed -n "s/\r$//; s/C:.$program_files.Varnexa/programs/
-    s/^ *\([A-Z][A-Za-z]*\)  *REG_[A-Z]*  */\1=/p" | sed '/^\(Est\|Seed\)/s/=.*/=/')
-}
-start_utility() { (cd "$program" && exec wine QRTTavrelUtility.exe) & utility=$! && wait_until 60 quietly window; }
+help() { new "$1" && grep -q 'Usage: setup.exe' "$work/output"; }
+start_utility() { (cd "$programs/QRT15" && exec wine QRTTavrelUtility.exe) & utility=$! && wait_until 60 quietly window; }
 # A window that is busy with its check can miss the wish.
 has_closed() { quietly wine taskkill /im QRTTavrelUtility.exe || true; ! kill -0 "$utility" 2>/dev/null; }
 close_utility() { wait_until 60 has_closed; }
-change_seed() { close_utility && printf 'TIMEOUT=20\r\n' >>"$program/korsa.ini"; }
-foreign_file() { echo mine >"$drive/Tools/Ütility 2/mine.txt"; }
-product_files() { mkdir "$menu" && echo own | tee "$drive/product/korsa.ini" >"$menu/Varnexa 15.0 Update.lnk"; }
-no_log_folder() { rm -r "$logs" && echo >"$logs"; }
-
+# The installer finds the program running, and closed two seconds later.
+new_while_closing() { { sleep 2 && close_utility; } & new /S; }
+moved_seed() { grep -q TIMEOUT=20 "$drive/Tools/Ütility 2/korsa.ini"; }
+# The uninstall entry, without sizes and times.
+entry_says() {
+  diff - <(entry | sed -n "s/\r$//; s/C:.$program_files.Varnexa/programs/
+    s/^ *\([A-Z][A-Za-z]*\)  *REG_[A-Z]*  */\1=/p" | sed '/^\(Est\|Seed\)/s/=.*/=/') <<END
+DisplayIcon=programs\\QRT15\\QRTTavrelUtility.exe
+DisplayName=Varnexa 15.0 Tavrel Utility
+DisplayVersion=$version
+EstimatedSize=
+HelpLink=https://www.norvik.example/support
+InstallLocation=programs\\QRT15
+NoModify=0x1
+NoRepair=0x1
+Publisher=NORVIK Software Inc.
+QuietUninstallString="programs\\QRT15\\QRTTavrelUtility-uninstall.exe" /S
+SeedWritten=
+StartMenuEntry=C:\\ProgramData\\Microsoft\\Windows\\Start Menu\\Programs\\Varnexa\\Varnexa 15.0 Update.lnk
+UninstallString="programs\\QRT15\\QRTTavrelUtility-uninstall.exe"
+VersionMajor=0x${version%%.*}
+VersionMinor=0x0
+END
+}
 # The installed program finds the update that is offered, and makes the user's settings of its seed.
 find_update() {
-  mkdir -p "$drive/product" "$stage/www/qrt15"
+  mkdir -p "$drive/product" "$work/www/qrt15"
   cp "$build/demo/standin/15.0.2.5/Qrt.exe" "$drive/product/"
   while read -r key value data; do
     quietly wine reg add "${!key}" /v "$value" /d "$data" /f "${view[@]}" </dev/null
@@ -74,30 +109,50 @@ find_update() {
     uninstall URLUpdateInfo http://updates.varnexa.example/qrt15/updates.ini
     maker Version 15.0
     maker Installpath C:\product'
-  cp "$repo/demo/updates.ini" "$stage/www/qrt15/"
-  sed -e "s|@WORK@|$stage|; s|@RATE@|0|; s|@ANSWER@||" "$repo/demo/nginx.conf" >"$stage/nginx.conf"
-  nginx -c "$stage/nginx.conf" -e "$stage/errors.log" &
+  cp "$repo/demo/updates.ini" "$work/www/qrt15/"
+  sed -e "s|@WORK@|$work|; s|@RATE@|0|; s|@ANSWER@||" "$repo/demo/nginx.conf" >"$work/nginx.conf"
+  nginx -c "$work/nginx.conf" -e "$work/errors.log" &
   start_utility && wait_until 60 grep -rqs 'Update details found. Exit code 3.' "$logs" &&
-    close_utility && cmp "$program/korsa.ini" "$settings/korsa.ini"
+    close_utility && cmp "$programs/QRT15/korsa.ini" "$settings/QRT15/korsa.ini"
 }
 
 for key in "$uninstall" "$uninstall Tavrel Utility" "$maker"; do
   quietly wine reg delete "$key" /f "${view[@]}" || true
 done
-rm -rf "${program%/*}" "${logs%/*}" "$drive/Tools" "$drive/product" "$menu" "${settings%/*}"
-version=${new_setup#*Utility-}
-while IFS=';' read -r step before command code changes; do
-  seen=0
-  ${before:-true} </dev/null || seen=before
-  LC_ALL=C state | sort >"$stage/before"
-  # In words: the installers take what follows /D= and _?= as it stands, blanks and all, without quotes.
-  ${command//\$P/$(winepath -w "$program")} </dev/null || seen=$?
-  LC_ALL=C state | sort >"$stage/after"
-  # A difference is no failure.
-  changed=$(diff "$stage/before" "$stage/after" || true)
-  seen+=";$(sed -n 's/^> \(.*\);.*/+\1/p; s/^< \(.*\);.*/-\1/p' <<<"$changed" | LC_ALL=C sort | paste -sd ' ')"
-  [[ $seen == "$code;$changes" ]] && continue
-  printf '%s, %s: expected, and seen\n%s\n%s\n' "$WINEARCH" "$step" "$code;$changes" "$seen" >&2
-  failures=1
-done < <(sed "/^#/d; s/@VERSION@/${version%-setup.exe}/g" "${0%.sh}.txt")
-exit $failures
+rm -rf "$programs" "$logs" "$drive/Tools" "$drive/product" "$drive/link" "$menu" "$settings"
+set -f
+check first 0 'old /S' +entry +logs{,/QRT15{,/README.txt}} +menu{,/link} +programs{,/QRT15{,/exe,/ini,/un}}
+check upgrade 0 'new /S' '~entry' '~'programs/QRT15/{exe,ini,un}
+check 'the uninstall entry is complete' 0 entry_says
+check 'the program finds an update' 0 find_update +logs/QRT15/log +product{,/Qrt.exe} +settings{,/QRT15{,/ini}}
+start_utility
+check 'the utility is running' 3 'new /S'
+check 'the utility to be removed is running' 3 "remove /S _?=$(winepath -w "$programs/QRT15")"
+check 'the utility is closed in time' 0 new_while_closing
+printf 'TIMEOUT=20\r\n' >>"$programs/QRT15/korsa.ini"
+check 'a downgrade keeps a changed korsa.ini' 0 'old /S' '~entry' '~'programs/QRT15/{exe,un}
+check 'a failed move changes nothing' 2 'new /S /D=Q:\nowhere\x'
+for options in '/S /D=relative\x' '/S /D="C:\x y"' '/S /D=C:\product\Qrt.exe' '/S /D=C:\' '/S /d=C:\x' /s --silent; do
+  check "$options is refused" 2 "new $options"
+done
+for option in '/?' --help; do check "$option shows the usage" 0 "help $option"; done
+check 'the uninstaller refuses an unknown option' 2 "remove /X _?=$(winepath -w "$programs/QRT15")"
+check move 0 'new /S /D=C:\Tools\Ütility 2' '~entry' -programs{,/QRT15{,/exe,/ini,/un}} \
+  +Tools{,/Ütility\ 2{,/exe,/ini,/un}}
+check 'a changed korsa.ini moves along' 0 moved_seed
+ln -s "Tools/Ütility 2" "$drive/link"
+check 'another name of the same folder is no move' 0 'new /S /D=C:\link'
+echo mine >"$drive/Tools/Ütility 2/mine.txt"
+check 'the removal leaves foreign files' 0 'remove /S' -entry -menu{,/link} -Tools/Ütility\ 2/{exe,un} \
+  -logs/QRT15/README.txt
+mkdir "$menu"
+echo own | tee "$drive/product/korsa.ini" >"$menu/Varnexa 15.0 Update.lnk"
+check "in the product's folder" 0 'new /S' +entry +product/{exe,un} +logs/QRT15/README.txt
+check "removed from the product's folder" 0 'remove /S' -entry -product/{exe,un} -logs/QRT15/README.txt
+mkdir "$logs/QRT15/folder"
+check 'foreign content of the log folder is refused' 2 'new /S'
+mv "$logs/QRT15" "$drive/Tools" && ln -s "$drive/Tools/QRT15" "$logs/QRT15"
+check 'a link in place of the log folder is refused' 2 'new /S'
+rm "$logs/QRT15" && echo >"$logs/QRT15"
+check 'a file in place of the log folder is refused' 2 'new /S'
+exit $failed

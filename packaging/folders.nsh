@@ -1,0 +1,261 @@
+; Folders with rights of their own. Values are passed in $R0 and $R1, results in $0; $1 to $4 are scratch.
+; System::Call writes types as: i number, p address, w text, r1 or R1 the variable $1 or $R1, a dot before a result.
+
+!define NOTICE "README.txt"
+
+; Access lists, in the order of this file: SY the system, BA administrators, BU ordinary users, S-1-3-4 a file's owner.
+; Folders of the program: users read and execute.
+!define PROGRAM_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)"
+; The log folder while it is prepared.
+!define CLOSED_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)"
+; The folder above it, which the product may use too: users may add files and folders, as Windows lets them in
+; ProgramData, and their own are theirs. They may not delete or rename what others made.
+!define PARENT_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)(A;CI;0x6;;;BU)(A;OICIIO;GA;;;CO)"
+; The log folder: users list it and create files (0x1200ab), but no folders. They read and write all files, and only
+; administrators delete a file or change its rights (0x12019f = FILE_GENERIC_READ | FILE_GENERIC_WRITE). The right to
+; append is not enough: the utility opens its log with GENERIC_WRITE and cuts off an entry that did not fit on the disk.
+!define LOG_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;;0x1200ab;;;BU)(A;OIIO;0x12019f;;;BU)(A;OIIO;0x12019f;;;S-1-3-4)"
+!define NOTICE_RIGHTS "O:BAD:P(A;;FA;;;SY)(A;;FA;;;BA)(A;;0x120089;;;BU)"
+
+Var LogFolder
+Var LogHandle
+Var ParentHandle
+; Security descriptor of the log folder as it was found, or 0.
+Var FormerRights
+
+; In: $R1 rights. Out: $1 a security descriptor, $2 SECURITY_ATTRIBUTES with it; FreeRights frees both.
+Function MakeRights
+  System::Call 'advapi32::ConvertStringSecurityDescriptorToSecurityDescriptorW(w R1, i 1, *p .r1, p 0) i .r0'
+  ${If} $0 = 0
+    !insertmacro Fail ${EXIT_FAILED} "Windows refuses the rights $R1."
+  ${EndIf}
+  System::Call '*(i 12, p r1, i 0) p .r2'
+FunctionEnd
+
+Function FreeRights
+  System::Free $2
+  System::Call 'kernel32::LocalFree(p r1)'
+FunctionEnd
+
+; Creates the folder $R0 with the rights $R1 from the start. Out: $0 0 or a Windows error code.
+Function CreateFolder
+  Call MakeRights
+  System::Call 'kernel32::CreateDirectoryW(w R0, p r2) i .r3 ? e'
+  Pop $0
+  ${If} $3 <> 0
+    StrCpy $0 0
+  ${EndIf}
+  Call FreeRights
+FunctionEnd
+
+; Creates the folder $R0 and the missing ones above it. Each gets its own rights, because outside Program Files a new
+; folder inherits write access for every user. Out: $0 0 or a Windows error code.
+Function CreateProgramFolder
+  ${If} ${FileExists} "$R0\*.*"
+    StrCpy $0 0
+    Return
+  ${EndIf}
+  Push $R0
+  ${GetParent} $R0 $R0
+  ${If} $R0 == ""
+    StrCpy $0 3 ; ERROR_PATH_NOT_FOUND
+  ${Else}
+    Call CreateProgramFolder
+  ${EndIf}
+  Pop $R0
+  ${If} $0 = 0
+    StrCpy $R1 "${PROGRAM_RIGHTS}"
+    Call CreateFolder
+  ${EndIf}
+FunctionEnd
+
+; Sets owner and access list of the open folder $R0, of this folder alone: its files keep theirs. (SetSecurityInfo
+; would change the files too, and so whatever a hard link among them leads to.) Out: $0 0 when it failed.
+Function SetRights
+  Call MakeRights
+  ; OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION
+  System::Call 'advapi32::SetKernelObjectSecurity(p R0, i 0x80000005, p r1) i .r3'
+  Call FreeRights
+  StrCpy $0 $3
+FunctionEnd
+
+; Out: $0 1 when the open object $R0 belongs to administrators, the system or the account that runs the installer.
+Function IsOwnedByAdministrators
+  StrCpy $0 0
+  System::Call 'advapi32::GetSecurityInfo(p R0, i 1, i 1, *p .r1, p 0, p 0, p 0, *p .r2) i .r3'
+  ${If} $3 <> 0
+    Return
+  ${EndIf}
+  System::Call 'advapi32::IsWellKnownSid(p r1, i 26) i .r0' ; WinBuiltinAdministratorsSid
+  ${If} $0 = 0
+    System::Call 'advapi32::IsWellKnownSid(p r1, i 22) i .r0' ; WinLocalSystemSid
+  ${EndIf}
+  ${If} $0 = 0
+    System::Call 'advapi32::OpenProcessToken(p -1, i 8, *p .r3) i .r4' ; TOKEN_QUERY
+    ${If} $4 <> 0
+      ; TokenUser: a TOKEN_USER, which begins with the address of the account's identifier. 256 bytes hold any.
+      System::Alloc 256
+      Pop $4
+      System::Call 'advapi32::GetTokenInformation(p r3, i 1, p r4, i 256, *i .r5) i .r0'
+      ${If} $0 <> 0
+        System::Call '*$4(p .r5)'
+        System::Call 'advapi32::EqualSid(p r1, p r5) i .r0'
+      ${EndIf}
+      System::Free $4
+      System::Call 'kernel32::CloseHandle(p r3)'
+    ${EndIf}
+  ${EndIf}
+  System::Call 'kernel32::LocalFree(p r2)'
+FunctionEnd
+
+; Opens the folder $R0 itself, not what a link of that name leads to. Until the handle is closed no other process can
+; rename or delete the folder. Out: $0 the handle, or "link", or "foreign": not a folder of the administrators.
+Function OpenFolder
+  ; READ_CONTROL | WRITE_DAC | WRITE_OWNER | FILE_READ_ATTRIBUTES | FILE_LIST_DIRECTORY (the share mode counts only
+  ; with it), FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING,
+  ; FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT
+  System::Call 'kernel32::CreateFileW(w R0, i 0xE0081, i 3, p 0, i 3, i 0x02200000, p 0) p .r6'
+  ${If} $6 = -1
+    StrCpy $0 "foreign"
+    Return
+  ${EndIf}
+  System::Alloc 52 ; BY_HANDLE_FILE_INFORMATION begins with the attributes
+  Pop $1
+  StrCpy $2 0
+  System::Call 'kernel32::GetFileInformationByHandle(p r6, p r1) i .r0'
+  ${If} $0 <> 0
+    System::Call '*$1(i .r2)'
+  ${EndIf}
+  System::Free $1
+  ; Wine shows a link by its name only.
+  System::Call 'kernel32::GetFileAttributesW(w R0) i .r3'
+  IntOp $3 $3 | $2
+  IntOp $3 $3 & 0x400 ; FILE_ATTRIBUTE_REPARSE_POINT
+  IntOp $2 $2 & 0x10 ; FILE_ATTRIBUTE_DIRECTORY
+  ${If} $3 <> 0
+    StrCpy $0 "link"
+  ${ElseIf} $2 = 0
+    StrCpy $0 "foreign"
+  ${Else}
+    Push $R0
+    StrCpy $R0 $6
+    Call IsOwnedByAdministrators
+    Pop $R0
+    ${If} $0 = 0
+      StrCpy $0 "foreign"
+    ${Else}
+      StrCpy $0 $6
+      Return
+    ${EndIf}
+  ${EndIf}
+  System::Call 'kernel32::CloseHandle(p r6)'
+FunctionEnd
+
+; Creates and opens the folder $R0. Any user can create folders in ProgramData: an empty one of another account is
+; replaced, because that account could still have it open; one with content is refused. Out: $0 the handle.
+Function TakeFolder
+  StrCpy $R1 "${CLOSED_RIGHTS}"
+  Call CreateFolder
+  Call OpenFolder
+  ${If} $0 == "foreign"
+    RMDir "$R0\QRT15"
+    RMDir "$R0"
+    Call CreateFolder
+    Call OpenFolder
+  ${EndIf}
+  ${If} $0 == "link"
+    !insertmacro Fail ${EXIT_FAILED} "$R0 leads to another folder. Remove it, then install again."
+  ${ElseIf} $0 == "foreign"
+    !insertmacro Fail ${EXIT_FAILED} "$R0 cannot be created, or does not belong to the administrators. Remove it, then install again."
+  ${EndIf}
+FunctionEnd
+
+; Out: $0 the first name in the log folder that is neither a log nor the notice, or "".
+Function FindForeignContent
+  FindFirst $1 $0 "$LogFolder\*"
+  ${DoUntil} $0 == ""
+    StrCpy $2 $0 20
+    StrCpy $3 $0 "" -4
+    System::Call 'kernel32::GetFileAttributesW(w "$LogFolder\$0") i .r4'
+    IntOp $4 $4 & 0x410 ; FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY
+    ${If} $0 != "."
+    ${AndIf} $0 != ".."
+    ${AndIf} $0 != "${NOTICE}"
+      ${If} $2 != "QRT_15_SystemTavrel_"
+      ${OrIf} $3 != ".log"
+      ${OrIf} $4 <> 0
+        ${Break}
+      ${EndIf}
+    ${EndIf}
+    FindNext $1 $0
+  ${Loop}
+  FindClose $1
+FunctionEnd
+
+; Writes the notice anew; an older one may be another account's. Out: $0 -1 when it cannot be written.
+Function WriteNotice
+  Delete "$LogFolder\${NOTICE}"
+  StrCpy $R1 "${NOTICE_RIGHTS}"
+  Call MakeRights
+  ; GENERIC_WRITE, not shared, CREATE_NEW, FILE_ATTRIBUTE_NORMAL
+  System::Call 'kernel32::CreateFileW(w "$LogFolder\${NOTICE}", i 0x40000000, i 0, p r2, i 1, i 0x80, p 0) p .r3'
+  Call FreeRights
+  StrCpy $0 $3
+  ${If} $0 <> -1
+    FileWrite $0 "Logs of the ${NAME}.$\r$\n"
+    FileWrite $0 "Leave this file here: a folder that is not empty cannot become a link to another one.$\r$\n"
+    FileClose $0
+  ${EndIf}
+FunctionEnd
+
+; Gives the log folder its former rights back, then ends.
+!macro FailLogFolder text
+  ${If} $FormerRights <> 0
+    System::Call 'advapi32::SetKernelObjectSecurity(p $LogHandle, i 5, p $FormerRights)'
+  ${EndIf}
+  !insertmacro Fail ${EXIT_FAILED} "${text}"
+!macroend
+
+; Prepares the log folder. Its rights are opened to users last, when it holds a file that they cannot delete: a user
+; who may create files in an empty folder may also turn it into a junction.
+Function PrepareLogFolder
+  StrCpy $R0 "$APPDATA\Varnexa"
+  Call TakeFolder
+  StrCpy $ParentHandle $0
+  StrCpy $LogFolder "$APPDATA\Varnexa\QRT15"
+  StrCpy $R0 $LogFolder
+  Call TakeFolder
+  StrCpy $LogHandle $0
+  StrCpy $FormerRights 0
+  System::Call 'advapi32::GetSecurityInfo(p $LogHandle, i 1, i 5, p 0, p 0, p 0, p 0, *p .r1) i .r0'
+  ${If} $0 = 0
+    StrCpy $FormerRights $1
+  ${EndIf}
+
+  StrCpy $R0 $LogHandle
+  StrCpy $R1 "${CLOSED_RIGHTS}"
+  Call SetRights
+  ${If} $0 = 0
+    !insertmacro Fail ${EXIT_FAILED} "The rights on $LogFolder cannot be set."
+  ${EndIf}
+  Call FindForeignContent
+  ${If} $0 != ""
+    !insertmacro FailLogFolder "$LogFolder\$0 is not a log. Remove it, then install again."
+  ${EndIf}
+  Call WriteNotice
+  ${If} $0 = -1
+    !insertmacro FailLogFolder "$LogFolder\${NOTICE} cannot be written."
+  ${EndIf}
+  StrCpy $R1 "${LOG_RIGHTS}"
+  Call SetRights
+  StrCpy $R0 $ParentHandle
+  StrCpy $R1 "${PARENT_RIGHTS}"
+  ${If} $0 <> 0
+    Call SetRights
+  ${EndIf}
+  ${If} $0 = 0
+    !insertmacro FailLogFolder "The rights on $LogFolder cannot be set."
+  ${EndIf}
+  System::Call 'kernel32::CloseHandle(p $LogHandle)'
+  System::Call 'kernel32::CloseHandle(p $ParentHandle)'
+FunctionEnd
