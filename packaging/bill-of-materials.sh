@@ -1,52 +1,68 @@
 #!/bin/bash
 # The software bill of materials (CycloneDX 1.5, JSON) of what is released:
 #   packaging/bill-of-materials.sh VERSION COMMIT SECONDS FILE…
-# SECONDS is the commit's time since 1970. What is linked into the programs comes with the cross compiler.
+# SECONDS is the commit's time since 1970. A FILE that is no .exe is a program for Linux.
 set -euo pipefail
 version=$1 commit=$2 seconds=$3
 shift 3
 
-# Of the Debian package that a library of the cross compiler belongs to: name and version.
+# Prints the Debian package of a file of a compiler, and its version: package_of COMPILER FILE
 package_of() {
   local file
-  file=$(realpath -- "$(i686-w64-mingw32-g++-posix -print-file-name="$1")")
+  file=$(realpath -- "$("$1" -print-file-name="$2")")
   dpkg-query --show --showformat '${Package} ${Version}' "$(dpkg-query --search "$file" | cut -d : -f 1)"
 }
-# name, licence, what it is, package, version
+version_of() { dpkg-query --show --showformat '${Version}' "$1"; }
+# library NAME LICENCE DESCRIPTION USERS PACKAGE VERSION; USERS: a regular expression for the files that contain it
 library() {
-  jq -n --arg name "$1" --arg licence "$2" --arg what "$3" --arg package "$4" --arg version "$5" '{
-    type: "library", "bom-ref": $name, name: $name, version: $version, description: $what,
-    licenses: [{expression: $licence}], purl: "pkg:deb/debian/\($package)@\($version | @uri)"}'
+  jq -n --arg name "$1" --arg licence "$2" --arg what "$3" --arg users "$4" --arg package "$5" --arg version "$6" '{
+    type: "library", "bom-ref": $name, supplier: {name: "Debian", url: ["https://www.debian.org/"]}, name: $name,
+    version: $version, description: $what, licenses: [{expression: $licence}],
+    purl: "pkg:deb/debian/\($package)@\($version | @uri)", users: $users}'
 }
 libraries() {
-  local gcc='GPL-3.0-or-later WITH GCC-exception-3.1'
+  local gcc='GPL-3.0-or-later WITH GCC-exception-3.1' cross=i686-w64-mingw32-g++-posix
   # shellcheck disable=SC2046  # two words each
   {
-    library libgcc "$gcc" "compiler runtime, linked in" $(package_of libgcc.a)
-    library libstdc++ "$gcc" "C++ standard library, linked in" $(package_of libstdc++.a)
-    library mingw-w64-crt ZPL-2.1 "C runtime's start-up code, linked in" $(package_of libmsvcrt.a)
-    library winpthreads 'MIT AND BSD-3-Clause' "threads below the C++ standard library, linked in" \
-      $(package_of libwinpthread.a)
-    library nsis Zlib "program code of the installer and the uninstaller" nsis \
-      $(dpkg-query --show --showformat '${Version}' nsis)
+    library libgcc "$gcc" "compiler runtime" '[.]exe$' $(package_of $cross libgcc.a)
+    library libstdc++ "$gcc" "C++ standard library" '[.]exe$' $(package_of $cross libstdc++.a)
+    library mingw-w64-crt ZPL-2.1 "start-up code of the C runtime" '[.]exe$' $(package_of $cross libmsvcrt.a)
+    library winpthreads 'MIT AND BSD-3-Clause' "threads of the C++ standard library" '[.]exe$' \
+      $(package_of $cross libwinpthread.a)
+    library libgcc-linux "$gcc" "compiler runtime" '^linux/' $(package_of g++ libgcc.a)
+    library libstdc++-linux "$gcc" "C++ standard library" '^linux/' $(package_of g++ libstdc++.a)
+    library glibc LGPL-2.1-or-later "C library" '^linux/' $(package_of g++ libc.a)
+    library nlohmann-json MIT "JSON" 'check([.]exe)?$' nlohmann-json3-dev "$(version_of nlohmann-json3-dev)"
+    library cli11 BSD-3-Clause "command lines" 'check([.]exe)?$' libcli11-dev "$(version_of libcli11-dev)"
+    library nsis 'Zlib AND CPL-1.0' "installer and uninstaller, with an LZMA decompressor" '-setup[.]exe$' \
+      nsis "$(version_of nsis)"
   }
 }
 files() {
   local file
   for file; do
-    jq -n --arg name "${file##*/}" --arg version "$version" --arg sum "$(sha256sum <"$file" | cut -d ' ' -f 1)" '{
-      type: "file", "bom-ref": $name, name: $name, version: $version, hashes: [{alg: "SHA-256", content: $sum}]}'
+    jq -n --arg name "${file#"${file%/*}/"}" --arg path "$file" --arg version "$version" \
+      --arg sum "$(sha256sum <"$file" | cut -d ' ' -f 1)" '{
+      type: "file", "bom-ref": (if $path | startswith("/") then $name else $path end),
+      supplier: {name: "NORVIK Software Inc."}, name: $name, version: $version,
+      hashes: [{alg: "SHA-256", content: $sum}]}'
   done
 }
 
-# The number of a document is one of its commit's own, so that it is the same each time.
+# The document's number is made of the commit's, so it is the same each time.
 jq -n --arg version "$version" --arg commit "$commit" --arg time "$(date -u -d "@$seconds" +%FT%TZ)" \
-  --arg number "${commit:0:8}-${commit:8:4}-5${commit:13:3}-8${commit:17:3}-${commit:20:12}" \
+  --arg number "${commit:0:8}-${commit:8:4}-5${commit:13:3}-8${commit:17:3}-${commit:20:12}" --arg jq "$(version_of jq)" \
   --slurpfile libraries <(libraries) --slurpfile files <(files "$@") '{
   bomFormat: "CycloneDX", specVersion: "1.5", serialNumber: "urn:uuid:\($number)", version: 1,
-  metadata: {timestamp: $time, component: {
-    type: "application", "bom-ref": "release", name: "QRTTavrelUtility", version: $version,
-    supplier: {name: "NORVIK Software Inc."}, properties: [{name: "commit", value: $commit}]}},
-  components: ($files + $libraries),
-  dependencies: ([{ref: "release", dependsOn: [$files[].name]}] + [$files[] | {ref: .name, dependsOn: [
-    (.name | endswith("-setup.exe")) as $setup | $libraries[].name | select($setup or . != "nsis")]}])}'
+  metadata: {
+    timestamp: $time,
+    tools: {components: [
+      {type: "application", supplier: {name: "NORVIK Software Inc."}, name: "bill-of-materials.sh", version: $version},
+      {type: "application", supplier: {name: "Debian"}, name: "jq", version: $jq}]},
+    component: {
+      type: "application", "bom-ref": "release", name: "QRTTavrelUtility", version: $version,
+      supplier: {name: "NORVIK Software Inc."}, properties: [{name: "commit", value: $commit}]},
+    supplier: {name: "NORVIK Software Inc."}},
+  components: ($files + ($libraries | map(del(.users)))),
+  dependencies: ([{ref: "release", dependsOn: [$files[]."bom-ref"]}] + [$files[]."bom-ref" as $file | {
+    ref: $file, dependsOn: [$libraries[] | select(.users as $users | $file | test($users)) | ."bom-ref"]}])}'

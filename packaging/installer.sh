@@ -1,5 +1,5 @@
 #!/bin/bash
-# Makes the installer: packaging/installer.sh BUILD-TREE [PROGRAM] > its path
+# Makes the installer and prints its path: packaging/installer.sh BUILD-TREE [PROGRAM]
 # BUILD-TREE is one of the preset release; PROGRAM takes the place of the program in it (a signed one).
 # With TAVREL_SIGN, a command that signs the file named after it, the uninstaller is signed as well.
 set -euo pipefail
@@ -12,7 +12,7 @@ version_of() { sed -n "s/^#define $1 \"\(.*\)\"$/\1/p" "$tree/generated/version.
 version=$(version_of TAVREL_VERSION)
 output=$tree/QRTTavrelUtility-$version-setup.exe
 size=$((($(stat --format=%s "$program") + 1023) / 1024 + 64))  # 64 KiB: uninstaller and seed
-# A line end of the system that reads the file.
+# The file gets the line ends of Windows.
 sed 's/$/\r/' "$tree/generated/korsa.ini" >"$tree/korsa.ini"
 # Paths may hold any letter.
 LC_ALL=C.UTF-8 makensis -V2 -WX -NOCD -DVERSION="$version" -DPRODUCT_VERSION="$(version_of TAVREL_PRODUCT_VERSION)" -DSIZE="$size" \
