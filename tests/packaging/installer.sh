@@ -15,7 +15,6 @@ sed 's/^TIMEOUT=.*/TIMEOUT=50/' "$build/generated/korsa.ini" >"$old/generated/ko
 old_setup=$("$repo/packaging/installer.sh" "$old" "$build/demo/standin/15.0.2.5/Qrt.exe")
 new_setup=$("$repo/packaging/installer.sh" "$build")
 version=${new_setup#*Utility-} version=${version%-setup.exe}
-trap 'kill $(jobs -p) 2>/dev/null || true' EXIT
 drive=$WINEPREFIX/drive_c branch='HKLM\Software' program_files='Program Files' view=()
 if [[ $WINEARCH == win64 ]]; then
   # Wine puts elsewhere what a 32-bit program writes below Wow6432Node.
@@ -70,12 +69,14 @@ remove() {
   [[ $* == *_\?=* ]] || wait_until 60 is_gone entry
 }
 help() { new "$1" && grep -q 'Usage: setup.exe' "$work/output"; }
-start_utility() { (cd "$programs/QRT15" && exec wine QRTTavrelUtility.exe) & utility=$! && wait_until 60 quietly window; }
+start_utility() {
+  (cd "$programs/QRT15" && exec wine QRTTavrelUtility.exe) & utility=$! && wait_until 60 quietly window
+}
 # A window that is busy with its check can miss the wish.
 has_closed() { quietly wine taskkill /im QRTTavrelUtility.exe || true; ! kill -0 "$utility" 2>/dev/null; }
 close_utility() { wait_until 60 has_closed; }
-# The installer finds the program running, and closed two seconds later.
-new_while_closing() { { sleep 2 && close_utility; } & new /S; }
+# The utility ends two seconds after the installer has started.
+new_while_closing() { { sleep 2 && kill -KILL "$utility"; } & new /S; }
 moved_seed() { grep -q TIMEOUT=20 "$drive/Tools/Ütility 2/korsa.ini"; }
 # The uninstall entry, without sizes and times.
 entry_says() {
@@ -98,33 +99,18 @@ VersionMajor=0x${version%%.*}
 VersionMinor=0x0
 END
 }
-# The installed program finds the update that is offered, and makes the user's settings of its seed.
-find_update() {
-  mkdir -p "$drive/product" "$work/www/qrt15"
-  cp "$build/demo/standin/15.0.2.5/Qrt.exe" "$drive/product/"
-  while read -r key value data; do
-    quietly wine reg add "${!key}" /v "$value" /d "$data" /f "${view[@]}" </dev/null
-  done <<<'uninstall DisplayVersion 15.0
-    uninstall DisplayIcon C:\product\Qrt.exe
-    uninstall URLUpdateInfo http://updates.varnexa.example/qrt15/updates.ini
-    maker Version 15.0
-    maker Installpath C:\product'
-  cp "$repo/demo/updates.ini" "$work/www/qrt15/"
-  sed -e "s|@WORK@|$work|; s|@RATE@|0|; s|@ANSWER@||" "$repo/demo/nginx.conf" >"$work/nginx.conf"
-  nginx -c "$work/nginx.conf" -e "$work/errors.log" &
-  start_utility && wait_until 60 grep -rqs 'Update details found. Exit code 3.' "$logs" &&
-    close_utility && cmp "$programs/QRT15/korsa.ini" "$settings/QRT15/korsa.ini"
+# The installed program writes its log, and copies the user's settings from the installed korsa.ini.
+first_start() {
+  start_utility && close_utility && cmp "$programs/QRT15/korsa.ini" "$settings/QRT15/korsa.ini"
 }
 
-for key in "$uninstall" "$uninstall Tavrel Utility" "$maker"; do
-  quietly wine reg delete "$key" /f "${view[@]}" || true
-done
+for key in "$uninstall Tavrel Utility" "$maker"; do quietly wine reg delete "$key" /f "${view[@]}" || true; done
 rm -rf "$programs" "$logs" "$drive/Tools" "$drive/product" "$drive/link" "$menu" "$settings"
 set -f
 check first 0 'old /S' +entry +logs{,/QRT15{,/README.txt}} +menu{,/link} +programs{,/QRT15{,/exe,/ini,/un}}
 check upgrade 0 'new /S' '~entry' '~'programs/QRT15/{exe,ini,un}
 check 'the uninstall entry is complete' 0 entry_says
-check 'the program finds an update' 0 find_update +logs/QRT15/log +product{,/Qrt.exe} +settings{,/QRT15{,/ini}}
+check 'the installed program works' 0 first_start +logs/QRT15/log +settings{,/QRT15{,/ini}}
 start_utility
 check 'the utility is running' 3 'new /S'
 check 'the utility to be removed is running' 3 "remove /S _?=$(winepath -w "$programs/QRT15")"
@@ -132,7 +118,7 @@ check 'the utility is closed in time' 0 new_while_closing
 printf 'TIMEOUT=20\r\n' >>"$programs/QRT15/korsa.ini"
 check 'a downgrade keeps a changed korsa.ini' 0 'old /S' '~entry' '~'programs/QRT15/{exe,un}
 check 'a failed move changes nothing' 2 'new /S /D=Q:\nowhere\x'
-for options in '/S /D=relative\x' '/S /D="C:\x y"' '/S /D=C:\product\Qrt.exe' '/S /D=C:\' '/S /d=C:\x' /s --silent; do
+for options in '/S /D=relative\x' '/S /D="C:\x y"' '/S /D=C:\windows\explorer.exe' '/S /D=C:\' '/S /d=C:\x' /s --silent; do
   check "$options is refused" 2 "new $options"
 done
 for option in '/?' --help; do check "$option shows the usage" 0 "help $option"; done
@@ -145,7 +131,8 @@ check 'another name of the same folder is no move' 0 'new /S /D=C:\link'
 echo mine >"$drive/Tools/Ütility 2/mine.txt"
 check 'the removal leaves foreign files' 0 'remove /S' -entry -menu{,/link} -Tools/Ütility\ 2/{exe,un} \
   -logs/QRT15/README.txt
-mkdir "$menu"
+mkdir "$menu" "$drive/product"
+quietly wine reg add "$maker" /v Installpath /d 'C:\product' /f "${view[@]}"
 echo own | tee "$drive/product/korsa.ini" >"$menu/Varnexa 15.0 Update.lnk"
 check "in the product's folder" 0 'new /S' +entry +product/{exe,un} +logs/QRT15/README.txt
 check "removed from the product's folder" 0 'remove /S' -entry -product/{exe,un} -logs/QRT15/README.txt
