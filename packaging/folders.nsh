@@ -1,4 +1,4 @@
-; Folders with rights of their own. Values are passed in $R0 and $R1, results in $0; $1 to $4 are scratch.
+; Folders with rights of their own. Values are passed in $R0 and $R1, results in $0; $1 to $6 are scratch.
 ; System::Call writes types as: i number, p address, w text, r1 or R1 the variable $1 or $R1, a dot before a result.
 
 !define NOTICE "README.txt"

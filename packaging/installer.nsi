@@ -30,7 +30,7 @@ ManifestDPIAware true
 Name "${NAME}"
 OutFile "${OUTPUT}"
 PESubsysVer 6.1
-; Empty, so that a folder given by /D= can be told from none.
+; Empty: before .onInit, only /D= sets $INSTDIR.
 InstallDir ""
 BrandingText "${PUBLISHER}"
 
