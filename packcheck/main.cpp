@@ -1,23 +1,26 @@
 // packcheck: tells a publisher what clients make of a list of updates, before it is published.
-#include <filesystem>
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "console/command_line.h"
 #include "console/input.h"
+#include "console/terminal.h"
 #include "packcheck/output.h"
 #include "packcheck/report.h"
+#include "packcheck/warnings.h"
 #include "update/record_text.h"
 #include "update/section_names.h"
 
 namespace {
 
 struct Options {
-  bool json = false;
-  std::optional<packcheck::Version> product;
-  std::string record;
-  std::string list;
+  bool json = false, compare = false;
+  std::string product;
+  std::optional<std::string> record;
+  std::vector<std::string> lists, ignored;
 };
 
 /// Four numbers of 16 bits between points, and nothing else.
@@ -46,37 +49,92 @@ std::string CheckVersion(const std::string& text) {
                             : "'" + text + "' is not a version: four numbers up to 65535, as in 15.0.2.5";
 }
 
-int Check(const CLI::App& app, const Options& options) {
-  const console::Input list = console::Read(console::PathOf(options.list), kListSizeLimit);
-  if (!list.error.empty()) return console::Fail(app, list.error);
-  std::optional<std::string> record;
-  if (!options.record.empty()) {
-    const console::Input input = console::Read(console::PathOf(options.record), kRecordSizeLimit);
-    if (!input.error.empty()) return console::Fail(app, input.error);
-    record = input.bytes;
+std::string CheckCode(const std::string& text) {
+  const std::vector<std::string>& codes = packcheck::WarningCodes();
+  return std::find(codes.begin(), codes.end(), text) != codes.end()
+             ? ""
+             : "no warning has the code '" + text + "'";
+}
+
+/// What is wrong with how options are combined; empty when nothing is.
+std::string CheckUse(const Options& options) {
+  if (options.compare && options.lists.size() != 2) return "--compare takes two lists, OLD and NEW";
+  const auto inputs = std::count(options.lists.begin(), options.lists.end(), "-") + (options.record == "-");
+  return inputs > 1 ? "only one list or record can be standard input" : "";
+}
+
+int CheckList(const CLI::App& app, const Options& options, const std::string& list,
+              std::optional<std::string_view> record) {
+  const console::Input input = console::Read(console::PathOf(list), kListSizeLimit);
+  if (!input.error.empty()) return console::Fail(app, input.error);
+  packcheck::Report report = packcheck::Examine(input.bytes, record, ParseVersion(options.product));
+  std::erase_if(report.warnings, [&](const packcheck::Warning& warning) {
+    return std::find(options.ignored.begin(), options.ignored.end(), warning.code) != options.ignored.end();
+  });
+  std::string text;
+  const bool several = options.lists.size() > 1;
+  if (options.json) {
+    text = packcheck::AsJson(report, several ? list : "");
+  } else {
+    if (several)
+      text =
+          (&list == &options.lists.front() ? "" : "\n") + console::Printable(std::string_view(list)) + ":\n";
+    text += packcheck::AsText(report);
   }
-  const packcheck::Report report = packcheck::Examine(list.bytes, record, options.product);
-  if (!console::Print(app, options.json ? packcheck::AsJson(report) : packcheck::AsText(report)))
-    return console::kFailed;
+  if (!console::Print(app, text)) return console::kFailed;
   return report.warnings.empty() ? console::kClean : console::kFound;
+}
+
+int CheckLists(const CLI::App& app, const Options& options, std::optional<std::string_view> record) {
+  int status = console::kClean;
+  for (const std::string& list : options.lists) {
+    status = std::max(status, CheckList(app, options, list, record));
+  }
+  return status;
+}
+
+int CompareLists(const CLI::App& app, const Options& options, std::optional<std::string_view> record) {
+  const console::Input before = console::Read(console::PathOf(options.lists[0]), kListSizeLimit);
+  const console::Input after = console::Read(console::PathOf(options.lists[1]), kListSizeLimit);
+  if (!before.error.empty() || !after.error.empty())
+    return console::Fail(app, before.error.empty() ? after.error : before.error);
+  const auto changes = packcheck::Compare(before.bytes, after.bytes, record);
+  if (!console::Print(app, options.json ? packcheck::AsJson(changes) : packcheck::AsText(changes)))
+    return console::kFailed;
+  return changes.empty() ? console::kClean : console::kFound;
 }
 
 }  // namespace
 
 int console::RunTool(const std::vector<std::string>& arguments) {
   CLI::App app("Says what every client will read in a list of updates, and what it will do.", "packcheck");
-  app.footer("Exit status: 0 clean, 1 with warnings, 2 wrong use or a file that cannot be read.");
+  app.footer(
+      "Exit status: 0 no warnings (with --compare: no changes), 1 warnings (changes), 2 wrong use or a file\n"
+      "that cannot be read. Of several lists, the highest.");
   Options options;
-  std::string product;
-  app.add_option("LIST", options.list, "The list of updates; - for standard input")->required();
-  app.add_flag("--json", options.json, "Print one JSON object instead of text");
-  app.add_option("--product", product, "Only for a client whose Qrt.exe has this version")
-      ->type_name("A.B.C.D")
-      ->check(CheckVersion);
-  app.add_option("--record", options.record, "The client has this installedupdates.dat")->type_name("FILE");
+  app.add_option("LIST", options.lists, "Lists of updates; - for standard input")->required()->type_name("");
+  app.add_flag("--json", options.json, "Print JSON, one object for each list, instead of text");
+  auto* product =
+      app.add_option("--product", options.product, "Only for a client whose Qrt.exe has this version")
+          ->type_name("A.B.C.D")
+          ->check(CheckVersion);
+  app.add_option("--record", options.record, "All clients have this installedupdates.dat")->type_name("FILE");
+  auto* ignore =
+      app.add_option("--ignore", options.ignored, "Leave out the warnings of this code; can be repeated")
+          ->type_name("CODE")
+          ->allow_extra_args(false)
+          ->check(CheckCode);
+  app.add_flag("--compare", options.compare,
+               "Of two lists, OLD and NEW: show only the clients that get another answer")
+      ->excludes(product)
+      ->excludes(ignore);
   if (const auto status = Parse(app, arguments)) return *status;
-  options.product = ParseVersion(product);
-  if (options.record == "-" && options.list == "-")
-    return Fail(app, "list and record cannot both be standard input");
-  return Check(app, options);
+  const std::string wrong = CheckUse(options);
+  if (!wrong.empty()) return Fail(app, wrong + "; packcheck --help shows the usage");
+  Input record;
+  if (options.record) record = Read(PathOf(*options.record), kRecordSizeLimit);
+  if (!record.error.empty()) return Fail(app, record.error);
+  std::optional<std::string_view> record_bytes;
+  if (options.record) record_bytes = record.bytes;
+  return options.compare ? CompareLists(app, options, record_bytes) : CheckLists(app, options, record_bytes);
 }

@@ -13,10 +13,70 @@ namespace {
 using console::Json;
 using Texts = std::vector<std::wstring>;
 
-/// Of a longer list, a person reads the beginning.
-constexpr std::size_t kNamesShown = 20;
-/// Where the second column of the table begins, behind the longest version.
-constexpr std::size_t kOutcomeColumn = 23;
+// With these bounds a report is at most 33 lines long.
+constexpr std::size_t kNamesShown = 5;
+constexpr std::size_t kRowsShown = 6;
+constexpr std::size_t kWarningsShown = 6;
+/// Longest part of a name that is shown, in UTF-16 code units.
+constexpr std::size_t kNameLength = 60;
+/// Where the second column of a table begins: after the longest version, and after a range of two.
+constexpr std::size_t kAnswerColumn = 23;
+constexpr std::size_t kChangeColumn = 40;
+
+std::string Padded(std::string text, std::size_t column) {
+  text.resize(std::max(text.size() + 1, column), ' ');
+  return text;
+}
+
+std::string Shortened(const std::wstring& name) {
+  if (name.size() <= kNameLength) return console::Printable(name);
+  return console::Printable(std::wstring_view(name).substr(0, kNameLength)) + "...";
+}
+
+/// The line that stands for what is not shown of `count` entries.
+std::string More(std::size_t count, std::size_t shown, const std::string& remedy) {
+  return count <= shown ? "" : "  ... and " + std::to_string(count - shown) + " more" + remedy + "\n";
+}
+
+std::string Line(const std::string& label, const std::string& value) {
+  return Padded(label, 10) + value + "\n";
+}
+
+std::string Lines(const std::string& label, const Texts& names) {
+  std::string text = Line(label, names.empty() ? "none" : std::to_string(names.size()));
+  for (std::size_t i = 0; i < std::min(names.size(), kNamesShown); ++i)
+    text += "  " + Shortened(names[i]) + "\n";
+  return text + More(names.size(), kNamesShown, "");
+}
+
+std::string Answer(const Client& client) {
+  return std::string(client.offered ? "offered" : "not offered") + ", exit code " +
+         std::to_string(client.exit_code) + (client.record_deleted ? ", the record is deleted" : "");
+}
+
+std::string AnswerWithLog(const Client& client) {
+  std::string text = "Client " + PointedText(client.product) + ": updates are " + Answer(client) + "\n";
+  for (const std::wstring& entry : client.log) text += "  | " + console::Printable(entry) + "\n";
+  return text;
+}
+
+std::string Table(const std::vector<Client>& table) {
+  std::string text = Padded("Client version", kAnswerColumn) + "updates\n";
+  for (std::size_t i = 0; i < std::min(table.size(), kRowsShown); ++i) {
+    text += Padded("from " + PointedText(table[i].product), kAnswerColumn) + Answer(table[i]) + "\n";
+  }
+  return text + More(table.size(), kRowsShown, "; --json shows all, --product one client");
+}
+
+std::string Warnings(const std::vector<Warning>& warnings) {
+  if (warnings.empty()) return "No warnings.\n";
+  std::string text;
+  for (std::size_t i = 0; i < std::min(warnings.size(), kWarningsShown); ++i) {
+    const std::string name = warnings[i].name.empty() ? "" : Shortened(warnings[i].name) + ": ";
+    text += "warning " + warnings[i].code + ": " + name + warnings[i].text + "\n";
+  }
+  return text + More(warnings.size(), kWarningsShown, " warnings; --json shows all");
+}
 
 Json Strings(const Texts& texts) {
   Json array = Json::array();
@@ -24,102 +84,76 @@ Json Strings(const Texts& texts) {
   return array;
 }
 
-std::string Point(const Version& version) {
-  std::string text;
-  for (const auto number : version) text += (text.empty() ? "" : ".") + std::to_string(number);
-  return text;
-}
-
-Json Object(const Client& client) {
-  return {{"product", Point(client.product)},
-          {"offered", client.offered},
+Json AnswerObject(const Client& client) {
+  return {{"offered", client.offered},
           {"exit_code", client.exit_code},
-          {"record_deleted", client.record_deleted},
-          {"log", Strings(client.log)}};
+          {"record_deleted", client.record_deleted}};
 }
 
-std::string Line(std::string_view label, std::string_view value) {
-  std::string line(label);
-  line.resize(std::max<std::size_t>(line.size(), 10), ' ');
-  return line.append(value) + "\n";
-}
-
-std::string Lines(std::string_view label, const Texts& names) {
-  std::string text = Line(label, names.empty() ? "none" : std::to_string(names.size()));
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (i == kNamesShown) return text + "  ... and " + std::to_string(names.size() - i) + " more\n";
-    text += "  " + console::Printable(names[i]) + "\n";
-  }
-  return text;
-}
-
-std::string LogOf(const Client& client) {
-  std::string text;
-  for (const std::wstring& entry : client.log) text += "  | " + console::Printable(entry) + "\n";
-  return text;
-}
-
-std::string Outcome(const Client& client) {
-  return std::string(client.offered ? "offered" : "not offered") + ", exit code " +
-         std::to_string(client.exit_code) + (client.record_deleted ? ", the record is deleted" : "") + "\n";
-}
-
-/// One row for each version from which on something changes; then what is logged, once for those who are
-/// offered updates and once for the others, since that is all that tells them apart.
-std::string Table(const Report& report) {
-  std::string text = "\nClient version         updates\n";
-  for (const Client& client : report.table) {
-    std::string row = "from " + Point(client.product);
-    row.resize(kOutcomeColumn, ' ');
-    text += row + Outcome(client);
-  }
-  if (report.table_cut) text += "... and many more changes; ask for one client with --product\n";
-  for (const bool offered : {true, false}) {
-    const auto client = std::find_if(report.table.begin(), report.table.end(),
-                                     [&](const Client& row) { return row.offered == offered; });
-    if (client == report.table.end()) continue;
-    text +=
-        std::string("\nLog where updates are ") + (offered ? "offered\n" : "not offered\n") + LogOf(*client);
-  }
-  return text;
+/// The answer after a first member, "product" or "from", with the client's version.
+Json ClientObject(const char* version_key, const Client& client) {
+  Json object = {{version_key, PointedText(client.product)}};
+  object.update(AnswerObject(client));
+  return object;
 }
 
 }  // namespace
 
 std::string AsText(const Report& report) {
-  std::string text = Line("Heading", report.heading ? console::Printable(*report.heading) : "none");
+  std::string text = Line("Heading", report.heading ? Shortened(*report.heading) : "none");
   text += Lines("Packs", report.packs);
   if (!report.dropped.empty()) text += Lines("Not seen", report.dropped);
   text += Line("Newest", "level " + std::to_string(report.newest.level) + ", build " +
                              std::to_string(report.newest.build));
-  if (report.client) {
-    text += "\nClient " + Point(report.client->product) + ": updates are " + Outcome(*report.client) +
-            LogOf(*report.client);
-  } else {
-    text += Table(report);
-  }
-  text += "\n";
-  for (const Warning& warning : report.warnings) {
-    text += std::string("warning ") + warning.code + ": " +
-            (warning.name.empty() ? "" : console::Printable(warning.name) + ": ") + warning.text + "\n";
-  }
-  return text + (report.warnings.empty() ? "No warnings.\n" : "");
+  text += "\n" + (report.client ? AnswerWithLog(*report.client) : Table(report.table));
+  return text + "\n" + Warnings(report.warnings);
 }
 
-std::string AsJson(const Report& report) {
-  Json json = {{"heading", nullptr},
-               {"packs", Strings(report.packs)},
-               {"dropped", Strings(report.dropped)},
-               {"newest", {{"level", report.newest.level}, {"build", report.newest.build}}},
-               {"client", nullptr},
-               {"warnings", Json::array()}};
+std::string AsText(const std::vector<Change>& changes) {
+  if (changes.empty()) return "No client gets another answer.\n";
+  std::string text = Padded("Client versions", kChangeColumn) + "updates\n";
+  for (std::size_t i = 0; i < std::min(changes.size(), kRowsShown); ++i) {
+    const Change& change = changes[i];
+    text += Padded(PointedText(change.from) + " to " + PointedText(change.to), kChangeColumn) +
+            Answer(change.before) + " -> " + Answer(change.after) + "\n";
+  }
+  return text + More(changes.size(), kRowsShown, "; --json shows all");
+}
+
+std::string AsJson(const Report& report, const std::string& file) {
+  Json json = Json::object();
+  if (!file.empty()) json["file"] = console::Utf8(console::DecodeText(file));
+  json["heading"] = nullptr;
   if (report.heading) json["heading"] = console::Utf8(*report.heading);
-  if (report.client) json["client"] = Object(*report.client);
+  json["packs"] = Strings(report.packs);
+  json["dropped"] = Strings(report.dropped);
+  json["newest"] = {{"level", report.newest.level}, {"build", report.newest.build}};
+  json["client"] = nullptr;
+  json["table"] = nullptr;
+  if (report.client) {
+    json["client"] = ClientObject("product", *report.client);
+    json["client"]["log"] = Strings(report.client->log);
+  } else {
+    json["table"] = Json::array();
+    for (const Client& client : report.table) json["table"].push_back(ClientObject("from", client));
+  }
+  json["warnings"] = Json::array();
   for (const Warning& warning : report.warnings) {
     json["warnings"].push_back(
         {{"code", warning.code}, {"name", console::Utf8(warning.name)}, {"text", warning.text}});
   }
   return console::JsonLine(json);
+}
+
+std::string AsJson(const std::vector<Change>& changes) {
+  Json array = Json::array();
+  for (const Change& change : changes) {
+    array.push_back({{"from", PointedText(change.from)},
+                     {"to", PointedText(change.to)},
+                     {"old", AnswerObject(change.before)},
+                     {"new", AnswerObject(change.after)}});
+  }
+  return console::JsonLine({{"changes", array}});
 }
 
 }  // namespace packcheck

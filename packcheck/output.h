@@ -1,15 +1,20 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "packcheck/report.h"
 
+/// The results as text for people, at most a screen of lines that end in "\n" and are safe on a terminal, or
+/// as JSON for programs, one object on a line. Both are ASCII or UTF-8. In names, a byte above 0x7F that no
+/// encoding explains is \x and two digits.
 namespace packcheck {
 
-/// The report for a person to read; lines that end in "\n".
 std::string AsText(const Report& report);
-/// The report as one JSON object, in UTF-8, on a line of its own. In names, a byte above 0x7F that no
-/// encoding explains stands as \x and two digits, in both forms.
-std::string AsJson(const Report& report);
+std::string AsText(const std::vector<Change>& changes);
+
+/// `file`: the list's name, written when several lists were examined; empty otherwise.
+std::string AsJson(const Report& report, const std::string& file);
+std::string AsJson(const std::vector<Change>& changes);
 
 }  // namespace packcheck

@@ -1,8 +1,11 @@
 #include "packcheck/warnings.h"
 
 #include <algorithm>
-#include <limits>
+#include <array>
+#include <string>
 
+#include "console/terminal.h"
+#include "product/identity.h"
 #include "text/text.h"
 #include "update/record_text.h"
 #include "update/section_names.h"
@@ -12,24 +15,89 @@ namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
-// A field that holds a number and nothing else.
+enum Code {
+  kNoSections,
+  kOnlyHeading,
+  kHeadingIsPack,
+  kByteOrderMark,
+  kUnclosed,
+  kControlCharacter,
+  kNotAscii,
+  kBeyondLimit,
+  kNoNumbers,
+  kOutOfRange,
+  kOtherProduct,
+  kDuplicate,
+  kNeverOffered,
+  kOffersOlder,
+  kRecordNeverAhead,
+  kCodes,
+};
+
+struct Meaning {
+  std::string code, text;
+};
+
+/// A list with more faults than this is not a list of updates.
+constexpr std::size_t kMostLineWarnings = 1000;
+
+/// What the name of each pack of this product begins with: "Varnexa15_0_".
+std::string PackPrefix() {
+  std::wstring prefix = std::wstring(identity::kProductLabel) + L"_";
+  text::ReplaceAll(prefix, L" ", L"");
+  text::ReplaceAll(prefix, L".", L"_");
+  return {prefix.begin(), prefix.end()};
+}
+
+/// In the order of Code.
+const std::array<Meaning, kCodes>& Meanings() {
+  // One character of the clients' buffer ends the list of names.
+  static const std::string limit = std::to_string(kSectionNamesCapacity - 1);
+  static const std::array<Meaning, kCodes> meanings = {{
+      {"no-sections", "clients find no section; begin with a heading in brackets, then the packs"},
+      {"only-heading", "no pack follows the heading, so no client is offered anything"},
+      {"heading-is-pack", "the first section is the heading, never a pack; put a heading before it"},
+      {"byte-order-mark", "Windows does not find this section behind the UTF-8 mark; save without a mark"},
+      {"unclosed", "the line has no closing bracket, so clients find no section in it"},
+      {"control-character",
+       "it has a control, direction or invisible character, or is cut at a null; use ASCII"},
+      {"not-ascii", "each client reads it, or its record, in its own code page; use ASCII"},
+      {"beyond-limit",
+       "clients read " + limit + " characters, one more for each name; it and the rest do not fit"},
+      {"no-numbers",
+       "its last two fields, between underscores, are not two numbers; name it ..._LEVEL_BUILD"},
+      {"out-of-range", "a version's numbers are 0 to 65535, so clients are offered it for ever, or never"},
+      {"other-product",
+       "it does not begin with " + PackPrefix() + ", which clients do not check; correct the name"},
+      {"duplicate", "the list has this name already; remove one of them"},
+      {"never-offered", "of several packs, the highest level and its build must be 1 or more"},
+      {"offers-older",
+       "with the record of this list it is offered updates, though no pack is newer, and loses the "
+       "record; keep a single pack's build at 10 or below"},
+      {"record-never-ahead",
+       "clients read a version only from a record with three underscores and the product's "
+       "name; this one never counts as ahead of an executable"},
+  }};
+  return meanings;
+}
+
+void Warn(Report& report, Code code, std::wstring_view name = {}) {
+  const Meaning& meaning = Meanings()[code];
+  report.warnings.push_back({.code = meaning.code, .name = std::wstring(name), .text = meaning.text});
+}
+
+/// A field that holds a number and nothing else.
 bool IsNumber(std::wstring_view field) {
   if (field.starts_with(L'-') || field.starts_with(L'+')) field.remove_prefix(1);
   return !field.empty() && field.find_first_not_of(L"0123456789") == field.npos;
 }
 
 bool IsOutOfRange(std::wstring_view field) {
-  if (!IsNumber(field)) return false;
   const std::int32_t value = text::ParseDecimal(field);
-  if (value != std::numeric_limits<std::int32_t>::max() &&
-      value != std::numeric_limits<std::int32_t>::min()) {
-    return false;
-  }
-  std::wstring_view digits = field.substr(field.find_first_of(L"123456789"));
-  return digits != L"2147483647" && !(field.starts_with(L'-') && digits == L"2147483648");
+  return IsNumber(field) && (value < 0 || value > kLargestNumber);
 }
 
-// Whether both of a pack's fields, which a client reads as far as they go, are numbers.
+/// Whether both of a pack's fields are numbers. Clients read them up to the first other character.
 bool HasNumbers(std::wstring_view name) {
   const auto fields = SplitPackName(name);
   return fields && fields->level && IsNumber(*fields->level) && IsNumber(fields->build);
@@ -41,92 +109,80 @@ bool IsAscii(std::wstring_view name) {
 
 void WarnOfMark(std::string_view list, Report& report) {
   if (!list.starts_with(kUtf8Mark)) return;
-  const std::string_view line = list.substr(kUtf8Mark.size(), list.find_first_of("\r\n") - kUtf8Mark.size());
-  const auto names = ReadSectionNames(line);
-  const std::wstring lost = names.empty() ? std::wstring() : names.front();
-  if (!lost.empty()) report.dropped.insert(report.dropped.begin(), lost);
-  report.warnings.push_back(
-      {"byte-order-mark", lost,
-       "a UTF-8 mark stands before the first line, and Windows then finds no section in "
-       "that line; save the list without a mark"});
+  const std::string_view first_line =
+      list.substr(kUtf8Mark.size(), list.find_first_of("\r\n") - kUtf8Mark.size());
+  const auto names = ReadSectionNames(first_line);
+  if (names.empty()) return;
+  report.dropped.insert(report.dropped.begin(), names.front());
+  Warn(report, kByteOrderMark, names.front());
 }
 
-void WarnOfPack(std::wstring_view name, Report& report) {
-  const auto warn = [&](const char* code, const char* text) {
-    report.warnings.push_back({code, std::wstring(name), text});
-  };
-  if (!HasNumbers(name)) {
-    warn("no-numbers",
-         "its last two fields, between underscores, are not two numbers; name it as ..._LEVEL_BUILD");
+/// Warns of what the names no longer show: lines without a closing bracket, and nulls.
+void WarnOfLines(std::string_view list, Report& report) {
+  if (list.starts_with(kUtf8Mark)) list.remove_prefix(kUtf8Mark.size());
+  for (const std::wstring& line : ReadHeadingLines(list)) {
+    if (report.warnings.size() > kMostLineWarnings) return;
+    const std::size_t end = line.rfind(L']');
+    const std::wstring_view name = SectionNameIn(line);
+    if (end == line.npos) {
+      Warn(report, kUnclosed, line);
+    } else if (line.find(L'\0') < end || std::any_of(name.begin(), name.end(), console::IsControl)) {
+      Warn(report, kControlCharacter, name.empty() ? line : name);
+    }
   }
+}
+
+void WarnOfWhole(const Published& published, Report& report) {
+  if (!report.heading) return Warn(report, kNoSections);
+  if (HasNumbers(*report.heading)) Warn(report, kHeadingIsPack, *report.heading);
+  if (report.packs.empty()) return Warn(report, kOnlyHeading, *report.heading);
+  if (!IsNewer(report.newest, 0, 0)) Warn(report, kNeverOffered);
+  if (const auto client = FirstOfferedOlder(published)) {
+    const std::string version = PointedText(*client);
+    Warn(report, kOffersOlder, std::wstring(version.begin(), version.end()));
+  }
+}
+
+void WarnOfPack(std::wstring_view name, const std::wstring& prefix, Report& report) {
+  const bool has_prefix = name.starts_with(prefix);
+  // Clients would read "Varnexa15_0_7" as level 0, build 7.
+  const bool lacks_field = has_prefix && name.find(L'_', prefix.size()) == name.npos;
+  if (lacks_field || !HasNumbers(name)) Warn(report, kNoNumbers, name);
   const auto fields = SplitPackName(name);
-  if (fields && (IsOutOfRange(fields->level.value_or(L"")) || IsOutOfRange(fields->build))) {
-    warn("out-of-range", "a number in it does not fit 32 bits, and clients take the nearest one that does");
-  }
+  if (fields && (IsOutOfRange(fields->level.value_or(L"")) || IsOutOfRange(fields->build)))
+    Warn(report, kOutOfRange, name);
+  if (!has_prefix) Warn(report, kOtherProduct, name);
 }
 
-void WarnOfNames(Report& report) {
-  std::vector<std::wstring> names = report.packs;
-  names.insert(names.begin(), report.heading.value_or(L""));
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (i != 0) WarnOfPack(names[i], report);
-    if (!IsAscii(names[i])) {
-      report.warnings.push_back(
-          {"not-ascii", names[i],
-           "each client reads it, or its record, in a code page of its own; keep to ASCII"});
-    }
-    const auto before = names.begin() + static_cast<std::ptrdiff_t>(i);
-    if (std::any_of(names.begin(), before,
-                    [&](const auto& other) { return text::EqualsIgnoreCase(other, names[i]); })) {
-      report.warnings.push_back(
-          {"duplicate", names[i], "the name stands in the list before; remove one of them"});
-    }
-  }
-}
-
-void WarnOfWhole(Report& report) {
-  const auto warn = [&](const char* code, const std::wstring& name, const char* text) {
-    report.warnings.push_back({code, name, text});
-  };
-  if (!report.heading) {
-    warn("no-sections", L"",
-         "clients find no section at all; begin with a heading in brackets, then the packs");
-    return;
-  }
-  if (HasNumbers(*report.heading)) {
-    warn("heading-is-pack", *report.heading,
-         "the first section is the heading and never a pack, though it is named like one; put a heading "
-         "before it");
-  }
-  if (report.packs.empty()) {
-    warn("only-heading", *report.heading,
-         "no pack stands behind the heading, so no client is offered anything");
-  } else if (!IsNewer(report.newest, 0, 0)) {
-    warn("never-offered", L"",
-         "no client is older than what it holds as the newest; of several packs, the best level and its "
-         "build must "
-         "be 1 or more");
+void WarnOfNames(const std::vector<std::wstring>& sections, Report& report) {
+  const std::string prefix = PackPrefix();
+  for (auto name = sections.begin(); name != sections.end(); ++name) {
+    if (name != sections.begin()) WarnOfPack(*name, std::wstring(prefix.begin(), prefix.end()), report);
+    if (!IsAscii(*name)) Warn(report, kNotAscii, *name);
+    const auto is_same = [&](const auto& other) { return text::EqualsIgnoreCase(other, *name); };
+    if (std::any_of(sections.begin(), name, is_same)) Warn(report, kDuplicate, *name);
   }
 }
 
 }  // namespace
 
-void AddWarnings(std::string_view list, const std::optional<std::wstring>& record, Report& report) {
-  if (!report.dropped.empty()) {
-    report.warnings.push_back(
-        {"beyond-limit", report.dropped.front(),
-         "it and what follows stand behind the 1024 characters of names that clients read; "
-         "put the newest packs first, or remove old ones"});
-  }
+void AddWarnings(std::string_view list, const Published& published, Report& report) {
+  if (!report.dropped.empty()) Warn(report, kBeyondLimit, report.dropped.front());
   WarnOfMark(list, report);
-  WarnOfWhole(report);
-  WarnOfNames(report);
-  if (record && !text::Trim(*record).empty() && !ParseRecordVersion(*record)) {
-    report.warnings.push_back(
-        {"record-never-ahead", L"",
-         "a version is read from a record with exactly three underscores and the product's name; "
-         "this one never counts as ahead of an executable and is never deleted"});
-  }
+  WarnOfLines(list, report);
+  WarnOfWhole(published, report);
+  WarnOfNames(published.sections, report);
+  const std::wstring record = published.record.value_or(L"");
+  if (!text::Trim(record).empty() && !ParseRecordVersion(record)) Warn(report, kRecordNeverAhead);
+}
+
+const std::vector<std::string>& WarningCodes() {
+  static const std::vector<std::string> codes = [] {
+    std::vector<std::string> all;
+    for (const Meaning& meaning : Meanings()) all.emplace_back(meaning.code);
+    return all;
+  }();
+  return codes;
 }
 
 }  // namespace packcheck

@@ -1,14 +1,16 @@
 #pragma once
 
-#include <optional>
-#include <string>
 #include <string_view>
+#include <vector>
 
 #include "packcheck/report.h"
 
 namespace packcheck {
 
-/// Adds what the publisher should know of the list and the record to a report that is complete else.
-void AddWarnings(std::string_view list, const std::optional<std::wstring>& record, Report& report);
+/// Adds the warnings to a report that is otherwise complete. `list`: the bytes that were published.
+void AddWarnings(std::string_view list, const Published& published, Report& report);
+
+/// Every code that a warning can have.
+const std::vector<std::string>& WarningCodes();
 
 }  // namespace packcheck

@@ -30,15 +30,6 @@ std::wstring_view TrimBlanks(std::wstring_view text) {
   return text.substr(start, text.find_last_not_of(kBlanks) + 1 - start);
 }
 
-// The name in a line, if it is a section's heading; a null in it ends it.
-std::wstring_view NameIn(std::wstring_view line) {
-  line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
-  const std::size_t end = line.rfind(L']');
-  if (!line.starts_with(L'[') || end == line.npos) return {};
-  const std::wstring_view name = TrimBlanks(line.substr(1, end - 1));
-  return name.substr(0, name.find(L'\0'));
-}
-
 }  // namespace
 
 void AppendSectionNames(std::wstring_view buffer, std::vector<std::wstring>& sections) {
@@ -55,14 +46,30 @@ std::wstring WidenBytes(std::string_view bytes) {
   return text;
 }
 
-std::vector<std::wstring> ReadSectionNames(std::string_view bytes) {
+std::vector<std::wstring> ReadHeadingLines(std::string_view bytes) {
   const std::wstring text = Decode(bytes);
-  std::vector<std::wstring> names;
+  std::vector<std::wstring> lines;
   for (std::wstring_view rest = text; !rest.empty();) {
     const std::size_t end = std::min(rest.find_first_of(kLineEnds), rest.size());
-    const std::wstring_view name = NameIn(rest.substr(0, end));
-    if (!name.empty()) names.emplace_back(name);
+    const std::wstring_view line = TrimBlanks(rest.substr(0, end));
+    if (line.starts_with(L'[')) lines.emplace_back(line);
     rest.remove_prefix(std::min(end + 1, rest.size()));
+  }
+  return lines;
+}
+
+std::wstring_view SectionNameIn(std::wstring_view heading_line) {
+  const std::size_t end = heading_line.rfind(L']');
+  if (end == heading_line.npos) return {};
+  const std::wstring_view name = TrimBlanks(heading_line.substr(1, end - 1));
+  return name.substr(0, name.find(L'\0'));
+}
+
+std::vector<std::wstring> ReadSectionNames(std::string_view bytes) {
+  std::vector<std::wstring> names;
+  for (const std::wstring& line : ReadHeadingLines(bytes)) {
+    const std::wstring_view name = SectionNameIn(line);
+    if (!name.empty()) names.emplace_back(name);
   }
   return names;
 }

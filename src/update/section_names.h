@@ -21,6 +21,14 @@ void AppendSectionNames(std::wstring_view buffer, std::vector<std::wstring>& sec
 /// that no text holds.
 std::wstring WidenBytes(std::string_view bytes);
 
+/// The lines of a private-profile file that start with "[", without the blanks around them; decoded like
+/// ReadSectionNames does.
+std::vector<std::wstring> ReadHeadingLines(std::string_view bytes);
+
+/// The section name in such a line: up to the last "]", cut at a null. Empty: clients find no section in the
+/// line.
+std::wstring_view SectionNameIn(std::wstring_view heading_line);
+
 /// Every section name in the bytes of a private-profile file, as the system's functions find them: in UTF-16
 /// behind its mark, else of widened bytes. A UTF-8 mark is unknown, so that a heading behind it is none.
 std::vector<std::wstring> ReadSectionNames(std::string_view bytes);

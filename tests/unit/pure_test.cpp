@@ -1,5 +1,7 @@
 #include <doctest.h>
 
+#include "console/encoding.h"
+#include "console/terminal.h"
 #include "framework/command_line.h"
 #include "literal.h"
 #include "log/log_file_choice.h"
@@ -173,6 +175,8 @@ const struct {
     {"Buffer", Names},
     {"Section names", Read},
     {"Warnings", Warned},
+    {"Printable",
+     [](View in) { return console::DecodeText(console::Printable(std::string_view(Bytes(in)))); }},
     {"Normalise", [](View in) { return log_text::Normalise(Text(in)); }},
     {"Build line",
      [](View in) {
