@@ -1,9 +1,9 @@
 #!/bin/bash
-# Usage: scripts/setup.sh
+# Usage: scripts/setup.sh [--with PACKAGE]…
 #
-# Installs what building, running and testing need, where it is missing: on Debian 12 and 13, as root or with sudo
-# for apt and dpkg alone; on other systems with apt it tries. Where everything is there it does nothing. At the end it
-# says how sandboxes are isolated on this machine, or why none is possible.
+# Installs what building, running and testing need, and each PACKAGE, where it is missing: on Debian 12 and 13, as root
+# or with sudo for apt and dpkg alone; on other systems with apt it tries. Where everything is there it does nothing. At
+# the end it says how sandboxes are isolated on this machine, or why none is possible.
 #
 # TAVREL_HAVE_PACKAGES  1: installs nothing, all packages are there, under whatever name
 # TAVREL_BUILD_ROOT     folder for everything that is built, and for the log (default: build)
@@ -11,12 +11,19 @@ set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
 
-case ${1-} in
-  '') ;;
-  --help | -h) usage; exit ;;
-  *) die "takes no arguments: $1; scripts/setup.sh --help tells more" ;;
-esac
+more_packages=()
+while (($#)); do
+  case $1 in
+    --with)
+      (($# > 1)) || die "--with needs a package"
+      more_packages+=("$2")
+      shift 2 ;;
+    --help | -h) usage; exit ;;
+    *) die "unknown argument: $1; scripts/setup.sh --help tells more" ;;
+  esac
+done
 packages=(
+  "${more_packages[@]}"
   # build and checks
   cmake ninja-build g++ g++-mingw-w64-i686-posix doctest-dev nlohmann-json3-dev libcli11-dev
   clang libclang-rt-dev clang-format clang-tidy

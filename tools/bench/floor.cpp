@@ -1,7 +1,7 @@
-// The floor that the utility is measured against: the barest program that makes the system calls of one
-// silent check, each once, with nothing between them: no entries, no decisions, no care for failures. Built
-// twice: FLOOR_WINDOW adds the start-up that a window needs (common controls, COM, own version), and, started
-// without "2", shows an empty property sheet of the utility's templates in place of the check.
+// The floor: the smallest program that makes the system calls of one silent check, each once. It writes no
+// log entries, decides nothing and handles no error. It is built twice: FLOOR_WINDOW adds the start-up that a
+// window needs (common controls, COM, the program's own version). Started without "2", that one shows an
+// empty property sheet made from the utility's templates instead of checking.
 #include <windows.h>
 
 #include <shlobj.h>

@@ -1,11 +1,18 @@
-// Measures whole runs: tavrel_bench ROUNDS [PROGRAM…], other builds of the utility being PROGRAM…. The
-// utility, the floors and the other builds run in the same rounds, turn by turn, so that whatever else the
-// machine does falls on all of them alike. Prints one line of comma separated values for each measurement:
+// Measures whole runs.
+//
+// tavrel_bench ROUNDS [PROGRAM…] measures the utility, the floors and the other programs in each round, in
+// rotating order, so that other load on the machine affects all of them alike. It prints one line of comma
+// separated values for each measurement:
 //   kind,scene,x,program,round,milliseconds,processor milliseconds,KiB
 // "scene" and "growth" rows are whole runs, "retry" rows one check of many in one window, "facts" rows a
-// program's size in bytes (x), and the libraries that it loads (round).
+// program's size in bytes (x) and the number of libraries that it loads (round).
+//
+// tavrel_bench requests [PROGRAM…] has the Wine server trace two runs of each program in each scene; its rows
+// are
+//   requests,scene,x,program,round,identifier of the first thread
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -29,8 +36,8 @@ constexpr unsigned kMega = 1024 * 1024;
 struct Program {
   std::string name;
   std::wstring path;
-  bool check_only = false;  ///< a floor: it knows nothing but one way through a check
-  bool shows_sheet = true;
+  bool check_only = true;  ///< it has no settings and no Retry button: a floor, or not a build of the utility
+  bool shows_sheet = HasSheet(path);
 };
 
 std::string ListOf(unsigned packs) {
@@ -41,19 +48,21 @@ std::string ListOf(unsigned packs) {
 
 void Print(const char* kind, const std::string& scene, unsigned x, const std::string& program, unsigned round,
            const Measure& measure) {
-  std::printf("%s,%s,%u,%s,%u,%.2f,%.0f,%u\n", kind, scene.c_str(), x, program.c_str(), round,
+  std::printf("%s,%s,%u,%s,%u,%.2f,%.3f,%u\n", kind, scene.c_str(), x, program.c_str(), round,
               measure.milliseconds, measure.processor_milliseconds, measure.kib);
 }
 
 class Bench {
  public:
   Bench(unsigned rounds, std::vector<Program> programs) : rounds_(rounds), programs_(std::move(programs)) {
-    stage_.PlaceExecutable(L"15.0.2.7");  // newer than every pack: a check has nothing to tell
-    stage_.WriteSettings(kComplete);
+    machine_.PlaceExecutable(L"15.0.2.7");  // newer than every pack: no check opens the sheet
+    machine_.WriteSettings(kComplete);
   }
 
   void Facts();
   void Scenes();
+  /// From here on each run has the Wine server trace its requests.
+  void TraceRequests();
   void Growth();
   void Retries();
 
@@ -64,8 +73,9 @@ class Bench {
   void ClearLogs() const;
 
   unsigned rounds_;
+  bool traces_requests_ = false;
   std::vector<Program> programs_;
-  Stage stage_;
+  Stage machine_;
   std::string body_ = ListOf(1);
   const HttpServer server_{[this] { return Reply(200, body_); }};
 };
@@ -73,19 +83,30 @@ class Bench {
 void Bench::Rounds(const char* kind, const std::string& scene, unsigned x, unsigned rounds, Until until,
                    bool with_floors) {
   std::fprintf(stderr, "-- %s, %u: %u rounds\n", scene.c_str(), x, rounds);
-  // The round that comes first finds nothing in the caches, and is not counted.
+  // The first round, 0, fills the caches and does not count.
   for (unsigned round = 0; round <= rounds; ++round) {
-    for (const Program& program : programs_) {
+    for (std::size_t i = 0; i < programs_.size(); ++i) {
+      const Program& program = programs_[(i + round) % programs_.size()];
       if (program.check_only && !with_floors) continue;
       if (until == Until::painted && !program.shows_sheet) continue;
-      const auto measure = Play(program.path, until == Until::painted ? L"" : L"2", until);
+      const auto measure = MeasureRun(program.path, until == Until::painted ? L"" : L"2", until);
       if (!measure) {
         std::fprintf(stderr, "%s, %s: a run did not end\n", scene.c_str(), program.name.c_str());
         std::exit(1);
       }
-      if (round != 0) Print(kind, scene, x, program.name, round, *measure);
+      if (traces_requests_) {
+        std::printf("requests,%s,%u,%s,%u,%04lx\n", scene.c_str(), x, program.name.c_str(), round,
+                    measure->first_thread);
+      } else if (round != 0) {
+        Print(kind, scene, x, program.name, round, *measure);
+      }
     }
   }
+}
+
+void Bench::TraceRequests() {
+  traces_requests_ = true;
+  SetEnvironmentVariableW(L"WINEDEBUG", L"-all,+server");
 }
 
 void Bench::Facts() {
@@ -105,14 +126,14 @@ void Bench::Scenes() {
   Rounds("scene", "silent check: 30 MiB", 30 * kMega, rounds_, Until::ended);
   body_ = ListOf(1);
   Rounds("scene", "first painted sheet", 1, rounds_, Until::painted);
-  stage_.WriteSettings("CHECKUPDATES=FALSE\r\n");
+  machine_.WriteSettings("CHECKUPDATES=FALSE\r\n");
   Rounds("scene", "updates off", 1, rounds_, Until::ended, false);
-  stage_.WriteSettings(kComplete);
+  machine_.WriteSettings(kComplete);
 }
 
 void Bench::ClearLogs() const {
-  for (const std::wstring& name : support::FileNames(stage_.LogFolder()))
-    DeleteFileW((stage_.LogFolder() + L"\\" + name).c_str());
+  for (const std::wstring& name : support::FileNames(machine_.LogFolder()))
+    DeleteFileW((machine_.LogFolder() + L"\\" + name).c_str());
 }
 
 void Bench::Grow(const char* what, const std::vector<unsigned>& sizes,
@@ -122,7 +143,7 @@ void Bench::Grow(const char* what, const std::vector<unsigned>& sizes,
     Rounds("growth", what, size, std::max(rounds_ / 3, 3U), Until::ended);
   }
   ClearLogs();
-  DeleteFileW(stage_.Record().c_str());
+  DeleteFileW(machine_.Record().c_str());
   body_ = ListOf(1);
 }
 
@@ -134,19 +155,20 @@ void Bench::Growth() {
          body_ = ListOf(1);
          if (bytes > body_.size()) body_ += std::string(bytes - body_.size(), ';');
        });
-  // Covers the list and is not newer than the product, so that it stays.
+  // It covers the list and is not newer than the product, so the check leaves it in place.
   const std::string record = "15.0.1.0 [Varnexa15_0_1_0]";
   Grow("bytes of the record", {10, 1000, 10000, 100000, kMega, 4 * kMega, 20 * kMega}, [&](unsigned bytes) {
-    support::WriteBytes(stage_.Record(), (record + std::string(bytes, ' ')).substr(0, bytes));
+    support::WriteBytes(machine_.Record(), (record + std::string(bytes, ' ')).substr(0, bytes));
   });
   Grow("log files in the folder", {0, 10, 100, 1000, 10000}, [this](unsigned files) {
     ClearLogs();
     for (unsigned i = 0; i < files; ++i) {
-      support::WriteBytes(stage_.LogFolder() + L"\\QRT_15_SystemTavrel_" + std::to_wstring(i) + L".log", "");
+      support::WriteBytes(machine_.LogFolder() + L"\\QRT_15_SystemTavrel_" + std::to_wstring(i) + L".log",
+                          "");
     }
   });
   Grow("bytes of the log file", {100, 10000, kMega, 8 * kMega, 64 * kMega}, [this](unsigned bytes) {
-    support::WriteBytes(stage_.LogFolder() + L"\\QRT_15_SystemTavrel_1.log", std::string(bytes, '.'));
+    support::WriteBytes(machine_.LogFolder() + L"\\QRT_15_SystemTavrel_1.log", std::string(bytes, '.'));
   });
 }
 
@@ -172,7 +194,8 @@ void Bench::Retries() {
         std::fprintf(stderr, "retry %u asked the server %zu times\n", i, server_.Requests().size() - asked);
         std::exit(1);
       }
-      Print("retry", "retries in one window", i, program.name, 1, {took, 0, PeakMemory(process.get())});
+      Print("retry", "retries in one window", i, program.name, 1,
+            {.milliseconds = took, .kib = PeakMemory(process.get())});
     }
   }
 }
@@ -180,14 +203,23 @@ void Bench::Retries() {
 }  // namespace
 
 int wmain(int count, wchar_t** arguments) {
-  const unsigned rounds = count > 1 ? std::wcstoul(arguments[1], nullptr, 10) : 20;
+  const bool requests = count > 1 && std::wstring_view(arguments[1]) == L"requests";
+  const unsigned rounds = requests ? 1 : count > 1 ? std::wcstoul(arguments[1], nullptr, 10) : 20;
   const std::wstring floors = TAVREL_FLOORS;
   std::vector<Program> programs{
-      {"utility", TAVREL_UTILITY},
-      {"floor", floors + L"/tavrel_floor.exe", true, false},
-      {"floor with a window's start-up", floors + L"/tavrel_floor_window.exe", true}};
-  for (int i = 2; i < count; ++i) programs.push_back({support::Utf8(arguments[i]), arguments[i]});
+      {.name = "utility", .path = TAVREL_UTILITY, .check_only = false},
+      {.name = "floor", .path = floors + L"/tavrel_floor.exe"},
+      {.name = "floor with a window's start-up", .path = floors + L"/tavrel_floor_window.exe"}};
+  for (int i = 2; i < count; ++i) {
+    programs.push_back(
+        {.name = support::Utf8(arguments[i]), .path = arguments[i], .check_only = !HasSheet(arguments[i])});
+  }
   Bench bench(std::max(rounds, 1U), programs);
+  if (requests) {
+    bench.TraceRequests();
+    bench.Scenes();
+    return 0;
+  }
   bench.Facts();
   bench.Scenes();
   bench.Growth();

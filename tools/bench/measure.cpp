@@ -2,8 +2,9 @@
 
 #include <psapi.h>
 
-#include <cstdio>
-#include <cwchar>
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
 
 #include "acceptance/driver.h"
 #include "resource.h"
@@ -11,14 +12,12 @@
 namespace {
 
 constexpr DWORD kLongestRunMs = 60000;
-/// Until the parent of an ended process has taken over its processor time.
-constexpr DWORD kReapingMs = 10;
-/// One unit of the processor times of /proc, in milliseconds.
-constexpr double kTickMs = 10;
+/// Longest wait for the processor time of an ended process.
+constexpr DWORD kLongestReapingMs = 500;
 
 struct Started {
   platform::UniqueKernelHandle process, thread;
-  DWORD id = 0;
+  DWORD id = 0, first_thread = 0;
 };
 
 Started Start(const std::wstring& program, const wchar_t* arguments, DWORD flags) {
@@ -30,22 +29,27 @@ Started Start(const std::wstring& program, const wchar_t* arguments, DWORD flags
                       &start, &created)) {
     return {};
   }
-  return {platform::UniqueKernelHandle(created.hProcess), platform::UniqueKernelHandle(created.hThread),
-          created.dwProcessId};
+  return {.process = platform::UniqueKernelHandle(created.hProcess),
+          .thread = platform::UniqueKernelHandle(created.hThread),
+          .id = created.dwProcessId,
+          .first_thread = created.dwThreadId};
 }
 
-/// Processor time of all processes of the sandbox that have ended: Wine does not tell those of another
-/// process, but what has ended is its first process's child. Rounded down to ticks, so that only the mean of
-/// many tells.
-double EndedProcessesTime() {
-  std::FILE* file = _wfopen(L"Z:\\proc\\1\\stat", L"r");
-  if (file == nullptr) return 0;
-  unsigned long user = 0, system = 0;
-  // The name in parentheses, the state, eleven numbers, and the two of the children.
-  const int read = std::fscanf(
-      file, "%*d (%*[^)]) %*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %*u %*u %lu %lu", &user, &system);
-  std::fclose(file);
-  return read == 2 ? static_cast<double>(user + system) * kTickMs : 0;
+/// Processor time of all processes that cpu_time.py has seen end; nothing without it.
+std::optional<double> EndedProcessesTime() {
+  const char* const path = std::getenv("TAVREL_CPU_TIME");
+  if (path == nullptr) return std::nullopt;
+  std::ifstream file("Z:" + std::string(path));
+  double microseconds = 0;
+  file >> microseconds;
+  return microseconds / 1000;
+}
+
+/// Waits until cpu_time.py has added the processor time of the process that has just ended.
+double TimeOfEndedProcess(std::optional<double> before) {
+  if (!before) return 0;
+  for (DWORD waited = 0; waited < kLongestReapingMs && EndedProcessesTime() == before; ++waited) Sleep(1);
+  return *EndedProcessesTime() - *before;
 }
 
 BOOL CALLBACK LookForUnpainted(HWND window, LPARAM all_painted) {
@@ -83,25 +87,24 @@ unsigned PeakMemory(HANDLE process) {
   return static_cast<unsigned>(counters.PeakPagefileUsage >> 10);
 }
 
-std::optional<Measure> Play(const std::wstring& program, const wchar_t* arguments, Until until) {
-  const double processor = EndedProcessesTime();
+std::optional<Measure> MeasureRun(const std::wstring& program, const wchar_t* arguments, Until until) {
+  const std::optional<double> processor = EndedProcessesTime();
   const double began = Now();
   const Started run = Start(program, arguments, 0);
   if (!run.process) return std::nullopt;
-  Measure measure;
-  bool there = false;
-  while (!there && Now() - began < kLongestRunMs) {
-    // What a process took can be asked only while it runs.
+  Measure measure{.first_thread = run.first_thread};
+  bool reached = false;
+  while (!reached && Now() - began < kLongestRunMs) {
+    // Wine tells the memory of a process only while it runs.
     measure.kib = std::max(measure.kib, PeakMemory(run.process.get()));
-    there = WaitForSingleObject(run.process.get(), 1) == WAIT_OBJECT_0;
-    if (until == Until::painted) there = IsPainted(run.id);
+    reached = WaitForSingleObject(run.process.get(), 1) == WAIT_OBJECT_0;
+    if (until == Until::painted) reached = IsPainted(run.id);
   }
   measure.milliseconds = Now() - began;
   TerminateProcess(run.process.get(), 0);
   WaitForSingleObject(run.process.get(), kLongestRunMs);
-  Sleep(kReapingMs);
-  measure.processor_milliseconds = EndedProcessesTime() - processor;
-  return there ? std::optional(measure) : std::nullopt;
+  measure.processor_milliseconds = TimeOfEndedProcess(processor);
+  return reached ? std::optional(measure) : std::nullopt;
 }
 
 unsigned CountLibraries(const std::wstring& program, const wchar_t* arguments) {
@@ -110,11 +113,19 @@ unsigned CountLibraries(const std::wstring& program, const wchar_t* arguments) {
   unsigned libraries = 0;
   for (bool ended = !run.process; !ended;) {
     DEBUG_EVENT event{};
-    // What is quiet for so long waits for input.
+    // A program without events for so long waits for input.
     if (!WaitForDebugEvent(&event, kQuietMs) && !TerminateProcess(run.process.get(), 0)) break;
     if (event.dwDebugEventCode == LOAD_DLL_DEBUG_EVENT) ++libraries;
     ended = event.dwDebugEventCode == EXIT_PROCESS_DEBUG_EVENT;
     ContinueDebugEvent(event.dwProcessId, event.dwThreadId, DBG_CONTINUE);
   }
   return libraries;
+}
+
+bool HasSheet(const std::wstring& program) {
+  const HMODULE module = LoadLibraryExW(program.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+  if (module == nullptr) return false;
+  const bool found = FindResourceW(module, MAKEINTRESOURCEW(IDD_UPDATES), RT_DIALOG) != nullptr;
+  FreeLibrary(module);
+  return found;
 }

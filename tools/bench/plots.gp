@@ -1,4 +1,4 @@
-# Plots of summary.csv: gnuplot -e "folder='…'" plots.gp makes scenes.svg and growth.svg there.
+# Plots of summary.csv and bars.dat: gnuplot -e "folder='…'" plots.gp makes scenes.svg and growth.svg there.
 set datafile separator ','
 summary = folder . '/summary.csv'
 array names[3] = ["utility", "floor", "floor with start-up"]
@@ -23,10 +23,10 @@ set yrange [0.7:*]
 array scenes[5] = ["sections of the list", "bytes of the list", "bytes of the record", \
                    "log files in the folder", "bytes of the log file"]
 do for [s = 1:5] {
-  stats match('growth', scenes[s], 2) using 7 name 'F' nooutput
+  stats match('growth', scenes[s], 2) using 8 name 'F' nooutput
   set title scenes[s]
-  set ylabel s % 3 == 1 ? 'times the floor''s shortest run' : ''
-  plot for [i = 1:3] match('growth', scenes[s], i) using ($3 < 1 ? 1 : $3):($7 / F_min) \
+  set ylabel s % 3 == 1 ? 'median time over the floor''s least' : ''
+  plot for [i = 1:3] match('growth', scenes[s], i) using ($3 < 1 ? 1 : $3):($8 / F_min) \
     with linespoints lt i title names[i]
   set key off
 }
@@ -36,31 +36,24 @@ set format x '%g'
 set title 'retries in one window (the first fifty = 1)'
 set ylabel ''
 set yrange [0:*]
-stats match('retry', 'retries in one window', 1) using 7 every ::0::0 name 'T' nooutput
-stats match('retry', 'retries in one window', 1) using 9 every ::0::0 name 'M' nooutput
+stats match('retry', 'retries in one window', 1) using 8 every ::0::0 name 'T' nooutput
+stats match('retry', 'retries in one window', 1) using 11 every ::0::0 name 'M' nooutput
 set key inside bottom left vertical maxrows 2
-plot match('retry', 'retries in one window', 1) using 3:($7 / T_min) with linespoints lt 1 title 'shortest time of fifty', \
-  '' using 3:($9 / M_min) with linespoints lt 2 title 'memory'
+plot match('retry', 'retries in one window', 1) using 3:($8 / T_min) with linespoints lt 1 title 'median time of fifty', \
+  '' using 3:($11 / M_min) with linespoints lt 2 title 'memory'
 unset multiplot
 reset
 
-set terminal svg size 800,360 font 'sans-serif,11' background 'white'
+set terminal svg size 800,400 font 'sans-serif,11' background 'white'
 set output folder . '/scenes.svg'
-set datafile separator ','
+set datafile separator whitespace
 set grid ytics lc rgb '#d0d0d0'
-set multiplot layout 1,3
-set key off
+set key outside top center horizontal
 set style fill solid 0.8 border -1
-set boxwidth 0.8
-set xtics ("utility" 1, "floor" 2, "with start-up" 3) rotate by -20
-array shown[3] = ["silent check: 1 pack", "silent check: 100000 packs", "first painted sheet"]
-do for [s = 1:3] {
-  set title shown[s]
-  set ylabel s == 1 ? 'time, the utility''s = 1' : ''
-  stats match('scene', shown[s], 1) using 6 name 'U' nooutput
-  set xrange [0.4:3.6]
-  set yrange [0:*]
-  plot for [i = 1:3:(shown[s] eq 'first painted sheet' ? 2 : 1)] match('scene', shown[s], i) using (i):($6 / U_min) \
-    with boxes lt i
-}
-unset multiplot
+set bmargin 4
+set xrange [0:15]
+set yrange [0:*]
+set ylabel 'median time and quartiles, floor = 1'
+set xtics ("silent check,\n1 pack" 2, "silent check,\n100,000 packs" 6, "silent check,\n30 MiB" 10, \
+           "first painted sheet,\nover its floor" 13.5) scale 0
+plot for [i = 1:3] folder . '/bars.dat' using ($2 == i ? $1 : NaN):3:4:5:(0.8) with boxerrorbars lt i title names[i]
