@@ -84,7 +84,9 @@ std::string Explain(const Text& text, std::wstring_view error) {
   if (has_code) {
     const bool http = text.role == Role::odd_status || text.text == update_texts::kNotFound;
     const Code code = FindCode(error, http);
-    sentence.append(" (").append(error.begin(), error.end()).append(": ").append(code.means).append(")");
+    sentence.append(" (");
+    for (const wchar_t digit : error) sentence += static_cast<char>(digit);
+    sentence.append(": ").append(code.means).append(")");
     if (advice.empty()) advice = code.advice;
   }
   if (!advice.empty()) sentence.append("; ").append(advice);
