@@ -1,5 +1,7 @@
 #include "platform/files.h"
 
+#include "platform/folders.h"
+#include "platform/wait.h"
 #include "text/text.h"
 
 namespace platform {
@@ -7,35 +9,50 @@ namespace {
 
 constexpr DWORD kChunk = 64 * 1024;
 
-// A lock on one byte far behind any file's end: it keeps writers of this program apart and nobody else.
-class WriterTurn {
- public:
-  explicit WriterTurn(HANDLE file) : file_(file) {
-    range_.OffsetHigh = 0x40000000;
-    for (int attempt = 0; attempt < 50 && !held_; ++attempt) {
-      if (attempt != 0) Sleep(20);
-      held_ =
-          LockFileEx(file_, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &range_) != FALSE;
-    }
-  }
-  WriterTurn(const WriterTurn&) = delete;
-  WriterTurn& operator=(const WriterTurn&) = delete;
-  ~WriterTurn() {
-    if (!held_) return;
-    const DWORD error = GetLastError();
-    UnlockFileEx(file_, 0, 1, 0, &range_);
-    SetLastError(error);
-  }
-
-  bool IsHeld() const { return held_; }
-
- private:
-  HANDLE file_;
-  OVERLAPPED range_{};
-  bool held_ = false;
-};
+/// Far behind any file's end, so that the lock keeps only the writers of this program apart.
+constexpr ULONGLONG kAppendLock = 0x4000'0000'0000'0000;
 
 }  // namespace
+
+FileLock::FileLock(HANDLE file, ULONGLONG offset, ULONGLONG length)
+    : file_(file), length_{{static_cast<DWORD>(length), static_cast<DWORD>(length >> 32)}} {
+  range_.Offset = static_cast<DWORD>(offset);
+  range_.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  WaitFor([this] {
+    held_ = LockFileEx(file_, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, length_.LowPart,
+                       length_.HighPart, &range_) != FALSE;
+    return held_ || GetLastError() != ERROR_LOCK_VIOLATION;
+  });
+}
+
+FileLock::~FileLock() {
+  if (!held_) return;
+  const DWORD error = GetLastError();
+  UnlockFileEx(file_, 0, length_.LowPart, length_.HighPart, &range_);
+  SetLastError(error);
+}
+
+TemporaryFile::TemporaryFile() {
+  const std::wstring folder = TemporaryFolder();
+  wchar_t path[MAX_PATH]{};
+  if (!folder.empty() && GetTempFileNameW(folder.c_str(), L"kor", 0, path) != 0) path_ = path;
+}
+
+TemporaryFile::~TemporaryFile() {
+  if (path_.empty()) return;
+  const DWORD error = GetLastError();
+  DeleteFileW(path_.c_str());
+  SetLastError(error);
+}
+
+UniqueFile OpenWhenFree(const std::function<UniqueFile()>& open) {
+  UniqueFile file;
+  WaitFor([&] {
+    file = open();
+    return file || GetLastError() != ERROR_SHARING_VIOLATION;
+  });
+  return file;
+}
 
 UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition) {
   return UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
@@ -82,14 +99,14 @@ bool WriteAll(HANDLE file, std::string_view bytes) {
 }
 
 bool AppendAll(HANDLE file, std::string_view bytes) {
-  const WriterTurn turn(file);
+  const FileLock lock(file, kAppendLock, 1);
   const LARGE_INTEGER zero{};
   LARGE_INTEGER end{};
   if (!SetFilePointerEx(file, zero, &end, FILE_END)) return false;
   if (WriteAll(file, bytes)) return true;
   const DWORD error = GetLastError();
-  // Without the turn, what stands behind the old end by now may be another writer's.
-  if (turn.IsHeld() && SetFilePointerEx(file, end, nullptr, FILE_BEGIN)) SetEndOfFile(file);
+  // Without the lock, another process may have written behind the old end meanwhile.
+  if (lock.IsHeld() && SetFilePointerEx(file, end, nullptr, FILE_BEGIN)) SetEndOfFile(file);
   SetLastError(error);
   return false;
 }

@@ -2,36 +2,45 @@
 
 #include <windows.h>
 
-#include <cstdint>
+#include <algorithm>
 #include <optional>
 #include <string_view>
+#include <vector>
 
+#include "platform/file_rewrite.h"
 #include "platform/files.h"
-#include "platform/journaled_file.h"
 
 namespace platform {
 namespace {
 
-/// Without blanks and the nulls of UTF-16.
-std::string LastLine(std::string_view bytes) {
-  bytes = bytes.substr(0, bytes.find_last_not_of(std::string_view("\r\n\t \0", 5)) + 1);
-  std::string line(bytes.substr(bytes.find_last_of("\r\n") + 1));
-  std::erase_if(line, [](char c) { return c == ' ' || c == '\t' || c == '\0'; });
-  return line;
+/// The lines that are not empty, without blanks and the nulls of UTF-16.
+std::vector<std::string> Lines(std::string_view bytes) {
+  std::vector<std::string> lines(1);
+  for (const char byte : bytes) {
+    if ((byte == '\r' || byte == '\n') && !lines.back().empty()) lines.emplace_back();
+    if (std::string_view("\r\n\t \0", 5).find(byte) == std::string_view::npos) lines.back() += byte;
+  }
+  if (lines.back().empty()) lines.pop_back();
+  return lines;
 }
 
-/// Whether a file that `value` was written to still ends as it did, or with this value. Not every system's
-/// function tells of a disk that filled up before it had written everything.
-bool HasItsEnd(std::string_view now, std::string_view before, const wchar_t* value) {
-  const std::string end = LastLine(now);
-  return (!end.empty() && end == LastLine(before)) || end.ends_with("=" + ToUtf8(value));
+/// Whether writing `value` changed or added one line, and at most a section's heading above it. Wine reports
+/// no failure on a full disk, and loses bytes that are no text; another program could change the copy.
+bool ChangesOneLine(std::string_view before, std::string_view after, std::string_view value) {
+  const std::vector<std::string> old_lines = Lines(before), lines = Lines(after);
+  const auto front = std::mismatch(old_lines.begin(), old_lines.end(), lines.begin(), lines.end());
+  const auto back = std::mismatch(old_lines.rbegin(), std::make_reverse_iterator(front.first), lines.rbegin(),
+                                  std::make_reverse_iterator(front.second));
+  const auto replaced = back.first.base() - front.first, written = back.second.base() - front.second;
+  return written == 0
+             ? replaced == 0
+             : replaced <= 1 && written <= 2 - replaced && (back.second.base() - 1)->ends_with(value);
 }
 
 }  // namespace
 
 std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
                              unsigned capacity) {
-  const JournaledFile turn(file);
   std::wstring buffer(capacity, L'\0');
   const DWORD length =
       GetPrivateProfileStringW(section, key, L"", buffer.data(), static_cast<DWORD>(capacity), file.c_str());
@@ -41,13 +50,18 @@ std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, c
 }
 
 void WriteProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
-                      const wchar_t* value) {
-  JournaledFile(file).Rewrite([&](std::string_view before) {
-    if (!WritePrivateProfileStringW(section, key, value, file.c_str())) return false;
-    const std::optional<std::string> now = ReadWholeFile(file, SIZE_MAX);
-    if (!now || HasItsEnd(*now, before, value)) return true;
-    SetLastError(ERROR_DISK_FULL);
-    return false;
+                      const wchar_t* value, const std::function<bool(const std::wstring& copy)>& condition) {
+  RewriteFile(file, [&](std::string_view before) -> std::optional<std::string> {
+    const TemporaryFile copy;
+    {
+      const UniqueFile written = OpenForWriting(copy.Path(), OPEN_EXISTING);
+      if (!written || !WriteAll(written.get(), before)) return std::nullopt;
+    }
+    if (condition && !condition(copy.Path())) return std::nullopt;
+    if (!WritePrivateProfileStringW(section, key, value, copy.Path().c_str())) return std::nullopt;
+    std::optional<std::string> after = ReadWholeFile(copy.Path(), SIZE_MAX);
+    if (after && !ChangesOneLine(before, *after, "=" + ToUtf8(value))) after.reset();
+    return after;
   });
 }
 

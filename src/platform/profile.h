@@ -1,17 +1,23 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace platform {
 
 /// A private-profile value, at most `capacity` - 1 characters, blanks at its ends not taken off; empty when
-/// it is missing. Waits for one's turn at the file, as JournaledFile does.
+/// it is missing or the file cannot be read. Takes no lock and does not wait for other processes; the profile
+/// functions of Windows wait for the few milliseconds in which WriteProfileText writes.
 std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
                              unsigned capacity);
-/// Writes a value in the file's place, as JournaledFile does; a failure is ignored, the reader's default then
-/// holds again at the next reading.
+/// Writes a value, which must be ASCII, in the file's place, as RewriteFile does; a missing file is made. A
+/// failure is ignored. The profile function edits a copy in the folder for temporary files. The value is not
+/// written when `condition`, called with the path of the unedited copy, returns false: the file cannot change
+/// between this look at it and the writing. With it, a value that could not be read for a moment is not
+/// overwritten by its default.
 void WriteProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
-                      const wchar_t* value);
+                      const wchar_t* value,
+                      const std::function<bool(const std::wstring& copy)>& condition = nullptr);
 
 /// The section names of a private-profile file, each ended by a null, as far as a buffer of `capacity`
 /// characters holds them. A name that the buffer's end cut is not ended by a null.

@@ -1,14 +1,13 @@
 #include <windows.h>
 
 #include "log/log_texts.h"
+#include "platform/file_rewrite.h"
 #include "platform/files.h"
 #include "platform/folders.h"
-#include "platform/journaled_file.h"
-#include "platform/profile.h"
 #include "product/identity.h"
+#include "settings/option.h"
 #include "settings/run_state.h"
 #include "settings/settings_texts.h"
-#include "settings/update_settings.h"
 #include "text/text.h"
 
 namespace {
@@ -54,8 +53,6 @@ bool RunState::PrepareServerSettings() {
   if (!platform::DirectoryExists(folder)) return true;
 
   const std::wstring file = folder + std::wstring(identity::kSettingsFile);
-  // One turn from the look at the file to the default, so that two first starts do not come between.
-  const platform::JournaledFile turn(file);
   if (platform::FileExists(file)) {
     LogAndNote(settings_texts::kFileExists);
   } else if (!CopyServerSettingsFromInstallFolder(file)) {
@@ -63,22 +60,24 @@ bool RunState::PrepareServerSettings() {
     return true;
   }
 
-  const std::wstring value = platform::ReadProfileText(
-      file, kSettingsSection, settings_texts::kCheckUpdatesKey, kSettingsValueCapacity);
-  const std::wstring_view decision = text::Trim(value);
-  if (text::IsBooleanText(decision)) return text::IsTrueText(decision);
-  platform::WriteProfileText(file, kSettingsSection, settings_texts::kCheckUpdatesKey, settings_texts::kTrue);
-  return true;
+  constexpr auto key = settings_texts::kCheckUpdatesKey;
+  const OptionText check = ReadOption(file, key);
+  if (check == OptionText::missing || check == OptionText::malformed)
+    RepairOption(file, key, true, key, check);
+  return check != OptionText::no;
 }
 
 bool RunState::CopyServerSettingsFromInstallFolder(const std::wstring& destination) {
   const std::wstring source = SeedFile();
-  std::wstring_view failure = settings_texts::kCopyFailed;
-  if (!platform::FileExists(source)) {
-    failure = settings_texts::kSourceNotFound;
-  } else if (platform::JournaledFile(destination).CopyFrom(source)) {
-    LogAndNote(settings_texts::kCopied);
-    return true;
+  std::wstring_view failure = settings_texts::kSourceNotFound;
+  if (platform::FileExists(source)) {
+    failure = settings_texts::kCopyFailed;
+    const auto bytes = platform::ReadWholeFile(source, platform::kRewriteLimit);
+    // Another utility's first start may make the same file at the same moment.
+    if (bytes && (platform::CreateWholeFile(destination, *bytes) || GetLastError() == ERROR_ALREADY_EXISTS)) {
+      LogAndNote(settings_texts::kCopied);
+      return true;
+    }
   }
   const DWORD error = GetLastError();
   LogAndNote(failure);

@@ -2,6 +2,7 @@
 
 #include "platform/profile.h"
 #include "product/identity.h"
+#include "settings/option.h"
 #include "settings/settings_texts.h"
 #include "text/text.h"
 
@@ -35,12 +36,12 @@ void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool&
     update_loc_url_mode = false;
   }
 
-  const std::wstring ignore_value = Read(settings_file, settings_texts::kIgnorePatchErrorKey);
-  const std::wstring_view ignore = text::Trim(ignore_value);
-  IgnorePatchError = text::IsTrueText(ignore);
-  if (!text::IsBooleanText(ignore) && write_back == WriteBack::defaults) {
-    platform::WriteProfileText(settings_file, kSettingsSection, settings_texts::kIgnorePatchErrorKey,
-                               settings_texts::kFalse);
+  constexpr auto ignore_key = settings_texts::kIgnorePatchErrorKey;
+  const OptionText ignore = ReadOption(settings_file, ignore_key);
+  IgnorePatchError = ignore == OptionText::yes;
+  if ((ignore == OptionText::missing || ignore == OptionText::malformed) &&
+      write_back == WriteBack::defaults) {
+    RepairOption(settings_file, ignore_key, false, ignore_key, ignore);
   }
 
   const std::wstring timeout_value = Read(settings_file, settings_texts::kTimeoutKey);

@@ -15,9 +15,6 @@ struct UpdateOptions {
   /// errors switches that check off and stays. With an empty path the options stay as they are.
   void LoadUpdateOptions(const std::wstring& settings_file);
   /// Both write "TRUE" or "FALSE"; a failure is not reported.
-  void WriteCheckUpdatesKey(bool value);
-  void WriteIgnorePatchErrorKey(bool value);
-
- private:
-  void Write(const wchar_t* key, bool value);
+  void WriteCheckUpdatesKey(bool value) const;
+  void WriteIgnorePatchErrorKey(bool value) const;
 };

@@ -2,14 +2,13 @@
 
 #include <windows.h>
 
-#include <functional>
-
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/profile.h"
-#include "platform/wait.h"
 #include "text/text.h"
 #include "update/section_names.h"
+
+using platform::OpenWhenFree;
 
 namespace {
 
@@ -19,16 +18,6 @@ constexpr wchar_t kMutex[] = L"Local\\QRT_15_TavrelUtility_UpdatesFile";
 // No other running utility uses this name. A file of an earlier process with this number is overwritten.
 std::wstring OwnName() {
   return L"updates-" + text::FormatDecimal(GetCurrentProcessId()) + L".ini";
-}
-
-/// Calls `open` again while a handle of another process denies the access.
-platform::UniqueFile OpenWhenFree(const std::function<platform::UniqueFile()>& open) {
-  platform::UniqueFile file;
-  platform::WaitFor([&] {
-    file = open();
-    return file || GetLastError() != ERROR_SHARING_VIOLATION;
-  });
-  return file;
 }
 
 }  // namespace

@@ -163,7 +163,9 @@ struct Asked {
 void CheckTraces(const Process& process, const Machine& machine, Setup& setup, const Row& row,
                  const HttpServer& server, Asked& asked) {
   const std::string settings = ReadBytes(machine.SettingsFile()).value_or("");
-  CHECK((settings.find("IGNORE_PATCH_ERROR=maybe") != settings.npos) == process.interactive);
+  // The default is written by way of the temporary folder.
+  const bool stays = process.interactive || setup.contains(L"gone");
+  CHECK((settings.find("IGNORE_PATCH_ERROR=maybe") != settings.npos) == stays);
   const bool record_there = GetFileAttributesW(machine.Record().c_str()) != INVALID_FILE_ATTRIBUTES;
   CHECK(record_there ==
         ((setup.contains(L"record") || setup.contains(L"late")) && row[3].find(L"DELETED") == row[3].npos));

@@ -45,7 +45,6 @@ std::shared_ptr<void> Obstruct(const std::wstring& what, const std::wstring& fil
 #define REFUSABLE(function, result) \
   if (parts[0] == L"" #function)    \
   return std::make_shared<support::ImportHook<function>>(#function, code, result)
-  REFUSABLE(CopyFileW, FALSE);
   REFUSABLE(CreateDirectoryW, FALSE);
   REFUSABLE(CreateFileW, INVALID_HANDLE_VALUE);
   REFUSABLE(CreateMutexW, nullptr);

@@ -3,13 +3,18 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <optional>
 #include <regex>
+#include <vector>
 
 #include "expected.h"
+#include "platform/wait.h"
 #include "settings/registered_data.h"
 #include "settings/run_state.h"
 #include "settings/update_settings.h"
+#include "support/import_hook.h"
 #include "support/machine.h"
+#include "ui/update_options.h"
 
 using support::Layout;
 using support::Machine;
@@ -37,8 +42,8 @@ void SetValue(const std::wstring& value) {
                             {reinterpret_cast<const char*>(text.c_str()), number(2, text.size() * 2 + 2)});
 }
 
-std::string FileOf(const std::wstring& lines) {
-  return "[KORSA_URL]\r\n" + std::regex_replace(Utf8(lines), std::regex("\\|"), "\r\n") + "\r\n";
+std::string FileOf(const char* lines) {
+  return "[KORSA_URL]\r\n" + std::regex_replace(lines, std::regex("\\|"), "\r\n") + "\r\n";
 }
 
 }  // namespace
@@ -80,30 +85,139 @@ TEST_CASE("registered data: wrong place, text, code or fall-back; text read past
   }
 }
 
-TEST_CASE("settings: the user's file replaced or spoilt; a wrong value or precedence; a program stopped") {
-  for (const auto& row : Rows("integration/settings.txt")) {
-    CAPTURE(Utf8(row[0] + L';' + row[1] + L';' + row[2] + L';' + row[3]));
-    const Machine machine;
-    support::MakeFolder(machine.Documents() + row[0]);
-    if (row[1] != L"-") support::WriteBytes(machine.SettingsFile(), FileOf(row[1]));
-    if (row[2] != L"-") support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", FileOf(row[2]));
+TEST_CASE("the settings file is prepared from the user's own or the seed, and a failure stops nothing") {
+  static constexpr wchar_t kMade[] = L"Profile settings directory created.|Server settings INI file copied.";
+  static constexpr wchar_t kExists[] = L"Server settings INI file already exists.";
+  struct Row {
+    const wchar_t* folder = L"\\Varnexa\\QRT15";  ///< is there at the start
+    const char* own = nullptr;                    ///< the user's file, without its heading
+    const char* seed = nullptr;                   ///< the same beside the program
+    const wchar_t* obstacle = L"";
+    bool checks = true;
+    const char* left = nullptr;  ///< the user's file in the end
+    const wchar_t* log = kExists;
+  };
+  for (const Row& row : std::vector<Row>{
+           {.folder = L"", .seed = "CHECKUPDATES=TRUE", .left = "CHECKUPDATES=TRUE", .log = kMade},
+           {.folder = L"\\Varnexa",
+           .seed = "CHECKUPDATES=FALSE",
+           .checks = false,
+           .left = "CHECKUPDATES=FALSE",
+           .log = kMade},
+           {.log = L"Server settings INI file copy failed: Source path not found.|Error : 2|"
+                   L"Server settings INI validation failed."},
+           {.seed = "A=b",
+           .obstacle = L"CreateFileW-5",
+           .log = L"Server settings INI file copy failed.|Error : 5|Server settings INI validation failed."},
+           {.folder = L"",
+           .seed = "A=b",
+           .obstacle = L"SHGetFolderPathW-0",
+           .log = L"Profile settings folder path is empty."},
+           {.folder = L"", .seed = "A=b", .obstacle = L"CreateDirectoryW-5", .log = L""},
+           {.own = "CHECKUPDATES= faLse ",
+           .seed = "CHECKUPDATES=TRUE",
+           .checks = false,
+           .left = "CHECKUPDATES= faLse "},
+           {.own = "CHECKUPDATES=true", .left = "CHECKUPDATES=true"},
+           {.own = "CHECKUPDATES=no", .left = "CHECKUPDATES=TRUE"},
+           {.own = "CHECKUPDATES=FALSE", .obstacle = L"held-0", .left = "CHECKUPDATES=FALSE"},
+           {.folder = L"\\Varnexa\\QRT15\\korsa.ini"}}) {
+    CAPTURE(Utf8(std::wstring(row.folder) + L' ' + row.obstacle) + ' ' + (row.own ? row.own : "-"));
+    platform::g_nWaitLeftMs = 0;
+    Machine machine;
+    support::MakeFolder(machine.Documents() + row.folder);
+    if (row.own) machine.WriteSettings(row.own + std::string("\r\n"));
+    if (row.seed) support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", FileOf(row.seed));
     RunState run;
-    auto hook = Obstruct(row[3], machine.SettingsFile());
-    const std::string decision = run.PrepareServerSettings() ? "check " : "";
-    hook.reset();
-    CHECK_LOG(run.LogText(), row[7]);
-    CHECK_LOG(std::regex_replace(run.NotesText(), std::wregex(L"\n"), L"\n\n"), row[7]);
-    run.ResolveSettingsFile();
-    const auto prepared = ReadBytes(machine.SettingsFile());
+    std::shared_ptr<void> obstacle = Obstruct(row.obstacle, machine.SettingsFile());
+    CHECK(run.PrepareServerSettings() == row.checks);
+    obstacle.reset();
+    CHECK_LOG(run.LogText(), row.log);
+    CHECK_LOG(std::regex_replace(run.NotesText(), std::wregex(L"\n"), L"\n\n"), row.log);
+    CHECK(ReadBytes(machine.SettingsFile()) == (row.left ? std::optional(FileOf(row.left)) : std::nullopt));
+  }
+}
+
+TEST_CASE("a settings folder that another start makes at the same moment is used") {
+  Machine machine;
+  support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", FileOf("CHECKUPDATES=FALSE"));
+  const support::ImportHook<CreateDirectoryW> race("CreateDirectoryW", [&](auto path, auto security) {
+    if (!std::wstring_view(path).ends_with(L"QRT15\\")) race.original(path, security);
+    return race.original(path, security);
+  });
+  RunState run;
+  CHECK(!run.PrepareServerSettings());
+}
+
+TEST_CASE(
+    "each key of the settings file is read, and a default is written only where the error key has none") {
+  static constexpr char kDefaultHost[] = "updates.varnexa.example";
+  struct Row {
+    const char* lines;
+    bool was_url = false, url = false;  ///< a complete address: from the last check, from this one
+    const char* location = kDefaultHost;
+    int timeout = 60000;
+    bool ignore = false;
+    const char* left = nullptr;  ///< nullptr: as it was
+  };
+  for (const Row& row : std::vector<Row>{
+           {.lines = "A=b", .left = "A=b|IGNORE_PATCH_ERROR=FALSE"},
+           {.lines = "IGNORE_PATCH_ERROR=", .was_url = true, .left = "IGNORE_PATCH_ERROR=FALSE"},
+           {.lines = "IGNORE_PATCH_ERROR=no", .left = "IGNORE_PATCH_ERROR=FALSE"},
+           {.lines = "IGNORE_PATCH_ERROR= tRue ", .ignore = true},
+           {.lines = "UPDATE_LOC= a.example |IGNORE_PATCH_ERROR=false", .location = "a.example"},
+           {.lines = "UPDATE_LOC=a.example|IGNORE_PATCH_ERROR=false",
+           .was_url = true,
+           .url = true,
+           .location = "a.example"},
+           {.lines = "UPDATE_LOC_URL=http://b.example/x|UPDATE_LOC=a.example|IGNORE_PATCH_ERROR=false",
+           .url = true,
+           .location = "http://b.example/x"},
+           {.lines = "UPDATE_LOC_URL=\"  \"|UPDATE_LOC=a.example|IGNORE_PATCH_ERROR=false"},
+           {.lines = "TIMEOUT=30|IGNORE_PATCH_ERROR=false", .timeout = 30000}}) {
+    CAPTURE(row.lines);
+    Machine machine;
+    machine.WriteSettings("");
+    support::WriteBytes(machine.SettingsFile(), FileOf(row.lines));
     for (const auto write_back : {UpdateSettings::WriteBack::nothing, UpdateSettings::WriteBack::defaults}) {
-      CHECK(ReadBytes(machine.SettingsFile()) == prepared);
+      CHECK(ReadBytes(machine.SettingsFile()) == FileOf(row.lines));
       UpdateSettings settings;
-      bool url_mode = row[4] == L"url";
-      settings.ReadUpdateSettings(run.SettingsFilePath, url_mode, write_back);
-      CHECK(decision + (url_mode ? "url " : "") + Utf8(settings.UpdateLocation) + " " +
-                std::to_string(settings.TimeoutMs) + (settings.IgnorePatchError ? " ignore" : "") ==
-            Utf8(row[5]));
+      bool url_mode = row.was_url;
+      settings.ReadUpdateSettings(machine.SettingsFile(), url_mode, write_back);
+      CHECK(url_mode == row.url);
+      CHECK(Utf8(settings.UpdateLocation) == row.location);
+      CHECK(settings.TimeoutMs == row.timeout);
+      CHECK(settings.IgnorePatchError == row.ignore);
     }
-    CHECK(ReadBytes(machine.SettingsFile()).value_or(FileOf(L"-")) == FileOf(row[6]));
+    CHECK(ReadBytes(machine.SettingsFile()) == FileOf(row.left == nullptr ? row.lines : row.left));
+  }
+  UpdateSettings settings;
+  bool url_mode = true;
+  settings.ReadUpdateSettings(L"", url_mode, UpdateSettings::WriteBack::defaults);
+  CHECK(Utf8(settings.UpdateLocation) == kDefaultHost);
+  CHECK((!url_mode && settings.TimeoutMs == 60000 && !settings.IgnorePatchError));
+}
+
+TEST_CASE("a value that cannot be read, or only in part, for a moment is not overwritten by its default") {
+  const std::string lines = "CHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=TRUE\r\n";
+  for (const wchar_t* const text : {L"", L"T"}) {
+    Machine machine;
+    machine.WriteSettings(lines);
+    const std::wstring path = machine.SettingsFile();
+    const support::ImportHook<GetPrivateProfileStringW> unreadable(
+        "GetPrivateProfileStringW",
+        [&](auto section, auto key, auto other, auto value, DWORD size, auto file) -> DWORD {
+          if (file != path) return unreadable.original(section, key, other, value, size, file);
+          return static_cast<DWORD>(lstrlenW(lstrcpynW(value, text, static_cast<int>(size))));
+        });
+    RunState run;
+    CHECK(run.PrepareServerSettings());
+    bool url_mode = false;
+    UpdateSettings().ReadUpdateSettings(path, url_mode, UpdateSettings::WriteBack::defaults);
+    UpdateOptions options;
+    options.LoadUpdateOptions(path);
+    CHECK(ReadBytes(path) == "[KORSA_URL]\r\n" + lines);
+    options.WriteCheckUpdatesKey(true);
+    CHECK(ReadBytes(path) == "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
   }
 }

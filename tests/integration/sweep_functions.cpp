@@ -136,7 +136,7 @@ const Functions& Watched() {
     // Files.
     WATCH(-1, Codes(2, 5, 32, 112), L"+object", CreateFileW);
     WATCH(0, Codes(5), L"", ReadFile, SetFilePointerEx, SetEndOfFile, LockFileEx, UnlockFileEx,
-          SetFileAttributesW, CreateDirectoryW, CopyFileW, GetFileInformationByHandle,
+          CreateDirectoryW, MoveFileExW, FlushFileBuffers, GetTempFileNameW, GetFileInformationByHandle,
           SetFileInformationByHandle);
     WATCH(0, Codes(5, 32), L"", DeleteFileW);
     WATCH(-1, Codes(2, 5), L"+find", FindFirstFileW);

@@ -1,9 +1,6 @@
 #include <windows.h>
 
-#include <filesystem>
-
 #include "log/system_log.h"
-#include "platform/journaled_file.h"
 #include "platform/wait.h"
 #include "settings/run_state.h"
 #include "sweep.h"
@@ -56,25 +53,6 @@ std::wstring WriteLog(Machine&) {
   return log.ErrorText() + L"-- " + left + g_strCurrentLogFile;
 }
 
-/// A run was ended while it wrote the settings: they are torn, and their journal is still there.
-void EndWhileWriting(Machine& machine) {
-  const std::wstring file = machine.SettingsFile(), journal = file + L".1-1.journal";
-  DeleteFileW(journal.c_str());
-  machine.WriteSettings(kSettings);
-  {
-    const support::ImportHook<SetFileInformationByHandle> kept("SetFileInformationByHandle", 5);
-    const support::ImportHook<SetFilePointerEx> not_emptied("SetFilePointerEx", 5);
-    const support::ImportHook<DeleteFileW> not_deleted("DeleteFileW", 5);
-    platform::JournaledFile(file).Rewrite([&](auto) {
-      machine.WriteSettings("");
-      return true;
-    });
-  }
-  for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(file).parent_path())) {
-    if (entry.path().extension() == L".journal") MoveFileW(entry.path().c_str(), journal.c_str());
-  }
-}
-
 }  // namespace
 
 void Furnish(Machine& machine) {
@@ -95,7 +73,6 @@ const std::vector<Scene>& Scenes() {
   constexpr auto no_settings = [](Machine& m) { support::RemoveTree(m.Documents() + L"\\Varnexa"); };
   static const std::vector<Scene> scenes{{L'c', "check", false, with_record, PatchCheck},
                                          {L's', "start-up", false, no_settings, StartUp},
-                                         {L'k', "start-up-ended", false, EndWhileWriting, StartUp},
                                          {L'l', "log", true, [](Machine&) {}, WriteLog}};
   return scenes;
 }

@@ -6,6 +6,7 @@
 #include <ctime>
 #include <filesystem>
 #include <map>
+#include <regex>
 
 #include "support/http_server.h"
 #include "support/text.h"
@@ -110,6 +111,7 @@ class Stage {
     }
     text::ReplaceAll(report_, L"\r\n", L"/");
     text::ReplaceAll(report_, root_, L"");
+    report_ = std::regex_replace(report_, std::wregex(L"kor[0-9a-f]+\\.tmp"), L"kor.tmp");
     text::ReplaceAll(report_, L"updates-" + std::to_wstring(GetCurrentProcessId()), L"updates-own");
     scene_.arrange(machine_);
     return run;
@@ -119,10 +121,7 @@ class Stage {
     Files files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root_)) {
       const std::wstring path = entry.path().wstring();
-      // A journal says which file it belongs to, and every run has another one.
-      if (path.ends_with(L".journal")) {
-        files[path] = "journal";
-      } else if (!entry.is_directory()) {
+      if (!entry.is_directory()) {
         files[path] = support::ReadBytes(path).value_or("unreadable");
       }
     }

@@ -1,0 +1,120 @@
+#include <doctest.h>
+
+#include <windows.h>
+
+#include <filesystem>
+#include <optional>
+
+#include "platform/file_rewrite.h"
+#include "platform/profile.h"
+#include "platform/wait.h"
+#include "support/import_hook.h"
+#include "support/machine.h"
+
+using support::ImportHook;
+using support::ReadBytes;
+using support::ShareLock;
+using support::WriteBytes;
+
+namespace {
+
+const std::string kOld = "[S]\r\nA=longer-than-the-new-one\r\n[T]\r\nB=1\r\n";
+const std::string kNew = "[S]\r\nA=2\r\n[T]\r\nB=1\r\n";
+
+/// A settings file and, after each writing, a look for files that were left.
+struct SettingsFile {
+  support::Machine machine;
+  std::wstring folder = machine.Documents(), path = folder + L"\\korsa.ini";
+
+  explicit SettingsFile(const std::string& bytes = kOld) { WriteBytes(path, bytes); }
+  /// The content after a value was written. `others`: files beside it.
+  std::string Write(std::size_t others = 0, const wchar_t* value = L"2") {
+    platform::g_nWaitLeftMs = 100;
+    platform::WriteProfileText(path, L"S", L"A", value);
+    CHECK(support::FileNames(folder).size() == 1 + others);
+    CHECK(support::FileNames(machine.Temp()).empty());
+    return ReadBytes(path).value_or("missing");
+  }
+};
+
+/// Writes half of what is asked for, as on a disk that becomes full.
+BOOL WriteHalf(const ImportHook<WriteFile>& hook, HANDLE file, const void* bytes, DWORD size,
+               DWORD* written) {
+  return hook.original(file, bytes, size / 2, written, nullptr);
+}
+
+}  // namespace
+
+TEST_CASE("a value is written in the file's place, and everything else in the file stays") {
+  SettingsFile file;
+  std::filesystem::create_hard_link(file.path, file.folder + L"\\link");
+  CHECK(file.Write(1) == kNew);
+  CHECK(ReadBytes(file.folder + L"\\link") == kNew);
+  CHECK(file.Write(1, L"longer-than-the-new-one") == kOld);
+
+  using namespace std::string_literals;
+  CHECK(SettingsFile("\xff\xfe[\0S\0]\0\n\0A\0=\0\xe4\0\xe4\0\xe4\0\r\0\n\0"s).Write() ==
+        "\xff\xfe[\0S\0]\0\r\0\n\0A\0=\0"
+        "2\0\r\0\n\0"s);
+  CHECK(SettingsFile("[T]\r\nB=1\r\n").Write() == "[T]\r\nB=1\r\n[S]\r\nA=2\r\n");
+}
+
+TEST_CASE("a failure while the file is written leaves its old content") {
+  for (const wchar_t* const value : {L"2", L"longer-than-the-old-text-in-it"}) {
+    SettingsFile file;
+    int writes = 0;
+    const ImportHook<WriteFile> half("WriteFile", [&](auto f, auto bytes, auto size, auto written, auto) {
+      return ++writes == 2 ? WriteHalf(half, f, bytes, size, written)
+                           : half.original(f, bytes, size, written, nullptr);
+    });
+    CHECK(file.Write(0, value) == kOld);
+    CHECK(writes == 3);
+  }
+  const ImportHook<FlushFileBuffers> lost("FlushFileBuffers", ERROR_WRITE_FAULT);
+  CHECK(SettingsFile().Write() == kOld);
+}
+
+TEST_CASE("what the profile function makes of the copy is refused when more than one line differs") {
+  for (const char* const copy :
+       {"", "[S]\r\nA=2\r\n", "[S]\r\nA=\r\n[T]\r\nB=1\r\n", "[S]\r\nA=2\r\n[T]\r\nB=2\r\n"}) {
+    const ImportHook<WritePrivateProfileStringW> edit(
+        "WritePrivateProfileStringW",
+        [&](auto, auto, auto, auto path) { return WriteBytes(path, copy), TRUE; });
+    CHECK(SettingsFile().Write() == kOld);
+  }
+}
+
+TEST_CASE("a file that another process holds is waited for, and stays as it is when it is not let go") {
+  SettingsFile file;
+  std::optional<ShareLock> holder(std::in_place, file.path, static_cast<DWORD>(FILE_SHARE_READ));
+  CHECK(file.Write() == kOld);
+  CHECK(platform::g_nWaitLeftMs == 0);
+  int opened = 0;
+  const ImportHook<CreateFileW> open("CreateFileW", [&](auto... all) {
+    if (++opened == 2) holder.reset();
+    return open.original(all...);
+  });
+  CHECK(file.Write() == kNew);
+}
+
+TEST_CASE("a new file has all its bytes or is not there, and an existing one is not replaced") {
+  SettingsFile file;
+  CHECK(!platform::CreateWholeFile(file.path, kNew));
+  CHECK(GetLastError() == ERROR_ALREADY_EXISTS);
+  CHECK(ReadBytes(file.path) == kOld);
+
+  const auto create = [&] {
+    DeleteFileW(file.path.c_str());
+    const DWORD error = platform::CreateWholeFile(file.path, kNew) ? ERROR_SUCCESS : GetLastError();
+    CHECK(ReadBytes(file.path).value_or("") == (error == ERROR_SUCCESS ? kNew : ""));
+    return error;
+  };
+  CHECK(create() == ERROR_SUCCESS);
+  const ImportHook<MoveFileExW> other_volume("MoveFileExW", ERROR_NOT_SAME_DEVICE);
+  CHECK(create() == ERROR_SUCCESS);
+  const ImportHook<WriteFile> half("WriteFile", [&](auto f, auto bytes, auto size, auto written, auto) {
+    return WriteHalf(half, f, bytes, size, written);
+  });
+  CHECK(create() == ERROR_DISK_FULL);
+  CHECK(support::FileNames(file.machine.Temp()).empty());
+}
