@@ -62,8 +62,7 @@ work=$build_root/release-work
 dist=$build_root/dist
 name=QRTTavrelUtility-$version$draft
 setup=QRTTavrelUtility-$version-setup.exe
-tools=(packcheck)
-if git cat-file -e "$commit:logcheck" 2>/dev/null; then tools+=(logcheck); fi
+tools=(packcheck logcheck)
 rm -rf "$work" "$dist"
 
 # Paths of different depth and length, so that the comparison shows a path in a file.

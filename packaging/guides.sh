@@ -6,8 +6,7 @@ set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/../scripts/lib.sh"
 folder=$(realpath -- "$1")
 cd "$repo"
-guides=(CHANGELOG.md SECURITY.md docs/{user,administrator,publisher,windows}.md)
-if [[ -e docs/log.md ]]; then guides+=(docs/log.md); fi
+guides=(CHANGELOG.md SECURITY.md docs/{user,administrator,publisher,log,windows}.md)
 cp --parents "${guides[@]}" docs/pictures/*.png "$folder/"
 cd "$folder"
 for guide in "${guides[@]}"; do
