@@ -166,7 +166,7 @@ Function TakeFolder
   ${If} $0 == "link"
     !insertmacro Fail ${EXIT_FAILED} "$R0 leads to another folder. Remove it, then install again."
   ${ElseIf} $0 == "foreign"
-    !insertmacro Fail ${EXIT_FAILED} "$R0 cannot be created, or does not belong to the administrators. Remove it, then install again."
+    !insertmacro Fail ${EXIT_FAILED} "$R0 is not a folder of the administrators. Remove it, or if you trust its content run takeown /a /f $R0. Then install again."
   ${EndIf}
 FunctionEnd
 
