@@ -71,7 +71,7 @@ is_debian_12_or_13() { [[ $ID == debian && ($VERSION_CODENAME == bookworm || $VE
 unknown_packages() {
   local package policy
   for package in "${missing[@]}"; do
-    policy=$(LC_ALL=C apt-cache policy "$package")
+    policy=$(apt-cache policy "$package")
     [[ $policy == *'  Candidate: '[^\(]* ]] || printf '%s\n' "$package"
   done
 }
@@ -80,17 +80,17 @@ is_container() {
   systemd-detect-virt --quiet --container 2>/dev/null || [[ -e /.dockerenv || -e /run/.containerenv ]]
 }
 
-# Packages that an installation with the present options replaces by older ones. Needs no rights of root.
-older_packages() {
-  LC_ALL=C apt-get "${apt_options[@]}" --simulate install --no-install-recommends --fix-broken "${missing[@]}" \
-    2>>"$log" | sed -n '/will be DOWNGRADED/,/^[^ ]/s/^  //p' | tr '\n' ' '
-}
+# Of apt's report of an installation the packages that it replaces by older ones.
+older_packages() { sed -n '/will be DOWNGRADED/,/^[^ ]/s/^  //p' | tr '\n' ' '; }
 
 # On a machine that is no container, the person at the terminal decides whether packages are replaced by older ones.
 confirm_older_packages() {
-  local answer=
+  local answer='' older
   [[ -t 0 && -t 2 ]] && ! is_container || return 0
-  printf 'Installing them replaces these packages by older ones until the next upgrade: %s\nGo on? [y/N] ' "$1" >&2
+  older=$(apt-get "${apt_options[@]}" --simulate install --no-install-recommends --fix-broken "${missing[@]}" \
+    2>>"$log" | older_packages)
+  [[ -n $older ]] || return 0
+  printf 'Installing replaces these packages by older ones until the next upgrade: %s\nGo on? [y/N] ' "$older" >&2
   read -r answer || true
   [[ $answer == [yY]* ]] || die "nothing was installed; once the sources resolve again, the next start goes on"
 }
@@ -119,9 +119,9 @@ install_from_release_alone() {
     -o "Dir::Etc::Preferences=$folder/preferences" -o Dir::Etc::PreferencesParts=-
     -o "Dir::State::Lists=$folder/lists" --allow-downgrades)
   fetch_lists
-  older=$(older_packages)
-  if [[ -n $older ]]; then confirm_older_packages "$older"; fi
+  confirm_older_packages
   install_missing || return
+  older=$(older_packages <"$log")
   if [[ -n $older ]]; then say "Replaced by older packages until the next upgrade: $older"; fi
 }
 
@@ -173,7 +173,8 @@ install_packages() {
   say "Everything needed is installed"
 }
 
-export DEBIAN_FRONTEND=noninteractive
+# The script reads apt's reports, so they have to be in English.
+export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8
 apt_options=()
 # dpkg finishes the packages that it is unpacking, whatever key is pressed; then the script ends.
 trap 'die "interrupted; the next start goes on from here"' INT TERM
