@@ -11,6 +11,8 @@
 #include "log/log_text.h"
 #include "log/log_texts.h"
 #include "platform/clock.h"
+#include "platform/encoding.h"
+#include "platform/error_text.h"
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/handles.h"

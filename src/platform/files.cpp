@@ -2,7 +2,6 @@
 
 #include "platform/folders.h"
 #include "platform/wait.h"
-#include "text/text.h"
 
 namespace platform {
 namespace {
@@ -109,36 +108,6 @@ bool AppendAll(HANDLE file, std::string_view bytes) {
   if (lock.IsHeld() && SetFilePointerEx(file, end, nullptr, FILE_BEGIN)) SetEndOfFile(file);
   SetLastError(error);
   return false;
-}
-
-std::string ToUtf8(std::wstring_view text) {
-  if (text.empty()) return {};
-  const int length = static_cast<int>(text.size());
-  const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-  std::string bytes(static_cast<std::size_t>(size), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text.data(), length, bytes.data(), size, nullptr, nullptr);
-  return bytes;
-}
-
-std::wstring FromAnsi(std::string_view bytes) {
-  if (bytes.empty()) return {};
-  const int length = static_cast<int>(bytes.size());
-  const int size = MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, nullptr, 0);
-  std::wstring text(static_cast<std::size_t>(size), L'\0');
-  MultiByteToWideChar(CP_ACP, 0, bytes.data(), length, text.data(), size);
-  return text;
-}
-
-std::wstring SystemMessage(DWORD error) {
-  // A message longer than this is not worth more of a log; the function then fails and the text is empty.
-  wchar_t buffer[1024]{};
-  const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                      error, 0, buffer, 1024, nullptr);
-  return std::wstring(text::Trim({buffer, length}));
-}
-
-std::wstring ErrorNumber(DWORD error) {
-  return text::FormatDecimal(error);
 }
 
 }  // namespace platform

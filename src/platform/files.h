@@ -61,14 +61,4 @@ bool WriteAll(HANDLE file, std::string_view bytes);
 /// vain appends all the same; after a failure it then leaves what it wrote.
 bool AppendAll(HANDLE file, std::string_view bytes);
 
-/// UTF-16 text as UTF-8; a lone surrogate becomes U+FFFD.
-std::string ToUtf8(std::wstring_view text);
-/// Text of the system's ANSI code page as UTF-16.
-std::wstring FromAnsi(std::string_view bytes);
-
-/// The system's message for `error` without line breaks at its end; empty when it knows none.
-std::wstring SystemMessage(DWORD error);
-/// `error` as unsigned decimal.
-std::wstring ErrorNumber(DWORD error);
-
 }  // namespace platform

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "platform/last_error.h"
+
 /// Owners for the handles of the Windows API. A handle type is one alias of UniqueHandle over a traits type
 /// that names the handle, its invalid value and its closing function.
 namespace platform {
@@ -37,9 +39,8 @@ class UniqueHandle {
   /// Closes the handle held; the thread's last error survives, so that a failure can be reported after it.
   void reset(Handle handle = Traits::Invalid()) {
     if (handle_ != Traits::Invalid()) {
-      const DWORD error = GetLastError();
+      const LastErrorGuard guard;
       Traits::Close(handle_);
-      SetLastError(error);
     }
     handle_ = handle;
   }

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "platform/handles.h"
+#include "platform/last_error.h"
 #include "platform/wait.h"
 
 namespace platform {
@@ -16,21 +17,18 @@ class NamedMutex {
   NamedMutex(const NamedMutex&) = delete;
   NamedMutex& operator=(const NamedMutex&) = delete;
   ~NamedMutex() {
-    if (!held_) return;
-    const DWORD error = GetLastError();
-    ReleaseMutex(mutex_.get());
-    SetLastError(error);
+    const LastErrorGuard guard;
+    if (held_) ReleaseMutex(mutex_.get());
   }
 
   /// Takes the mutex until this object ends; waits for it as WaitFor does. The last error survives.
   void Take() {
     if (!mutex_ || held_) return;
-    const DWORD error = GetLastError();
+    const LastErrorGuard guard;
     held_ = WaitFor([this] {
       const DWORD result = WaitForSingleObject(mutex_.get(), 0);
       return result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
     });
-    SetLastError(error);
   }
   bool IsHeld() const { return held_; }
 

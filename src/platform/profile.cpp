@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/encoding.h"
 #include "platform/file_rewrite.h"
 #include "platform/files.h"
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "platform/last_error.h"
+
 namespace platform {
 namespace {
 
@@ -14,12 +16,11 @@ constexpr DWORD kPauseMs = 20;
 bool WaitFor(const std::function<bool()>& attempt) {
   while (!attempt()) {
     if (g_nWaitLeftMs == 0) return false;
-    const DWORD error = GetLastError();
+    const LastErrorGuard guard;
     const ULONGLONG start = GetTickCount64();
     Sleep(std::min<DWORD>(kPauseMs, g_nWaitLeftMs));
     // A process that got no processor for a while has waited all the same.
     g_nWaitLeftMs -= std::min<DWORD>(static_cast<DWORD>(GetTickCount64() - start) + 1, g_nWaitLeftMs);
-    SetLastError(error);
   }
   return true;
 }

@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include "log/log_texts.h"
+#include "platform/error_text.h"
 #include "platform/file_rewrite.h"
 #include "platform/files.h"
 #include "platform/folders.h"

@@ -6,6 +6,7 @@
 #include "log/log_text.h"
 #include "log/sheet_log.h"
 #include "log/system_log.h"
+#include "platform/encoding.h"
 #include "platform/files.h"
 #include "resource.h"
 #include "ui/log_saving.h"

@@ -6,8 +6,13 @@
 namespace {
 
 constexpr CheckVariant kStartUpCheck{
-    update_texts::kAgent, update_texts::kRecordFound, update_texts::kRecordDeleted, &g_bUpdatesAvailable,
-    &g_bCheckFailed,      &g_strPatchErrorText};
+    .agent = update_texts::kAgent,
+    .record_found = update_texts::kRecordFound,
+    .record_deleted = update_texts::kRecordDeleted,
+    .updates_available_mirror = &g_bUpdatesAvailable,
+    .check_failed_mirror = &g_bCheckFailed,
+    .error_text_mirror = &g_strPatchErrorText,
+};
 
 }  // namespace
 
@@ -17,29 +22,30 @@ void CheckLog::Append(std::wstring_view entry) {
   text_ += entry;
 }
 
-CCheckPatch::CCheckPatch(RunState& run)
-    : CheckLog(run), UpdateEngine(run, static_cast<CheckLog&>(*this), kStartUpCheck) {
+CCheckPatch::CCheckPatch(RunState& run) : log_(run), engine_(run, log_, kStartUpCheck) {
   const bool first_check = g_nUpdateCheckCount == 0;
-  if (!first_check) Append(update_texts::kRetry);
-  Append(update_texts::kEntriesStart);
+  if (!first_check) log_.Append(update_texts::kRetry);
+  log_.Append(update_texts::kEntriesStart);
   ReadFacts(run, first_check);
-  Append(update_texts::kEntriesEnd);
-  Append(update_texts::kUpdatesStart);
+  log_.Append(update_texts::kEntriesEnd);
+  log_.Append(update_texts::kUpdatesStart);
   CheckAvailability(run);
   ++g_nUpdateCheckCount;
-  Append(update_texts::kUpdatesEnd);
+  log_.Append(update_texts::kUpdatesEnd);
   g_strPatchMessageText = MessageText();
 }
 
 void CCheckPatch::ReadFacts(RunState& run, bool first_check) {
-  IdentifyRegistryMode();
-  ReadUpdateSettings(run.SettingsFilePath, run.UpdateLocUrlMode, WriteBack::defaults);
-  ReadTagOne();
-  ReadTagTwo();
-  ReadTagThree();
-  ReadInstallPath();
-  if (first_check && !GetInstallPath().empty()) {
-    ReadProductFileVersion();
+  RegisteredDataEntries& entries = engine_.entries;
+  entries.IdentifyRegistryMode();
+  engine_.settings.ReadUpdateSettings(run.SettingsFilePath, run.UpdateLocUrlMode,
+                                      UpdateSettings::WriteBack::defaults);
+  entries.ReadTagOne();
+  entries.ReadTagTwo();
+  entries.ReadTagThree();
+  entries.ReadInstallPath();
+  if (first_check && !entries.GetInstallPath().empty()) {
+    entries.ReadProductFileVersion();
     run.ApplyBuildVersionToLog(ProductFileVersion);
   }
 }
@@ -47,10 +53,9 @@ void CCheckPatch::ReadFacts(RunState& run, bool first_check) {
 void CCheckPatch::CheckAvailability(RunState& run) {
   if (TagOne.empty() || TagTwo.empty() || TagThree.empty()) {
     if (run.WarnUser) run.WarnUser(update_texts::kMissingFacts);
-    m_bUpdatesAvailable = false;
-    g_bUpdatesAvailable = false;
+    engine_.comparison.SetUpdatesAvailable(false);
     return;
   }
-  FillNetworkErrorCodes();
-  CompareUpdates(TagTwo, TagOne);
+  engine_.exchange.FillNetworkErrorCodes();
+  engine_.comparison.CompareUpdates(TagTwo, TagOne);
 }

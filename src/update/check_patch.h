@@ -1,12 +1,14 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "log/log_sink.h"
 #include "settings/run_state.h"
 #include "update/update_engine.h"
 
-/// Hands every entry on to the activity log and keeps it for display.
+/// Passes every entry on to the activity log and keeps it for display.
 class CheckLog : public LogSink {
  public:
   explicit CheckLog(ActivityLog& log) : log_(log) {}
@@ -20,13 +22,44 @@ class CheckLog : public LogSink {
 };
 
 /// The check at start-up. Constructing one runs a complete check on the calling thread; afterwards its
-/// members tell what it found. The mirrors of process_state.h follow it.
-class CCheckPatch : private CheckLog, public UpdateEngine {
+/// members are the results. The mirrors of process_state.h follow them.
+class CCheckPatch {
+  CheckLog log_;
+  UpdateEngine engine_;
+
  public:
   explicit CCheckPatch(RunState& run);
+  CCheckPatch(const CCheckPatch&) = delete;
+  CCheckPatch& operator=(const CCheckPatch&) = delete;
+  ~CCheckPatch() = default;
 
   /// Entries of this check, joined by two newlines.
-  const std::wstring& MessageText() const { return Text(); }
+  const std::wstring& MessageText() const { return log_.Text(); }
+
+  // Results of the steps, which document them.
+  const std::wstring& TagOne = engine_.entries.TagOne;
+  const std::wstring& TagTwo = engine_.entries.TagTwo;
+  const std::wstring& TagThree = engine_.entries.TagThree;
+  const std::wstring& ProductFileVersion = engine_.entries.ProductFileVersion;
+  const std::wstring& ProductVersionThird = engine_.entries.ProductVersionThird;
+  const std::wstring& ProductVersionFourth = engine_.entries.ProductVersionFourth;
+  const std::int32_t& ProductVersionNumber = engine_.entries.ProductVersionNumber;
+
+  const std::wstring& UpdateLocation = engine_.settings.UpdateLocation;
+  const bool& UpdateLocationSet = engine_.settings.UpdateLocationSet;
+  const bool& IgnorePatchError = engine_.settings.IgnorePatchError;
+  const std::int32_t& TimeoutMs = engine_.settings.TimeoutMs;
+
+  const std::wstring& m_strErrorText = engine_.exchange.m_strErrorText;
+  const std::vector<std::wstring>& NetworkErrorCodes = engine_.exchange.NetworkErrorCodes;
+  const bool& m_bCheckFailed = engine_.exchange.m_bCheckFailed;
+  const bool& m_bNetworkError = engine_.exchange.m_bNetworkError;
+
+  const bool& m_bUpdatesAvailable = engine_.comparison.m_bUpdatesAvailable;
+  const std::vector<std::wstring>& UpdateSections = engine_.comparison.UpdateSections;
+  const std::int32_t& LatestBuild = engine_.comparison.LatestBuild;
+  const std::int32_t& LatestLevel = engine_.comparison.LatestLevel;
+  const std::int32_t& RecordVersionNumber = engine_.comparison.RecordVersionNumber;
 
  private:
   void ReadFacts(RunState& run, bool first_check);

@@ -5,7 +5,7 @@
 
 /// What the check at start-up and the interactive check do differently.
 struct CheckVariant {
-  const wchar_t* agent;  ///< agent name of the internet session; null: none
+  const wchar_t* agent = nullptr;  ///< agent name of the internet session; null: none
   std::wstring_view record_found;
   std::wstring_view record_deleted;
   // Copies of the results outside the check; null: none.

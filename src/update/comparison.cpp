@@ -5,6 +5,8 @@
 #include <optional>
 
 #include "log/log_texts.h"
+#include "platform/encoding.h"
+#include "platform/error_text.h"
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "text/text.h"
@@ -31,20 +33,22 @@ void Comparison::CompareUpdates(const std::wstring& productIconPath, const std::
     log_.Append(variant_.record_found);
     record = ReadInstalledRecord(path);
   }
-  const Decision decision = Decide({UpdateSections,
-                                    {LatestLevel, LatestBuild},
-                                    record,
-                                    product_.ProductVersionNumber,
-                                    product_.ProductVersionThird,
-                                    product_.ProductVersionFourth,
-                                    RecordVersionNumber},
-                                   variant_.record_deleted);
+  const CheckFacts facts{
+      .sections = UpdateSections,
+      .latest = {.level = LatestLevel, .build = LatestBuild},
+      .record = record,
+      .product_version = product_.ProductVersionNumber,
+      .product_level = product_.ProductVersionThird,
+      .product_build = product_.ProductVersionFourth,
+      .record_version = RecordVersionNumber,
+  };
+  const Decision decision = Decide(facts, variant_.record_deleted);
   if (record && decision.record_covers_list) ReadRecordVersion(*record);
   CarryOut(decision, path);
 }
 
 void Comparison::FindLatestPack() {
-  LatestPack latest{LatestLevel, LatestBuild};
+  LatestPack latest{.level = LatestLevel, .build = LatestBuild};
   ::FindLatestPack(UpdateSections, latest);
   LatestLevel = latest.level;
   LatestBuild = latest.build;

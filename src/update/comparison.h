@@ -33,13 +33,14 @@ class Comparison {
   void FindLatestPack();
   /// Settles `RecordVersionNumber`; a text without a version leaves it.
   void ReadRecordVersion(std::wstring_view text);
+  /// Sets `m_bUpdatesAvailable` and its mirror.
+  void SetUpdatesAvailable(bool available);
   /// The record's text, read in the system's code page; empty and two entries when it cannot be read.
   std::wstring ReadInstalledRecord(const std::wstring& path);
 
  private:
   void CarryOut(const Decision& decision, const std::wstring& record_path);
   void DeleteRecord(const Decision::Removal& removal, const std::wstring& path);
-  void SetUpdatesAvailable(bool available);
 
   RegisteredDataEntries& product_;
   Exchange& exchange_;

@@ -45,7 +45,9 @@ void DecideByVersions(const CheckFacts& facts, std::wstring_view record, std::ws
     OfferNothingNewer(decision);
     return;
   }
-  decision.removal = {record_deleted, update_texts::kRecordDenied, update_texts::kRecordNotDeleted};
+  decision.removal = {.deleted = record_deleted,
+                      .denied = update_texts::kRecordDenied,
+                      .failed = update_texts::kRecordNotDeleted};
   Offer(decision);
 }
 

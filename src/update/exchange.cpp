@@ -6,7 +6,7 @@
 
 #include <array>
 
-#include "platform/files.h"
+#include "platform/error_text.h"
 #include "platform/http.h"
 #include "product/identity.h"
 #include "text/text.h"

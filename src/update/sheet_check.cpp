@@ -7,8 +7,10 @@
 
 namespace {
 
-constexpr CheckVariant kInteractiveCheck{nullptr, update_texts::kRecordFoundInteractive,
-                                         update_texts::kRecordDeletedInteractive};
+constexpr CheckVariant kInteractiveCheck{
+    .record_found = update_texts::kRecordFoundInteractive,
+    .record_deleted = update_texts::kRecordDeletedInteractive,
+};
 
 }  // namespace
 
@@ -18,11 +20,11 @@ void SheetUpdateCheck::RunUpdateCheck() {
   UpdateEngine engine(facts_, *this, kInteractiveCheck);
   if (SheetCheckCount > 0) Append(update_texts::kRetry);
   Append(update_texts::kEntriesStart);
-  engine.IdentifyRegistryMode();
-  engine.ReadUpdateSettings(run_.SettingsFilePath, facts_.UpdateLocUrlMode,
-                            UpdateSettings::WriteBack::nothing);
-  if (!PassVersionGate(engine)) return;
-  ReadRegisteredData(engine);
+  engine.entries.IdentifyRegistryMode();
+  engine.settings.ReadUpdateSettings(run_.SettingsFilePath, facts_.UpdateLocUrlMode,
+                                     UpdateSettings::WriteBack::nothing);
+  if (!PassVersionGate(engine.entries)) return;
+  ReadEntries(engine.entries);
   Append(update_texts::kEntriesEnd);
   Append(update_texts::kUpdatesStart);
   Compare(engine);
@@ -39,9 +41,9 @@ void SheetUpdateCheck::ClearStatus() {
   SheetCheckFailed = false;
 }
 
-bool SheetUpdateCheck::PassVersionGate(UpdateEngine& engine) {
-  engine.ReadClientVersion();
-  SheetClientVersion = engine.ClientVersion;
+bool SheetUpdateCheck::PassVersionGate(RegisteredDataEntries& entries) {
+  entries.ReadClientVersion();
+  SheetClientVersion = entries.ClientVersion;
   g_bProductInstalled = SheetClientVersion == identity::kProductVersion;
   if (g_bProductInstalled) return true;
   Append(update_texts::kVersionNotFound);
@@ -49,18 +51,18 @@ bool SheetUpdateCheck::PassVersionGate(UpdateEngine& engine) {
   return false;
 }
 
-void SheetUpdateCheck::ReadRegisteredData(UpdateEngine& engine) {
-  engine.ReadTagOne();
-  engine.ReadTagTwo();
-  engine.ReadTagThree();
-  engine.ReadInstallPathLogged();
-  SheetTagOne = engine.TagOne;
-  SheetTagTwo = engine.TagTwo;
-  SheetTagThree = engine.TagThree;
-  SheetInstallPath = engine.GetInstallPath();
+void SheetUpdateCheck::ReadEntries(RegisteredDataEntries& entries) {
+  entries.ReadTagOne();
+  entries.ReadTagTwo();
+  entries.ReadTagThree();
+  entries.ReadInstallPathLogged();
+  SheetTagOne = entries.TagOne;
+  SheetTagTwo = entries.TagTwo;
+  SheetTagThree = entries.TagThree;
+  SheetInstallPath = entries.GetInstallPath();
   if (!SheetTagThree.empty() && SheetCheckCount == 0) {
-    engine.ReadProductFileVersion();
-    ApplyBuildVersionToLog(engine.ProductFileVersion);
+    entries.ReadProductFileVersion();
+    ApplyBuildVersionToLog(entries.ProductFileVersion);
   }
 }
 
@@ -69,9 +71,9 @@ void SheetUpdateCheck::Compare(UpdateEngine& engine) {
     Append(update_texts::kEntriesNotFound);
     return;
   }
-  engine.FillNetworkErrorCodes();
-  engine.CompareUpdates(SheetTagTwo, SheetTagOne);
-  SheetUpdatesAvailable = engine.m_bUpdatesAvailable;
-  SheetCheckFailed = engine.m_bCheckFailed;
-  SheetErrorText = engine.m_strErrorText;
+  engine.exchange.FillNetworkErrorCodes();
+  engine.comparison.CompareUpdates(SheetTagTwo, SheetTagOne);
+  SheetUpdatesAvailable = engine.comparison.m_bUpdatesAvailable;
+  SheetCheckFailed = engine.exchange.m_bCheckFailed;
+  SheetErrorText = engine.exchange.m_strErrorText;
 }

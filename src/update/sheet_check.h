@@ -6,6 +6,7 @@
 #include "log/sheet_log.h"
 #include "settings/run_state.h"
 
+class RegisteredDataEntries;
 class UpdateEngine;
 
 /// The main sheet's own update check, its status and its log. The status lives as long as the sheet.
@@ -29,8 +30,8 @@ class SheetUpdateCheck : public SheetLog {
 
  private:
   void ClearStatus();
-  bool PassVersionGate(UpdateEngine& engine);
-  void ReadRegisteredData(UpdateEngine& engine);
+  bool PassVersionGate(RegisteredDataEntries& entries);
+  void ReadEntries(RegisteredDataEntries& entries);
   void Compare(UpdateEngine& engine);
 
   RunState& run_;

@@ -7,16 +7,20 @@
 #include "update/comparison.h"
 #include "update/exchange.h"
 
-/// The steps of one update check side by side, each handed what it takes. The owner decides which of them run
-/// in which order, and reads what they give.
-class UpdateEngine : public RegisteredDataEntries, public UpdateSettings, public Exchange, public Comparison {
+/// The steps of one update check. A check runs them in its own order and reads their results.
+class UpdateEngine {
  public:
-  /// `variant` outlives the engine.
+  /// `facts`, `log` and `variant` outlive the engine.
   UpdateEngine(RegistryFacts& facts, LogSink& log, const CheckVariant& variant)
-      : RegisteredDataEntries(facts, log),
-        Exchange(*this, *this, variant, log),
-        Comparison(*this, *this, variant, log) {}
+      : entries(facts, log),
+        exchange(entries, settings, variant, log),
+        comparison(entries, exchange, variant, log) {}
   UpdateEngine(const UpdateEngine&) = delete;
   UpdateEngine& operator=(const UpdateEngine&) = delete;
   ~UpdateEngine() = default;
+
+  RegisteredDataEntries entries;
+  UpdateSettings settings;
+  Exchange exchange;
+  Comparison comparison;
 };

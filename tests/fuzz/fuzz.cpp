@@ -79,7 +79,12 @@ void Packs(const Text& in) {
 void Decisions(const Text& in) {
   std::vector<Text> list = Split(in);
   const Text record = TakeFirst(list), level = TakeFirst(list), build = TakeFirst(list);
-  CheckFacts facts{list, {2, 7}, record, 15027, level, build};
+  CheckFacts facts{.sections = list,
+                   .latest = {.level = 2, .build = 7},
+                   .record = record,
+                   .product_version = 15027,
+                   .product_level = level,
+                   .product_build = build};
   if (record == L"-") facts.record.reset();
   const Decision decision = Decide(facts, L"gone");
   const bool covers = decision.record_covers_list;

@@ -8,7 +8,7 @@
 
 #include <cstdlib>
 
-#include "platform/files.h"
+#include "platform/error_text.h"
 #include "support/machine.h"
 #include "text/text.h"
 

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/files.h"
+#include "platform/encoding.h"
 #include "unit/literal.h"
 
 namespace support {

@@ -81,7 +81,11 @@ Text DecideFor(View in) {
   fields.resize(4);
   LatestPack latest;
   FindLatestPack(sections, latest);
-  CheckFacts facts{sections, latest, record, 0, fields[2], fields[3]};
+  CheckFacts facts{.sections = sections,
+                   .latest = latest,
+                   .record = record,
+                   .product_level = fields[2],
+                   .product_build = fields[3]};
   if (record == L"-") facts.record.reset();
   if (!version.empty()) facts.product_version = text::ParseDecimal(Fold(version));
   const Decision decision = Decide(facts, L"deleted");
