@@ -49,12 +49,12 @@ UniqueFile OpenWhenFree(const std::function<UniqueFile()>& open);
 UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition);
 /// Opens for reading. `share`: the accesses that other handles may have.
 UniqueFile OpenForReading(const std::wstring& path, DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE);
-/// The bytes from where the file stands to its end; nothing when they cannot be read or are more than `limit`
-/// (last error says why: ERROR_FILE_TOO_LARGE for the limit).
+/// The bytes from the file pointer to the end; nothing, with the last error set, when they cannot be read or
+/// are more than `limit` (ERROR_FILE_TOO_LARGE).
 std::optional<std::string> ReadAll(HANDLE file, std::size_t limit);
-/// Both in one: the bytes of a file.
+/// The bytes of a whole file, as ReadAll.
 std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t limit);
-/// Writes every byte or answers false with the last error set.
+/// Writes every byte. Returns false with the last error set.
 bool WriteAll(HANDLE file, std::string_view bytes);
 /// Appends every byte, or returns false with the last error and the file as long as it was. Programs that
 /// append through this function wait for each other, so that their texts stay whole. A program that waited in

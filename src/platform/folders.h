@@ -16,6 +16,6 @@ std::wstring ModulePath();
 std::wstring AppendPath(const std::wstring& folder, const std::wstring& more);
 
 bool FileExists(const std::wstring& path);       ///< a folder counts as well
-bool DirectoryExists(const std::wstring& path);  ///< sets the last error when it answers false
+bool DirectoryExists(const std::wstring& path);  ///< false with the last error set
 
 }  // namespace platform

@@ -26,7 +26,7 @@ class UniqueHandle {
 
   Handle get() const { return handle_; }
   explicit operator bool() const { return handle_ != Traits::Invalid(); }
-  /// For functions that hand back a handle through a pointer; closes what was held.
+  /// For functions that return a handle through a pointer; closes the present one.
   Handle* put() {
     reset();
     return &handle_;
@@ -36,7 +36,7 @@ class UniqueHandle {
     handle_ = Traits::Invalid();
     return handle;
   }
-  /// Closes the handle held; the thread's last error survives, so that a failure can be reported after it.
+  /// Closes the present handle; the last error survives, so that a failure can be reported afterwards.
   void reset(Handle handle = Traits::Invalid()) {
     if (handle_ != Traits::Invalid()) {
       const LastErrorGuard guard;

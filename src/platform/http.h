@@ -6,7 +6,7 @@
 #include "platform/handles.h"
 #include "platform/system_library.h"
 
-/// The network library's functions, loaded with the first call.
+/// The functions of WinInet, loaded with the first call.
 namespace wininet {
 
 template <class Type>

@@ -17,7 +17,7 @@ LSTATUS QueryText(HKEY key, const wchar_t* name, std::wstring& text) {
   DWORD size = kRegistryValueBytes;
   const LSTATUS error = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(buffer), &size);
   if (error == ERROR_SUCCESS) {
-    // The odd byte of a length that is no whole number of characters is not text.
+    // An odd last byte is not text.
     text.assign(buffer, size / sizeof(wchar_t));
     text.resize(std::wcslen(text.c_str()));
   }

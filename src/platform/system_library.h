@@ -5,18 +5,18 @@
 #include <bit>
 #include <type_traits>
 
-/// Windows' own libraries that a run may do without, or that a file of the same name beside the program must
-/// not take the place of: loaded by name when one of their functions is first called, not with the program.
+/// Libraries of Windows that are loaded by name when one of their functions is first called, not with the
+/// program: a run may not need them, or a file of the same name beside the program must not replace them.
 namespace platform {
 
-/// From here on libraries are looked for in the system's folder alone, side-by-side assemblies of the
-/// manifest first. A Windows 7 without the update that brought this goes on without it.
+/// Restricts the search for libraries to the system's folder; side-by-side assemblies of the manifest still
+/// come first. Has no effect on a Windows 7 without update 2533623.
 void SearchSystemFolderOnly();
 
 /// One library; stays loaded until the process ends.
 class SystemLibrary {
  public:
-  /// `name`: bare file name, so that the manifest's choice of a version counts.
+  /// `name`: file name without a folder, so that the manifest decides about the version.
   constexpr explicit SystemLibrary(const wchar_t* name) : name_(name) {}
 
   /// The function's address; null, with the last error set, when the library or the function is not there.
@@ -34,8 +34,8 @@ class SystemFunction;
 ///
 ///   SystemFunction<decltype(&::InternetOpenW)> InternetOpenW{wininet, "InternetOpenW"};
 ///
-/// Looked up by its first call. Where it is not found a call answers as a failing one does: `failure`, and
-/// the last error says why. Used on one thread at a time.
+/// Looked up by its first call. A missing function behaves like a failed call: it returns `failure` with the
+/// last error set. Used on one thread at a time.
 template <class Result, class... Arguments>
 class SystemFunction<Result(WINAPI*)(Arguments...)> {
  public:

@@ -4,9 +4,8 @@
 
 namespace platform {
 
-/// Milliseconds that this process may still wait for what other processes hold. All waits of a run share it,
-/// so that a machine on which several files are held delays a run by a second in all, not by a second for
-/// each file.
+/// Milliseconds that this process may still wait for files and mutexes of other processes. All waits of a run
+/// share them, so that several held files delay a run by one second together.
 inline unsigned long g_nWaitLeftMs = 1000;
 
 /// Calls `attempt` until it returns true or the process has no waiting time left, with a pause between two

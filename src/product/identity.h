@@ -4,7 +4,7 @@
 
 #include "version.h"
 
-/// What names this program and the product that it accompanies, in one place.
+/// The names of this program and of the product that it accompanies.
 namespace identity {
 
 inline constexpr std::wstring_view kProductVersion = L"" TAVREL_PRODUCT_VERSION;
@@ -13,16 +13,16 @@ inline constexpr std::wstring_view kProductLabel = L"Varnexa " TAVREL_PRODUCT_VE
 /// Title of the sheet and of message boxes that carry no title of their own.
 inline constexpr std::wstring_view kWindowTitle = L"" TAVREL_TITLE;
 inline constexpr std::wstring_view kProgramVersion = L"" TAVREL_VERSION;
-/// Image name of the product's process, and the name under which its executable is looked for first.
+/// Image name of the product's process, and the first name of its executable.
 inline constexpr std::wstring_view kProductImage = L"Qrt.exe";
 
 /// Sub-folder of the user's Documents folder and name of the settings file in it.
 inline constexpr std::wstring_view kSettingsFolder = L"\\Varnexa\\QRT15\\";
 inline constexpr std::wstring_view kSettingsFile = L"korsa.ini";
-/// Sub-folder of the common application data folder; made by the installer, never by the program.
+/// Sub-folder of the common application data folder; created by the installer, never by the program.
 inline constexpr std::wstring_view kLogFolder = L"\\Varnexa\\QRT15";
 
-/// Host that is asked when the settings name none: build variable TAVREL_UPDATE_HOST.
+/// Update host when the settings name none: build variable TAVREL_UPDATE_HOST.
 std::wstring_view DefaultUpdateHost();
 /// Address of the connectivity probe: build variable TAVREL_PROBE_ADDRESS.
 std::wstring_view ProbeAddress();

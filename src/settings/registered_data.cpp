@@ -124,7 +124,7 @@ void RegisteredDataEntries::Store(const std::wstring& value, std::wstring& field
 }
 
 std::wstring RegisteredDataEntries::FindProductExecutable() const {
-  // The second name matters where file names are told apart by case.
+  // The second name is another file only in a folder with case-sensitive names.
   for (const wchar_t* name : {L"\\Qrt.exe", L"\\qrt.exe"}) {
     std::wstring path = GetInstallPath() + name;
     if (platform::FileExists(path)) return path;

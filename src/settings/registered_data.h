@@ -11,8 +11,8 @@
 
 struct RegisteredReader;
 
-/// The facts that the product's installer recorded, as one check reads them. Every operation logs to the sink
-/// it was made with; a failure is logged with its code and leaves the field as it was.
+/// The facts that the product's installer recorded, read by one check. Every operation logs to the sink of
+/// the constructor; a failure is logged with its code and leaves the field unchanged.
 class RegisteredDataEntries {
  public:
   RegisteredDataEntries(RegistryFacts& facts, LogSink& log) : facts_(facts), log_(log) {}
@@ -26,7 +26,7 @@ class RegisteredDataEntries {
   std::wstring ProductVersionFourth;
   std::int32_t ProductVersionNumber = 0;  ///< the four numbers folded with a factor of ten
 
-  /// Decides in which registry layout the product's keys stand and rebuilds both key paths. Returns the new
+  /// Decides which registry layout the product's keys have and rebuilds both key paths. Returns the new
   /// `RegistryModeOne`.
   bool IdentifyRegistryMode();
   /// The two readers that try the keys directly under "SOFTWARE\" when the first place has no value (error
@@ -43,9 +43,8 @@ class RegisteredDataEntries {
   const RegistryFacts& Facts() const { return facts_; }
 
   /// Both look for "Qrt.exe", then "qrt.exe", in the install path. They leave their fields as they were when
-  /// neither exists or the file has no version resource. The second uses what the first has read: one object
-  /// serves one check, in which one follows the other at once, and reading costs as much as all four values
-  /// of the registry together.
+  /// neither exists or the file has no version resource. The second uses the version that the first has
+  /// read: an object serves one check, in which the two calls follow each other at once.
   void ReadProductFileVersion();
   void ReadProductVersionNumber();
 

@@ -6,11 +6,11 @@
 
 #include "log/activity_log.h"
 
-/// Where the product's installer recorded its facts, and the last good values of two of them.
+/// The registry keys that hold the facts of the product's installer, and the last good values of two facts.
 struct RegistryFacts {
   std::wstring InstallPath;      ///< value "Installpath" of the maker key
   std::wstring IconPath;         ///< copy of the uninstall entry's "DisplayIcon"
-  bool RegistryModeOne = false;  ///< true: the keys stand under "SOFTWARE\Wow6432Node\"
+  bool RegistryModeOne = false;  ///< true: the keys are below "SOFTWARE\Wow6432Node\"
   std::wstring MakerKeyPath;
   std::wstring UninstallKeyPath;
   bool UpdateLocUrlMode = false;  ///< the update location came from "UPDATE_LOC_URL"
@@ -23,7 +23,7 @@ struct RegistryFacts {
   void BuildUninstallKeyPath();
 };
 
-/// The run's shared state: what start-up settles and the check and the pages read.
+/// The run's shared state: set at start-up, read by the check and the pages.
 class RunState : public ActivityLog, public RegistryFacts {
  public:
   bool CheckFailed = false;             ///< copy of the last start-up check's failure flag
@@ -35,19 +35,20 @@ class RunState : public ActivityLog, public RegistryFacts {
   /// Shows a text to the user and waits for OK. Set by the application object.
   std::function<void(std::wstring_view)> WarnUser;
 
-  /// Prepares folder and file of the settings and reads whether updates are to be checked. Every failure
-  /// answers true. Logs to the activity log and the notes.
+  /// Prepares folder and file of the settings. Returns whether updates are to be checked; true after every
+  /// failure. Logs to the activity log and the notes.
   bool PrepareServerSettings();
-  /// Copies korsa.ini from the program's own folder to `destination`; false and two entries on failure.
+  /// Copies korsa.ini from the program's folder to `destination`. Logs two entries and returns false on
+  /// failure.
   bool CopyServerSettingsFromInstallFolder(const std::wstring& destination);
-  /// `SettingsFilePath` becomes the profile settings folder's korsa.ini when that folder exists; otherwise
-  /// it stays as it is.
+  /// Sets `SettingsFilePath` to korsa.ini in the profile settings folder; leaves it unchanged when that
+  /// folder does not exist.
   void ResolveSettingsFile();
 
  private:
   void LogAndNote(std::wstring_view text);
 
-  std::wstring settings_folder_;  ///< as PrepareServerSettings has found it; empty before
+  std::wstring settings_folder_;  ///< from PrepareServerSettings; empty before
 };
 
 /// The profile settings folder, ending in a backslash; empty when the shell names no Documents folder.

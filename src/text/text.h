@@ -11,7 +11,7 @@ namespace text {
 std::wstring_view Trim(std::wstring_view value);
 /// Equality without regard to the case of the 26 Latin letters.
 bool EqualsIgnoreCase(std::wstring_view left, std::wstring_view right);
-/// True for "TRUE" and "FALSE" in any case; blanks around them are not forgiven.
+/// True for "TRUE" and "FALSE" in any case; not with blanks around them.
 bool IsBooleanText(std::wstring_view value);
 /// True for "TRUE" in any case.
 bool IsTrueText(std::wstring_view value);
@@ -19,8 +19,7 @@ bool IsTrueText(std::wstring_view value);
 /// An optional sign, decimal digits up to the first other character, which a blank is as well; 0 when there
 /// is no digit. Values outside 32 bits saturate.
 std::int32_t ParseDecimal(std::wstring_view value);
-/// `value` in decimal digits, behind a minus where it is negative. (The standard library's own brings its
-/// whole printf into the program.)
+/// `value` in decimal digits, after a minus where it is negative. (std::to_wstring would link all of printf.)
 std::wstring FormatDecimal(std::int64_t value);
 /// `seconds` as milliseconds, saturating at 32 bits.
 std::int32_t SecondsToMilliseconds(std::int32_t seconds);

@@ -24,7 +24,7 @@ void Comparison::CompareUpdates(const std::wstring& productIconPath, const std::
   UpdateSections.clear();
   const std::wstring path =
       std::wstring(text::SplitAtLastBackslash(productIconPath).folder).append(kRecordFile);
-  // An update that runs beside this check may write the record during the exchange.
+  // An update that runs at the same time may write the record during the exchange.
   const bool has_record = platform::FileExists(path);
   exchange_.DownloadUpdateList(UpdateSections);
   if (UpdateSections.size() > 1) FindLatestPack();

@@ -11,9 +11,9 @@
 #include "update/decision.h"
 #include "update/exchange.h"
 
-/// The comparison, the step of the check that carries out what decision.h decides. Takes the version of the
-/// product's executable, the exchange that fetches the list, and the record of installed updates; gives the
-/// members below.
+/// The comparison, a step of the check: collects the facts, calls Decide (decision.h) and carries the
+/// decision out. Inputs: the version of the product's executable, the list that the exchange fetches, and the
+/// record of installed updates. Outputs: the members below.
 class Comparison {
  public:
   Comparison(RegisteredDataEntries& product, Exchange& exchange, const CheckVariant& variant, LogSink& log)
@@ -27,15 +27,16 @@ class Comparison {
 
   /// Fetches the list of updates and compares it with the executable in the install path and the record
   /// beside `productIconPath`. Logs which path was taken; deletes a record that is ahead of the executable.
-  /// The registered version has no say: the executable's own file version decides.
+  /// `productVersion` is not used: the file version of the executable decides.
   void CompareUpdates(const std::wstring& productIconPath, const std::wstring& productVersion);
-  /// Settles `LatestLevel` and `LatestBuild` from `UpdateSections`.
+  /// Sets `LatestLevel` and `LatestBuild` from `UpdateSections`.
   void FindLatestPack();
-  /// Settles `RecordVersionNumber`; a text without a version leaves it.
+  /// Sets `RecordVersionNumber`; a text without a version leaves it unchanged.
   void ReadRecordVersion(std::wstring_view text);
   /// Sets `m_bUpdatesAvailable` and its mirror.
   void SetUpdatesAvailable(bool available);
-  /// The record's text, read in the system's code page; empty and two entries when it cannot be read.
+  /// The record's text, read in the system's code page. When it cannot be read, logs two entries and returns
+  /// an empty text.
   std::wstring ReadInstalledRecord(const std::wstring& path);
 
  private:

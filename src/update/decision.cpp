@@ -9,7 +9,7 @@ namespace {
 /// A list that holds a pack has its heading section and at least one more.
 constexpr std::size_t kHeadingAndPack = 2;
 
-// Which log line says that a path was taken.
+// The exit codes that the log entries name.
 constexpr int kWithRecord = 1;
 constexpr int kEmptyRecordOrList = 2;
 constexpr int kWithoutRecord = 3;

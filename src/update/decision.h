@@ -8,11 +8,11 @@
 
 #include "update/pack_list.h"
 
-/// What a check knows when it decides.
+/// The facts that the decision of a check depends on.
 struct CheckFacts {
   const std::vector<std::wstring>& sections;  ///< of the fetched list: a heading, then the packs
   LatestPack latest;                          ///< the newest of them
-  /// Text of the record of installed updates, empty when it could not be read; nothing: there is none.
+  /// Text of the record of installed updates; empty when it could not be read, nothing when there is none.
   std::optional<std::wstring_view> record;
   std::int32_t product_version = 0;  ///< the executable's version, folded
   /// The last two numbers of that version, as text; empty: the executable or its version is missing.
@@ -20,22 +20,22 @@ struct CheckFacts {
   std::int32_t record_version = 0;  ///< of a record whose own text has none
 };
 
-/// What becomes of a check: the path that it takes, and what the step that carries it out does and logs.
+/// The outcome of a check: the path that it takes, and what Comparison does and logs to carry it out.
 struct Decision {
-  /// What is logged, ahead of `entries`, by how the deletion of the record ends.
+  /// Logged before `entries`, depending on the result of the deletion of the record.
   struct Removal {
     std::wstring_view deleted;
     std::wstring_view denied;  ///< error 5
-    std::wstring_view failed;  ///< any other error, whose "Error : " and code are the entry behind it
+    std::wstring_view failed;  ///< any other error; the next entry is "Error : " and its code
   };
 
   int exit_code = 0;  ///< 1: the record counts, 2: it or the list is empty, 3: there is none
-  /// Nothing when the product's version is missing: earlier results stay then, and nothing is logged.
+  /// Nothing when the product's version is missing: then earlier results stay and nothing is logged.
   std::optional<bool> offered;
-  bool record_covers_list = false;  ///< the record names every pack; the versions have decided
-  std::optional<Removal> removal;   ///< set: the record is ahead of the executable and goes
+  bool record_covers_list = false;  ///< the record names every pack, so the versions decide
+  std::optional<Removal> removal;   ///< set: the record is ahead of the executable and is deleted
   std::vector<std::wstring_view> entries;
 };
 
-/// Decides whether updates are offered. `record_deleted`: what this check says of a record that went.
+/// Decides whether updates are offered. `record_deleted`: the entry for a deleted record.
 Decision Decide(const CheckFacts& facts, std::wstring_view record_deleted);

@@ -20,10 +20,10 @@ namespace {
 constexpr DWORD kReadBlock = 4096;
 constexpr DWORD kStatusOk = 200;
 constexpr DWORD kStatusNotFound = 404;
-/// Stands in for a time-out of zero or less, which would fail every exchange at once or wait for ever.
+/// Used instead of a time-out of zero or less, which would fail every exchange at once or wait for ever.
 constexpr DWORD kFallbackTimeoutMs = 60000;
-/// Longest copying of a body, in milliseconds: the receive time-out bounds each pause of the server, not
-/// their sum.
+/// Longest time for a body, in milliseconds: the receive time-out bounds each pause of the server, not their
+/// sum.
 constexpr ULONGLONG kBodyWaitMs = 300000;
 
 }  // namespace

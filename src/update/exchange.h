@@ -11,9 +11,9 @@
 
 class ListFile;
 
-/// The exchange with the update server, a step of the check. Takes the registered address of the list
+/// The exchange with the update server, a step of the check. Inputs: the registered address of the list
 /// (`TagThree`), the location and the time-out of the settings, and whether that location is a complete
-/// address; gives the section names of the fetched list and the members below.
+/// address. Outputs: the section names of the fetched list and the members below.
 class Exchange {
  public:
   Exchange(const RegisteredDataEntries& product, const UpdateSettings& settings, const CheckVariant& variant,
@@ -23,21 +23,21 @@ class Exchange {
   std::wstring m_strErrorText;  ///< " Error : " and the last failure's code or message; empty without one
   std::vector<std::wstring> NetworkErrorCodes;
   bool m_bCheckFailed = false;   ///< the exchange with the server failed
-  bool m_bNetworkError = false;  ///< ... with one of `NetworkErrorCodes`
+  bool m_bNetworkError = false;  ///< it failed with one of `NetworkErrorCodes`
 
-  /// Fills `NetworkErrorCodes`, in place of what it held.
+  /// Replaces the content of `NetworkErrorCodes` by the thirteen codes.
   void FillNetworkErrorCodes();
   /// Fetches the update information file into the temporary folder (list_file.h) and appends its section
   /// names to `sections`. Every failure sets `m_bCheckFailed` and `m_strErrorText` and is logged with its
-  /// code; a completed download clears the flag. A status other than 200 and 404 downloads the body all the
-  /// same and leaves its number as the error text. Nothing is left open.
+  /// code; a completed download clears the flag. With a status other than 200 and 404 the body is still
+  /// downloaded, and the number is left as the error text. All handles are closed.
   void DownloadUpdateList(std::vector<std::wstring>& sections);
   /// The request path; empty when the address does not name the update location's host, or the location is a
-  /// complete address. Logs which.
+  /// complete address. Logs the case.
   std::wstring GetUpdatePathFromTagThree();
   /// Sets `m_bNetworkError` when `code` is in `NetworkErrorCodes`.
   void MatchNetworkErrorCode(std::wstring_view code);
-  /// " Error : " and `text`, or nothing for an empty text.
+  /// Sets `m_strErrorText` to " Error : " and `text`, or to nothing for an empty text, and its mirror.
   void SetErrorText(std::wstring_view text);
 
  private:

@@ -21,7 +21,7 @@ void FindLatestPack(const std::vector<std::wstring>& sections, LatestPack& lates
     return;
   }
   std::optional<LatestPack> best;
-  std::int32_t level = 0;  // a name without one takes the level of the pack before it
+  std::int32_t level = 0;  // of the pack before, for a name without a level
   for (std::size_t i = 1; i < sections.size(); ++i) {
     const auto pack = SplitPackName(sections[i]);
     if (!pack) continue;

@@ -12,12 +12,12 @@ struct LatestPack {
   std::int32_t build = 0;
 };
 
-/// The last two fields of a pack's name, as they stand between its underscores.
+/// The last two fields of a pack's name, which underscores separate.
 struct PackFields {
   std::optional<std::wstring_view> level;  ///< absent in a name with a single underscore
   std::wstring_view build;
 };
-/// Nothing for a name without an underscore, which names no pack.
+/// Splits a section name. Nothing for a name without an underscore, which names no pack.
 std::optional<PackFields> SplitPackName(std::wstring_view name);
 
 /// Updates `latest` from the section names of an update information file. The first name is the file's own

@@ -5,7 +5,7 @@
 
 /// Update state that lives until the process ends. Used on the user-interface thread only.
 
-/// Number of start-up checks (CCheckPatch) that have run to their end.
+/// Number of finished start-up checks (CCheckPatch).
 inline std::int32_t g_nUpdateCheckCount = 0;
 /// Mirrors of the latest start-up check's results.
 inline bool g_bUpdatesAvailable = false;

@@ -24,7 +24,7 @@ std::optional<std::int32_t> ParseRecordVersion(std::wstring_view record) {
   std::array<std::int32_t, 4> fields{};
   for (std::size_t i = fields.size() - 1; i > 0; --i) {
     const std::size_t underscore = rest.rfind(L'_');
-    // Underscores before the product's name leave fewer than three behind it: no version to speak of.
+    // An underscore before the product's name leaves fewer than three after it.
     if (underscore == std::wstring_view::npos) return std::nullopt;
     fields[i] = text::ParseDecimal(rest.substr(underscore + 1));
     rest = rest.substr(0, underscore);

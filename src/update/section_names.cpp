@@ -5,9 +5,9 @@
 namespace {
 
 constexpr std::wstring_view kLineEnds = L"\r\n";
-// What may stand around a section's heading and its name.
+// Blanks that the profile functions skip around a heading and its name.
 constexpr std::wstring_view kBlanks = L" \t\v\f\x1A";
-/// Of the buffer, the last character ends the list.
+/// The last character of the buffer ends the list.
 constexpr std::size_t kListEnd = 1;
 
 wchar_t Unit(char high, char low) {

@@ -25,7 +25,7 @@ class SheetUpdateCheck : public SheetLog {
   std::int32_t SheetCheckCount = 0;  ///< checks that reached their end
 
   /// Runs one check on the calling thread; its outcome is the status above, its entries go to this log.
-  /// Does nothing once a start-up check has run in this process.
+  /// Does nothing after a start-up check in this process.
   void RunUpdateCheck();
 
  private:
@@ -35,5 +35,5 @@ class SheetUpdateCheck : public SheetLog {
   void Compare(UpdateEngine& engine);
 
   RunState& run_;
-  RegistryFacts facts_;  // apart from the application's: an interactive check leaves those alone
+  RegistryFacts facts_;  ///< of this check; those of the application stay unchanged
 };

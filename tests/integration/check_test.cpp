@@ -37,12 +37,15 @@ namespace {
 using Row = std::vector<std::wstring>;
 using Setup = std::map<std::wstring, std::wstring>;
 
-/// The list of an earlier check. Whoever leaves its end behind a shorter new one offers its pack.
+/// The list of an earlier check. A check that does not empty the file finds its pack.
 const std::string kOldList = std::string(999, '\n') + "[Varnexa15_0_9_9]\r\n";
-/// The set-up of a row, where the row itself does not say otherwise.
+/// The set-up of a row where the row itself does not say otherwise, and the words that it may have besides.
 constexpr wchar_t kUsual[] =
-    L"address=http://updates.varnexa.example/patches/updates.ini|settings=|product=15.0.2.5|packs=2_7|"
+    L"|address=http://updates.varnexa.example/patches/updates.ini|settings=|product=15.0.2.5|packs=2_7|"
     L"status=200|refuse=|layout=one|missing=|waits=60000|";
+constexpr wchar_t kOtherWords[] =
+    L"|record=|late=|down=|endless=|silent=|hours=|competing=|gone=|taken=|start-up=|interactive=|then=|"
+    L"build=";
 
 std::string Results(bool failed, bool available, const std::wstring& error_text) {
   return (failed ? "failed" : "ok") + std::string(available ? " yes" : " no") + Utf8(error_text);
@@ -52,7 +55,7 @@ std::string Mirrors() {
   return Results(g_bCheckFailed, g_bUpdatesAvailable, g_strPatchErrorText);
 }
 
-/// A process that has made no check yet, in whose mirrors are results that a check must change or keep.
+/// A process before its first check. The mirrors hold results that a check must change or keep.
 struct Process {
   const bool interactive;
   RunState run;
@@ -76,7 +79,7 @@ struct Process {
   std::wstring Entries() const { return Log().substr(Log().find(L"=========== Registered")); }
   std::int32_t Checks() const { return interactive ? sheet.SheetCheckCount : g_nUpdateCheckCount; }
 
-  /// Makes a check and tells its results as the table does.
+  /// Makes a check and returns its results in the table's form.
   std::string Check() {
     if (interactive) {
       sheet.RunUpdateCheck();
@@ -100,7 +103,7 @@ std::string Packs(const std::wstring& numbers, const std::string& before, const 
   return text;
 }
 
-void Furnish(Machine& machine, Setup& setup) {
+void Prepare(Machine& machine, Setup& setup) {
   const Layout layout = setup[L"layout"] == L"one" ? Layout::one : Layout::two;
   machine.Install(layout, setup[L"address"]);
   if (setup[L"layout"] == L"both") support::SetRegistryText(L"SOFTWARE\\Wow6432Node", L"any", L"");
@@ -123,11 +126,11 @@ std::wstring WholeLog(bool interactive, const Row& row) {
   return interactive ? std::regex_replace(log, std::wregex(L"RECORD|DELETED"), L"INTERACTIVE $&") : log;
 }
 
-/// Another utility, which has the turn at the shared list for as long as the object lives.
-class Rival {
+/// Another utility, which holds the mutex of the shared list while the object exists.
+class CompetingUtility {
  public:
-  Rival() { taken_.get_future().wait(); }
-  ~Rival() { done_.set_value(); }
+  CompetingUtility() { taken_.get_future().wait(); }
+  ~CompetingUtility() { done_.set_value(); }
 
  private:
   std::promise<void> taken_, done_;
@@ -139,7 +142,7 @@ class Rival {
   }};
 };
 
-/// What the exchange asks of the network library and no server sees.
+/// Calls of the network library that the server does not see.
 struct Asked {
   DWORD flags = 0;
   bool anonymous = false;           ///< the request gives no credentials to the server
@@ -169,8 +172,8 @@ void CheckTraces(const Process& process, const Machine& machine, Setup& setup, c
   const bool record_there = GetFileAttributesW(machine.Record().c_str()) != INVALID_FILE_ATTRIBUTES;
   CHECK(record_there ==
         ((setup.contains(L"record") || setup.contains(L"late")) && row[3].find(L"DELETED") == row[3].npos));
-  // A check without a turn at the shared list leaves it alone, and nothing beside it.
-  if (setup[L"refuse"] == L"CreateMutexW-5" || setup.contains(L"rival")) {
+  // A check without the mutex leaves the shared list unchanged and no other file.
+  if (setup[L"refuse"] == L"CreateMutexW-5" || setup.contains(L"competing")) {
     CHECK(ReadBytes(machine.UpdateList()) == kOldList);
     CHECK(support::FileNames(machine.Temp()).size() == 1);
   }
@@ -191,8 +194,8 @@ void CheckTraces(const Process& process, const Machine& machine, Setup& setup, c
   }
 }
 
-/// A second check of the process, in an interactive one perhaps after another product was installed.
-void PlayAgain(Process& process, Setup& setup, Row row) {
+/// A second check of the process; with "then" after another version was registered.
+void CheckAgain(Process& process, Setup& setup, Row row) {
   const bool other = setup.contains(L"then");
   if (other) support::SetRegistryText(support::MakerKey(Layout::one), L"Version", setup[L"then"]);
   const std::wstring first = WholeLog(process.interactive, row);
@@ -205,14 +208,19 @@ void PlayAgain(Process& process, Setup& setup, Row row) {
         (other || !process.interactive));
 }
 
-void Play(bool interactive, const Row& row) {
+void RunRow(bool interactive, const Row& row) {
   Setup setup = expected::Setup(kUsual + row[0]);
+  for (const auto& [word, value] : setup) {
+    CAPTURE(Utf8(word));
+    REQUIRE((kUsual + std::wstring(kOtherWords)).find(L'|' + word + L'=') != std::wstring::npos);
+  }
   if (setup.contains(interactive ? L"start-up" : L"interactive")) return;
   CAPTURE(Utf8(row[0]));
   CAPTURE(interactive);
+  REQUIRE((setup[L"refuse"].empty() || setup[L"refuse"].find(L'-') != std::wstring::npos));
   setup.try_emplace(L"build", setup[L"product"]);
   Machine machine;
-  Furnish(machine, setup);
+  Prepare(machine, setup);
   HttpServer server([&] {
     if (setup.contains(L"late")) support::WriteBytes(machine.Record(), Packs(setup.at(L"late"), "", ""));
     auto reply = Reply(_wtoi(setup.at(L"status").c_str()),
@@ -232,16 +240,16 @@ void Play(bool interactive, const Row& row) {
   const std::string plain = results.substr(results.starts_with("network ") ? 8 : 0);
   std::optional<support::ShareLock> taken;
   if (setup.contains(L"taken")) taken.emplace(machine.UpdateList(), FILE_SHARE_READ);
-  std::optional<Rival> rival;
-  if (setup.contains(L"rival")) rival.emplace();
+  std::optional<CompetingUtility> competing;
+  if (setup.contains(L"competing")) competing.emplace();
   std::optional<ImportHook<GetTickCount64>> clock;
   const auto hurry = [now = 0ull]() mutable { return now += 400000; };
   if (setup.contains(L"hours")) clock.emplace("GetTickCount64", hurry);
   const ULONGLONG start = GetTickCount64();
   CHECK(process.Check() == (interactive ? plain : results));
   const ULONGLONG waited = GetTickCount64() - start;
-  CHECK((!rival || (waited > 800 && waited < 5000)));
-  rival.reset();
+  CHECK((!competing || (waited > 800 && waited < 5000)));
+  competing.reset();
   taken.reset();
   CHECK_LOG(process.Entries(), WholeLog(interactive, row));
   CHECK(process.Log().find(L"Build Version : " + setup[L"build"] + L"\n\n") != std::wstring::npos);
@@ -249,7 +257,7 @@ void Play(bool interactive, const Row& row) {
   CHECK((setup[L"missing"] == L"DisplayIcon" || process.icon == machine.ProductFolder() + L"\\Qrt.exe"));
   CHECK(process.product_version == (interactive ? L"" : setup[L"build"]));
   CHECK(g_bProductInstalled == interactive);
-  if (!row[5].empty()) PlayAgain(process, setup, row);
+  if (!row[5].empty()) CheckAgain(process, setup, row);
   CHECK(Mirrors() == (interactive ? before : row[2].empty() ? plain : Utf8(row[2])));
   CHECK((interactive ? g_nUpdateCheckCount : process.sheet.SheetCheckCount) == 0);
   CHECK(process.Checks() == (row[5].empty() || setup.contains(L"then") ? 1 : 2));
@@ -259,7 +267,7 @@ void Play(bool interactive, const Row& row) {
   CHECK(ReadBytes(machine.UpdateList()).value_or("").size() <= 32 << 20);
   server.Stop();
   CheckTraces(process, machine, setup, row, server, asked);
-  // No interactive check once a start-up check has told.
+  // After a start-up check there is no interactive one.
   const std::wstring log = process.Log();
   g_nUpdateCheckCount = 1;
   if (interactive) process.Check();
@@ -268,10 +276,10 @@ void Play(bool interactive, const Row& row) {
 
 }  // namespace
 
-TEST_CASE("check: a step out of order, another's text, code or flag; a pack wrongly offered; a record lost") {
+TEST_CASE("check: entries, flags, mirrors, files and requests are those of its set-up") {
   for (Row row : support::Rows("integration/checks.txt")) {
     row.resize(6);
-    for (const bool interactive : {false, true}) Play(interactive, row);
+    for (const bool interactive : {false, true}) RunRow(interactive, row);
   }
 }
 
@@ -312,7 +320,7 @@ TEST_CASE("list file: only the file that was written is read, and nothing else c
   CHECK(names.size() == 2);
 }
 
-TEST_CASE("section names: the system's functions find others than the program's own reader is held to") {
+TEST_CASE("section names: the functions of the system find the names that the pure reader finds") {
   CheckRows("Section names", [](std::wstring_view in) {
     const Machine machine;
     const std::wstring file = machine.Temp() + L"\\list.ini";
@@ -322,7 +330,7 @@ TEST_CASE("section names: the system's functions find others than the program's 
     AppendSectionNames(platform::ReadProfileSectionNames(file, 8), whole);
     std::wstring joined = std::to_wstring(whole.size());
     for (const std::wstring& name : names) joined.append(L"|").append(name);
-    // What another code page would make of it, the own reader leaves open.
+    // The pure reader leaves the code page open.
     if (!in.starts_with(L"\u00FF\u00FE"))
       std::replace(joined.begin(), joined.end(), L'\u00E9', wchar_t{0xDCE9});
     return joined;

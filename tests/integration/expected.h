@@ -19,8 +19,9 @@ std::map<std::wstring, std::wstring> Setup(std::wstring_view text);
 
 }  // namespace expected
 
-/// For as long as what is returned lives: "WriteFile-112": every call of this function fails with this code;
-/// "held-1": the file is kept open, shared as said. Nothing for a text without "-".
+/// While the returned object exists, with "WriteFile-112" every call of this function fails with this code,
+/// with "held-1" the file is open and shared as the number says. Nothing happens for a text without "-"; an
+/// unknown function ends the program.
 std::shared_ptr<void> Obstruct(const std::wstring& what, const std::wstring& file = {});
 
 /// The log is exactly these entries.

@@ -17,7 +17,7 @@ namespace {
 std::vector<std::vector<std::wstring>> ReadRows(const char* file) {
   std::vector<std::vector<std::wstring>> rows;
   std::ifstream lines(std::filesystem::path(TAVREL_TESTS_FOLDER) / file);
-  for (std::string line; std::getline(lines, line);) {
+  for (const std::string& line : JoinedLines(lines)) {
     if (line.empty() || line[0] == '#') continue;
     rows.push_back(Split(std::filesystem::path(std::u8string(line.begin(), line.end())).wstring(), L';'));
   }

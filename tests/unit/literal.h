@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <istream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,20 @@ inline std::string Bytes(std::wstring_view text) {
   std::string bytes;
   for (const wchar_t c : text) bytes += static_cast<char>(c);
   return bytes;
+}
+
+/// The lines of a table; one that begins with four blanks continues the line above.
+inline std::vector<std::string> JoinedLines(std::istream& table) {
+  constexpr std::string_view kContinued = "    ";
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(table, line);) {
+    if (line.starts_with(kContinued) && !lines.empty()) {
+      lines.back() += line.substr(kContinued.size());
+    } else {
+      lines.push_back(line);
+    }
+  }
+  return lines;
 }
 
 /// The parts of a list or of several arguments: "a|b" is two texts, the empty text none.

@@ -35,8 +35,8 @@ void CheckRows(const char* name, std::wstring (*function)(std::wstring_view)) {
   std::ifstream file(std::filesystem::path(TAVREL_ROWS), std::ios::binary);
   INFO("table ", heading);
   unsigned rows = 0;
-  std::string line;
-  for (bool here = false; std::getline(file, line);) {
+  bool here = false;
+  for (const std::string& line : JoinedLines(file)) {
     const std::size_t arrow = line.rfind(" =>");
     if (line.starts_with("[") && arrow == line.npos) here = line.starts_with(heading);
     if (!here || line[0] == '#' || arrow == line.npos) continue;
@@ -48,4 +48,14 @@ void CheckRows(const char* name, std::wstring (*function)(std::wstring_view)) {
     ++rows;
   }
   REQUIRE(rows > 0);
+}
+
+std::vector<std::string> TableNames() {
+  std::ifstream file(std::filesystem::path(TAVREL_ROWS), std::ios::binary);
+  std::vector<std::string> names;
+  for (const std::string& line : JoinedLines(file)) {
+    if (line.starts_with('[') && line.rfind(" =>") == line.npos)
+      names.push_back(line.substr(1, line.find(':') - 1));
+  }
+  return names;
 }
