@@ -100,6 +100,7 @@ Function CheckFolder
   ${EndIf}
 FunctionEnd
 
+; NSIS has taken the folder after _?= already.
 Function un.CheckFolder
 FunctionEnd
 
