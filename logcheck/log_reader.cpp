@@ -128,27 +128,31 @@ Entry Neighbour(View line) {
 
 class Reader {
  public:
-  explicit Reader(std::vector<View> lines) : lines_(std::move(lines)) {}
+  Reader(std::vector<View> lines, const std::function<void(Run&&)>& take)
+      : lines_(std::move(lines)), take_(take) {}
 
-  std::vector<Run> Read() {
+  void Read() {
     for (std::size_t i = 0; i < lines_.size();) i += Take(i);
-    return std::move(runs_);
+    if (run_) take_(std::move(*run_));
   }
 
  private:
   Run& CurrentRun() {
-    if (runs_.empty()) runs_.emplace_back();
-    return runs_.back();
+    if (!run_) run_.emplace();
+    return *run_;
   }
 
   /// The field of the header that is number `order` of its lines. It begins a run unless the current run
   /// still waits for it.
   Run& HeaderField(int order) {
-    if (order <= header_ || runs_.empty() || !runs_.back().checks.empty()) runs_.emplace_back();
+    if (run_ && (order <= header_ || !run_->checks.empty())) {
+      take_(std::move(*run_));
+      run_.reset();
+    }
     header_ = order;
     started_ = false;
     unknown_behind_ = 0;
-    return runs_.back();
+    return CurrentRun();
   }
 
   bool TakeHeader(View line) {
@@ -206,7 +210,7 @@ class Reader {
 
   /// A number belongs to the entry before it when that announces one.
   bool TakeNumber(View line) {
-    if (unknown_behind_ > 0 || runs_.empty() || runs_.back().checks.empty()) return false;
+    if (unknown_behind_ > 0 || !run_ || run_->checks.empty()) return false;
     Entry& last = CurrentCheck().entries.back();
     const bool announced = last.text != nullptr && (last.text->text == update_texts::kStatusCode ||
                                                     last.text->text == update_texts::kOptionStatus);
@@ -235,7 +239,8 @@ class Reader {
   }
 
   std::vector<View> lines_;
-  std::vector<Run> runs_;
+  const std::function<void(Run&&)>& take_;
+  std::optional<Run> run_;
   int header_ = 0;                  ///< number of the last line of the header, 1 to 4
   bool started_ = false;            ///< the current check has its first frame line
   std::size_t unknown_behind_ = 0;  ///< unknown lines since the last entry
@@ -243,8 +248,8 @@ class Reader {
 
 }  // namespace
 
-std::vector<Run> ReadLog(View log) {
-  return Reader(SplitLines(log)).Read();
+void ReadLog(View log, const std::function<void(Run&&)>& take) {
+  Reader(SplitLines(log), take).Read();
 }
 
 }  // namespace logcheck

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,8 +35,9 @@ struct Run {
   std::vector<std::wstring> unknown;  ///< lines that no version of the utility writes
 };
 
-/// The runs of a log, in the order of the log. Lines end in LF, CR LF or CR; blank lines do not count. A run
-/// begins where a header begins. Lines before the first header are a run without a header.
-std::vector<Run> ReadLog(std::wstring_view log);
+/// Hands the runs of a log to `take`, in the order of the log. Lines end in LF, CR LF or CR; blank lines do
+/// not count. A run begins where a header begins. Entries before the first header are a run without a header.
+/// A text that is no log is one run without header and checks; an empty text is none.
+void ReadLog(std::wstring_view log, const std::function<void(Run&&)>& take);
 
 }  // namespace logcheck

@@ -84,33 +84,38 @@ class LogCheck {
   }
 
   void Check(const Input& input) {
-    const console::Input read = console::Read(input.path, kLogSizeLimit);
-    if (!read.error.empty()) return Fail(read.error);
-    const std::vector<logcheck::JudgedRun> runs = logcheck::JudgeLog(console::DecodeText(read.bytes));
-    const bool foreign = std::all_of(runs.begin(), runs.end(), [](const logcheck::JudgedRun& judged) {
-      return judged.run.checks.empty() && judged.run.utility.empty() && judged.run.time.empty();
+    std::wstring log;
+    {
+      const console::Input read = console::Read(input.path, kLogSizeLimit);
+      if (!read.error.empty()) return Fail(read.error);
+      log = console::DecodeText(read.bytes);
+    }
+    bool shown = false, last_is_good = false;
+    logcheck::ReadLog(log, [&](logcheck::Run&& run) {
+      const logcheck::JudgedRun judged = logcheck::JudgeRun(std::move(run));
+      // A folder may hold the logs of other programs.
+      const bool foreign = judged.run.checks.empty() && judged.run.utility.empty() && judged.run.time.empty();
+      if (foreign && !input.named) return;
+      if (!shown) PrintName(input.path);
+      shown = true;
+      if (!judged.verdicts.empty()) last_is_good = judged.verdicts.back().outcome <= logcheck::Outcome::none;
+      Show(judged, input.path);
     });
-    // A folder may hold the logs of other programs.
-    if (foreign && !input.named) return;
-    const auto last = std::find_if(runs.rbegin(), runs.rend(), [](const logcheck::JudgedRun& judged) {
-      return !judged.verdicts.empty();
-    });
-    if (last == runs.rend() || last->verdicts.back().outcome > logcheck::Outcome::none)
-      Worsen(console::kFound);
-    Show(runs, input.path);
+    if (last_is_good || (!shown && !input.named)) return;
+    Worsen(console::kFound);
+    if (!shown) PrintName(input.path);
+    if (!shown && IsText()) Print("  no run of the utility\n");
   }
 
-  void Show(const std::vector<logcheck::JudgedRun>& runs, const Path& path) {
-    if (!options_.summary && !options_.json)
-      Print((path == "-" ? "standard input" : console::PrintablePath(path)) + "\n");
-    for (const logcheck::JudgedRun& judged : runs) {
-      if (options_.summary) {
-        summary_.Add(judged, NameOf(path));
-      } else {
-        Print(options_.json ? logcheck::AsJson(judged, NameOf(path)) : logcheck::AsText(judged) + "\n");
-      }
-    }
-    if (runs.empty() && !options_.summary && !options_.json) Print("  no run of the utility\n");
+  bool IsText() const { return !options_.summary && !options_.json; }
+
+  void PrintName(const Path& path) {
+    if (IsText()) Print((path == "-" ? "standard input" : console::PrintablePath(path)) + "\n");
+  }
+
+  void Show(const logcheck::JudgedRun& judged, const Path& path) {
+    if (options_.summary) return summary_.Add(judged, NameOf(path));
+    Print(options_.json ? logcheck::AsJson(judged, NameOf(path)) : logcheck::AsText(judged) + "\n");
   }
 
   const CLI::App& app_;

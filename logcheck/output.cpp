@@ -124,13 +124,9 @@ Json CheckAsJson(const Check& check, const Verdict& verdict) {
 
 }  // namespace
 
-std::vector<JudgedRun> JudgeLog(std::wstring_view log) {
-  std::vector<JudgedRun> judged;
-  for (Run& run : ReadLog(log)) {
-    JudgedRun next{.run = std::move(run), .verdicts = {}};
-    for (const Check& check : next.run.checks) next.verdicts.push_back(Judge(check));
-    judged.push_back(std::move(next));
-  }
+JudgedRun JudgeRun(Run run) {
+  JudgedRun judged{.run = std::move(run), .verdicts = {}};
+  for (const Check& check : judged.run.checks) judged.verdicts.push_back(Judge(check));
   return judged;
 }
 

@@ -17,7 +17,7 @@ struct JudgedRun {
   std::vector<Verdict> verdicts;  ///< one for each check of the run
 };
 
-std::vector<JudgedRun> JudgeLog(std::wstring_view log);
+JudgedRun JudgeRun(Run run);
 
 /// The run for a person: at most 23 lines of at most 100 characters, safe on a terminal.
 std::string AsText(const JudgedRun& judged);

@@ -133,13 +133,13 @@ void Logs(const Text& in) {
 // Whatever a log holds, each of its lines is read once, and each check has advice.
 void LogRuns(const Text& in) {
   std::size_t lines = 0;
-  for (const logcheck::Run& run : logcheck::ReadLog(in)) {
+  logcheck::ReadLog(in, [&](const logcheck::Run& run) {
     lines += run.unknown.size();
     for (const logcheck::Check& check : run.checks) {
       assert(!check.entries.empty() && Judge(check).advice.ends_with('.'));
       lines += check.entries.size();
     }
-  }
+  });
   assert(lines <= in.size());
 }
 

@@ -40,10 +40,16 @@ Text Join(Lines lines) {
   return log;
 }
 
+std::vector<logcheck::Run> RunsOf(View log) {
+  std::vector<logcheck::Run> runs;
+  logcheck::ReadLog(log, [&](logcheck::Run&& run) { runs.push_back(std::move(run)); });
+  return runs;
+}
+
 /// Each run: what its header says, the outcomes of its checks, and the lines that are unknown.
 Text Read(View log) {
   Text result;
-  for (const logcheck::Run& run : logcheck::ReadLog(log)) {
+  for (const logcheck::Run& run : RunsOf(log)) {
     const Text mode = !run.by_product ? L"?" : *run.by_product ? L"product" : L"user";
     const Text rights = !run.administrator ? L"?" : *run.administrator ? L"admin" : L"user";
     result += L"[" + run.time + L" " + mode + L" " + run.utility + L" " + run.product + L" " + rights + L"]";
@@ -60,7 +66,7 @@ Text Read(View log) {
 Text Judged(Lines before, Lines entries = {}) {
   const Text log = Join({kEntriesStart}) + Join(before) + Join({kEntriesEnd, kUpdatesStart}) + Join(entries) +
                    Join({kUpdatesEnd});
-  const std::vector<logcheck::Run> runs = logcheck::ReadLog(log);
+  const std::vector<logcheck::Run> runs = RunsOf(log);
   REQUIRE(runs.size() == 1);
   REQUIRE(runs[0].checks.size() == 1);
   CHECK(runs[0].unknown.empty());
@@ -206,7 +212,7 @@ TEST_CASE("a check's outcome, code and step are those that decided it") {
 
 TEST_CASE("the advice names what helps") {
   const auto advise = [](Lines lines) {
-    const logcheck::Verdict verdict = Judge(logcheck::ReadLog(Join(lines))[0].checks[0]);
+    const logcheck::Verdict verdict = Judge(RunsOf(Join(lines))[0].checks[0]);
     return verdict.advice + (verdict.notes.empty() ? "" : " | " + verdict.notes.back());
   };
   const auto has = [](const std::string& advice, const char* part) {
