@@ -87,7 +87,7 @@ constexpr Code kCodes[] = {
     {.code = L"12027",
      .means = "the format of the request is invalid",
      .advice = "check URLUpdateInfo of the product"},
-    {.code = L"12029", .means = "the connection failed: refused, or nothing answers", .advice = kServerUp},
+    {.code = L"12029", .means = "the connection was refused, or nothing answers", .advice = kServerUp},
     {.code = L"12030", .means = "the connection was ended from the other side", .advice = kAgain},
     {.code = L"12031", .means = "the connection was reset", .advice = kAgain},
     {.code = L"12150", .means = "a header that was asked for is missing in the answer", .advice = kAgain},

@@ -14,7 +14,7 @@ This file is generated from the table in `logcheck/`: change that, then run `./d
 
 Every run that makes a check adds to the newest file `QRT_15_SystemTavrel_….log` in
 `C:\ProgramData\Varnexa\QRT15`. A file holds many runs, of all users of the computer. An entry is a line; an entry of
-two lines is shown here as one. The misspelt words are part of the texts: search for them as they stand.
+two lines is shown here as one. The misspelt words are part of the texts: search for them exactly as written.
 
 `logcheck` reads such files and tells for each run what happened and what to do:
 

@@ -113,7 +113,7 @@ std::size_t Match(const Text& known, View first_line, const std::vector<View>& l
   }
 }
 
-/// What follows `part` in `line`, where only the product's name may stand before it.
+/// What follows `part` in `line`, where only the product's name may come before it.
 std::optional<View> Behind(View part, View line) {
   part = text::Trim(part);
   const std::size_t at = line.find(part);
@@ -189,7 +189,7 @@ class Reader {
     started_ = !retry;
   }
 
-  /// Windows' message, in any language, stands before the entry that the record could not be read.
+  /// Windows' message, in any language, is the line before the entry that the record could not be read.
   void TakeMessageBefore(const Text& text) {
     if (text.text != update_texts::kRecordReadFailed) return;
     std::vector<std::wstring>& unknown = CurrentRun().unknown;
@@ -220,7 +220,7 @@ class Reader {
     return true;
   }
 
-  /// Takes what stands at line `first`; returns how many lines that are.
+  /// Reads the header line, entry or unknown line at `first`; returns how many lines it takes up.
   std::size_t Take(std::size_t first) {
     const View line = lines_[first];
     if (TakeHeader(text::Trim(line)) || TakeNumber(line)) return 1;

@@ -13,12 +13,12 @@ namespace logcheck {
 
 /// One entry of a check.
 struct Entry {
-  std::wstring line;           ///< as it stands, with the lines of a longer message joined by "\n"
+  std::wstring line;           ///< as in the log, with the lines of a longer message joined by "\n"
   const Text* text = nullptr;  ///< null: a number or Windows' message that belongs to a neighbouring entry
   std::wstring rest;           ///< what follows an open-ended text: code, message, path
 };
 
-/// One check of a run. Also what stands before its first frame line (settings) and behind its last (a failed
+/// One check of a run, with the lines before its first frame line (settings) and after its last (a failed
 /// launch).
 struct Check {
   std::vector<Entry> entries;

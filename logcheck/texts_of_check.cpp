@@ -30,10 +30,10 @@ constexpr auto kHistoryFailed = [] {
 
 constexpr Text kExchange[] = {
     {.text = update_texts::kHostMatched,
-     .means = "the update host of the settings stands in the product's URLUpdateInfo"},
+     .means = "the update host of the settings occurs in the product's URLUpdateInfo"},
     {.text = update_texts::kHostNotMatched,
      .means =
-         "the update host of the settings does not stand, letter for letter, in the product's URLUpdateInfo",
+         "the update host of the settings does not occur, letter for letter, in the product's URLUpdateInfo",
      .advice = "correct UPDATE_LOC in the user's korsa.ini, or empty it so that the built-in host is used"},
     {.text = update_texts::kUrlMode,
      .means = "UPDATE_LOC_URL is set in the user's korsa.ini, which switches the check off",

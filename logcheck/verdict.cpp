@@ -20,7 +20,7 @@ constexpr std::array<OutcomeText, 6> kOutcomes = {{
     {"none", "no update is offered"},
     {"failed", "the exchange with the server failed, or the log ends before the check does"},
     {"settings-mismatch", "the settings and the product's address of the list do not fit together"},
-    {"facts-missing", "a value of the product is missing, so that nothing could be compared"},
+    {"facts-missing", "a value of the product is missing (WARNING: 101), so nothing could be compared"},
     {"not-installed", "no product of version 15.0 is registered"},
 }};
 
@@ -79,7 +79,7 @@ std::wstring ErrorOf(const Entries& entries, const Entry& entry) {
 std::string Explain(const Text& text, std::wstring_view error) {
   std::string sentence(text.means);
   std::string_view advice = text.advice;
-  // Paths and messages stand in the entry itself.
+  // The entry itself shows paths and messages.
   const bool has_code = !error.empty() && error.find_first_not_of(L"0123456789") == error.npos;
   if (has_code) {
     const bool http = text.role == Role::odd_status || text.text == update_texts::kNotFound;
@@ -165,7 +165,7 @@ class Judgement {
       return Set(Outcome::facts_missing, FirstOf({missing}, *facts));
     }
     if (const Entry* mismatch = Find(entries_, Role::mismatch)) {
-      // Without an address in the registry no host can stand in it.
+      // The missing address is then the cause: no host can occur in it.
       Set(Outcome::settings_mismatch, FirstOf({Find(entries_, update_texts::kUrlMode), missing,
                                                Find(entries_, update_texts::kHostNotMatched)},
                                               *mismatch));

@@ -80,7 +80,7 @@ void CheckJudged(Lines before, Lines entries, const Text& outcome, View step = {
   CHECK(Literal(Judged(before, entries)) == Literal(outcome + L" @" + Text(text::Trim(step))));
 }
 
-/// The string literals of a header, joined as the compiler does, each with the constant that it stands in.
+/// The string literals of a header, joined as the compiler does, each with the name of its constant.
 std::vector<std::pair<std::string, Text>> LiteralsOf(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   std::string source, line, name;
