@@ -36,7 +36,7 @@ Run Perform(const Plan& plan, const std::function<void()>& act);
 /// Imports of a program, and what was looked up by name in this one, that touch files, the registry, the
 /// network or security and that no row of the table of functions covers.
 std::string UncoveredImports(const wchar_t* program);
-/// The program's clock stands at `now` for as long as what is returned lives.
+/// Stops the program's clock at `now` while the returned object exists.
 std::shared_ptr<void> StopClock(__time64_t now);
 
 struct Scene {
@@ -47,7 +47,8 @@ struct Scene {
   std::wstring (*act)(support::Machine&);  ///< its log entries and messages, "-- " and the results
 };
 const std::vector<Scene>& Scenes();
-/// What every scene finds: settings, a registered product with its executable, logs, and strangers' files.
-void Furnish(support::Machine& machine);
+/// Prepares what every scene finds: settings, a registered product with its executable, logs, and other
+/// files.
+void Prepare(support::Machine& machine);
 
 }  // namespace sweep

@@ -37,7 +37,7 @@ struct Session {
 };
 thread_local Session* session = nullptr;
 
-/// Counts a call and answers the code that it is to fail with.
+/// Counts a call and returns the code that it is to fail with.
 DWORD Enter(const Function& function, const std::wstring& subject) {
   if (function.codes.empty()) return 0;
   auto& [plan, run, open] = *session;
@@ -152,7 +152,7 @@ const Functions& Watched() {
     WATCH(0, Codes(12009), L"", InternetSetOptionW);
     WATCH(0, Codes(122, 12150, 127), L"", HttpQueryInfoW);
     WATCH(0, Codes(), L"-internet", InternetCloseHandle);
-    // Turns.
+    // Mutexes.
     WATCH(0, Codes(5), L"+object", CreateMutexW);
     WATCH(kCode, Codes(258, 4294967295), L"", WaitForSingleObject);
     WATCH(0, Codes(288), L"", ReleaseMutex);

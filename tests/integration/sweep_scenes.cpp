@@ -17,7 +17,7 @@ constexpr wchar_t kLogText[] = L"First entry\n\nSecond entry\n\n";
 constexpr char kSettings[] = "# kept\r\nCHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=TRUE\r\n[OTHER]\r\nA=1\r\n";
 constexpr wchar_t kOwnLog[] = L"\\QRT_15_SystemTavrel_01Jan2020_01_00_AM.log";
 
-/// What a check said, and its results; the last entry of an error must be its error text.
+/// The entries of a check and its results; the last error entry must be the error text.
 std::wstring PatchCheck(Machine& machine) {
   g_nUpdateCheckCount = 0;
   platform::g_nWaitLeftMs = 0;
@@ -55,7 +55,7 @@ std::wstring WriteLog(Machine&) {
 
 }  // namespace
 
-void Furnish(Machine& machine) {
+void Prepare(Machine& machine) {
   machine.Install(support::Layout::one);
   machine.PlaceExecutable(L"15.0.1.0");
   machine.WriteSettings(kSettings);
