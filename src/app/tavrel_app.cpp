@@ -3,7 +3,6 @@
 #include "app/custom_command_info.h"
 #include "app/tavrel_sheet.h"
 #include "framework/message_box.h"
-#include "log/system_log.h"
 #include "platform/folders.h"
 #include "platform/version_resource.h"
 #include "product/identity.h"
@@ -29,9 +28,7 @@ BOOL CQRTTavrelUtilityApp::InitInstance() {
     ShowSheet();
     return 0;
   }
-  SystemLog system_log;
-  system_log.AppendText(LogText());
-  system_log.OpenSystemLog();
+  DatedLog().OpenSystemLog();
   return 0;
 }
 

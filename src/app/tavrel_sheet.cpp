@@ -23,8 +23,8 @@ std::wstring AboutText() {
 CTavrelSheet::CTavrelSheet(RunState& run)
     : CPropertySheet(identity::kWindowTitle),
       SheetUpdateCheck(run),
-      run_log_(run, *this),
-      patch_page_(run, *this, run_log_),
+      run_(run),
+      patch_page_(run, *this),
       log_page_(*this) {
   AddPage(patch_page_);
   AddPage(log_page_);
@@ -33,7 +33,9 @@ CTavrelSheet::CTavrelSheet(RunState& run)
 
 INT_PTR CTavrelSheet::Run() {
   const INT_PTR result = DoModal();
-  run_log_.Write();
+  // The page writes the header, and a sheet that could not be shown had no page.
+  if (!run_.LaunchedFromPatchCheck && SheetLogText().empty()) WriteRegularRunHeader();
+  run_.DatedLog().OpenSystemLog();
   return result;
 }
 

@@ -4,11 +4,9 @@
 #include "settings/run_state.h"
 #include "ui/log_page.h"
 #include "ui/patch_apply.h"
-#include "ui/run_log.h"
 #include "update/sheet_check.h"
 
-/// The program's main window. Owns its pages, its own check's status and log, and the text that waits for the
-/// dated log file.
+/// The program's main window. Owns its pages and its own check's status and log.
 class CTavrelSheet : public CPropertySheet, public SheetUpdateCheck {
  public:
   /// Pages in the order of their tabs.
@@ -17,7 +15,7 @@ class CTavrelSheet : public CPropertySheet, public SheetUpdateCheck {
   /// `run` outlives the sheet.
   explicit CTavrelSheet(RunState& run);
 
-  /// As DoModal; the run's log is in the dated log file afterwards, whatever became of the sheet.
+  /// DoModal, then writes what is pending to the dated log file, also when the sheet could not be shown.
   INT_PTR Run();
 
  protected:
@@ -25,7 +23,7 @@ class CTavrelSheet : public CPropertySheet, public SheetUpdateCheck {
   bool OnCommand(int id) override;
 
  private:
-  RunLog run_log_;
+  RunState& run_;
   PatchApply patch_page_;
   CLogTrace log_page_;
 };

@@ -7,6 +7,7 @@
 
 void ActivityLog::AppendLogLine(std::wstring_view text) {
   log_text_.append(text).append(L"\n\n");
+  dated_log_.AppendEntry(text);
 }
 
 void ActivityLog::AppendNote(std::wstring_view text) {
@@ -16,11 +17,12 @@ void ActivityLog::AppendNote(std::wstring_view text) {
 void ActivityLog::WriteRunHeader() {
   administrator_ = IsRunningAsAdmin();
   build_line_ = InitialBuildLine();
-  for (const std::wstring& line : RunHeaderLines(administrator_, log_texts::kInvokedByProduct)) {
-    AppendLogLine(line);
-  }
+  const std::wstring header = RunHeader(administrator_, log_texts::kInvokedByProduct);
+  log_text_ += header;
+  dated_log_.SetHeader(header);
 }
 
 void ActivityLog::ApplyBuildVersionToLog(std::wstring_view file_version) {
   log_text::ReplaceBuildLine(log_text_, build_line_, file_version);
+  dated_log_.ApplyBuildVersion(build_line_, file_version);
 }

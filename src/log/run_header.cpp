@@ -9,17 +9,21 @@ std::wstring InitialBuildLine() {
   return std::wstring(identity::kProductLabel).append(log_texts::kBuildVersion);
 }
 
-std::array<std::wstring, 6> RunHeaderLines(bool administrator, std::wstring_view invoke_mode) {
-  const std::wstring rule(log_texts::kHeaderRule);
+std::wstring RunHeader(bool administrator, std::wstring_view invoke_mode) {
   const std::wstring title(identity::kWindowTitle);
-  std::wstring mode(log_texts::kAppMode);
-  mode.append(administrator ? log_texts::kAdmin : log_texts::kUser).append(log_texts::kUserMode);
-  return {rule,
-          std::wstring(title).append(log_texts::kFileVersion).append(g_strProgramFileVersion),
-          std::wstring(title)
-              .append(log_texts::kDateTime)
-              .append(platform::FormatLocalTime(log_texts::kDateTimeFormat)),
-          InitialBuildLine(),
-          rule,
-          mode.append(invoke_mode)};
+  const std::wstring lines[] = {
+      std::wstring(log_texts::kHeaderRule),
+      std::wstring(title).append(log_texts::kFileVersion).append(g_strProgramFileVersion),
+      std::wstring(title)
+          .append(log_texts::kDateTime)
+          .append(platform::FormatLocalTime(log_texts::kDateTimeFormat)),
+      InitialBuildLine(),
+      std::wstring(log_texts::kHeaderRule),
+      std::wstring(log_texts::kAppMode)
+          .append(administrator ? log_texts::kAdmin : log_texts::kUser)
+          .append(log_texts::kUserMode)
+          .append(invoke_mode)};
+  std::wstring header;
+  for (const std::wstring& line : lines) header.append(line).append(L"\n\n");
+  return header;
 }

@@ -4,21 +4,29 @@
 #include "log/log_text.h"
 #include "log/log_texts.h"
 #include "log/run_header.h"
+#include "log/system_log.h"
 
 void SheetLog::AppendSheetLine(std::wstring_view text, bool single) {
   if (text.empty()) return;
   sheet_log_.append(text).append(single ? L"\n" : L"\n\n");
 }
 
+void SheetLog::Append(std::wstring_view entry) {
+  if (entry.empty()) return;
+  AppendSheetLine(entry);
+  dated_log_.AppendEntry(entry);
+}
+
 bool SheetLog::WriteRegularRunHeader() {
   const bool administrator = IsRunningAsAdmin();
   g_strBuildLine = InitialBuildLine();
-  for (const std::wstring& line : RunHeaderLines(administrator, log_texts::kInvokedByUser)) {
-    AppendSheetLine(line);
-  }
+  const std::wstring header = RunHeader(administrator, log_texts::kInvokedByUser);
+  sheet_log_ += header;
+  dated_log_.SetHeader(header);
   return administrator;
 }
 
 void SheetLog::ApplyBuildVersionToLog(std::wstring_view file_version) {
   log_text::ReplaceBuildLine(sheet_log_, g_strBuildLine, file_version);
+  dated_log_.ApplyBuildVersion(g_strBuildLine, file_version);
 }

@@ -5,18 +5,25 @@
 
 #include "log/log_sink.h"
 
+class SystemLog;
+
 /// Copy of the build line that the last regular run header carried.
 inline std::wstring g_strBuildLine;
 
 /// The main sheet's running message text: what its checks logged and what its pages told the user.
 class SheetLog : public LogSink {
  public:
-  /// Adds `text` and "\n\n", or "\n" when `single`; an empty text adds nothing.
-  void AppendSheetLine(std::wstring_view text, bool single = false);
-  void Append(std::wstring_view entry) override { AppendSheetLine(entry); }
+  /// `dated_log` outlives this log.
+  explicit SheetLog(SystemLog& dated_log) : dated_log_(dated_log) {}
 
-  /// Appends the header of a run started by the user; copies the build line into `g_strBuildLine`. Returns
-  /// whether the process runs with administrator rights.
+  /// Adds `text` and "\n\n", or "\n" when `single`; an empty text adds nothing. The dated log does not get
+  /// it: for texts that another log has given to it already.
+  void AppendSheetLine(std::wstring_view text, bool single = false);
+  /// AppendSheetLine, and the same for the dated log.
+  void Append(std::wstring_view entry) override;
+
+  /// Appends the header of a run started by the user and makes it the dated log's; copies the build line into
+  /// `g_strBuildLine`. Returns whether the process runs with administrator rights.
   bool WriteRegularRunHeader();
   /// As ActivityLog::ApplyBuildVersionToLog, on this log.
   void ApplyBuildVersionToLog(std::wstring_view file_version);
@@ -25,5 +32,6 @@ class SheetLog : public LogSink {
   const std::wstring& SheetLogText() const { return sheet_log_; }
 
  private:
+  SystemLog& dated_log_;
   std::wstring sheet_log_;
 };

@@ -42,6 +42,15 @@ std::optional<std::vector<LogFileEntry>> FindLogFiles(const std::wstring& folder
 
 }  // namespace
 
+void SystemLog::SetHeader(std::wstring_view header) {
+  if (!header_written_) header_ = header;
+}
+
+void SystemLog::ApplyBuildVersion(std::wstring_view build_line, std::wstring_view file_version) {
+  log_text::ReplaceBuildLine(header_, build_line, file_version);
+  log_text::ReplaceBuildLine(pending_, build_line, file_version);
+}
+
 void SystemLog::AppendErrorLine(std::wstring_view text) {
   if (text.empty()) return;
   const std::wstring line = platform::FormatLocalTime(log_texts::kErrorLineFormat).append(text).append(L"\n");
@@ -50,6 +59,11 @@ void SystemLog::AppendErrorLine(std::wstring_view text) {
 }
 
 void SystemLog::OpenSystemLog() {
+  if (header_.empty() && pending_.empty()) return;
+  if (!g_strCurrentLogFile.empty() &&
+      WriteAtEnd(g_strCurrentLogFile, OPEN_EXISTING, {}) != Outcome::not_opened) {
+    return;
+  }
   const std::wstring common = platform::CommonAppDataFolder();
   if (common.empty()) return;
   const std::wstring folder = common + std::wstring(identity::kLogFolder);
@@ -95,11 +109,13 @@ SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long
   const platform::UniqueFile file = platform::OpenForWriting(path, disposition);
   if (!file) return Outcome::not_opened;
   std::string bytes(history);
-  bytes += platform::ToUtf8(log_text::Normalise(pending_));
+  bytes += platform::ToUtf8(log_text::Normalise(PendingText()));
   if (!platform::AppendAll(file.get(), log_text::WithCrLf(bytes))) {
     ReportException(GetLastError());
     return Outcome::failed;
   }
+  header_written_ = true;
+  header_.clear();
   pending_.clear();
   g_strCurrentLogFile = path;
   return Outcome::written;

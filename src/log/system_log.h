@@ -6,23 +6,29 @@
 /// Full path of the log file that was last written successfully; empty until then.
 inline std::wstring g_strCurrentLogFile;
 
-/// The dated log files under the common application data folder, and the text that waits to go into them.
-/// Nothing here is ever shown to the user.
+/// A run's account in the dated log files under the common application data folder: what waits to be written,
+/// in the order of events. Nothing here is ever shown to the user.
 class SystemLog {
  public:
-  /// Adds a run's log text to what the next write puts into the file.
-  void AppendText(std::wstring_view text) { pending_ += text; }
+  /// The text that the run's first write puts before everything else. A later call replaces it until then;
+  /// one after the first write has no effect, since a run has one header.
+  void SetHeader(std::wstring_view header);
+  /// Adds an entry and its separator to what the next write puts into the file.
+  void AppendEntry(std::wstring_view entry) { pending_.append(entry).append(L"\n\n"); }
+  /// Replaces the build line as log_text::ReplaceBuildLine does, in the texts not written yet.
+  void ApplyBuildVersion(std::wstring_view build_line, std::wstring_view file_version);
   /// Adds `text`, prefixed with the local time, as a line to the pending text and to the error text; an
   /// empty text adds nothing.
   void AppendErrorLine(std::wstring_view text);
 
-  /// Finds or creates the log file and writes the pending text to it, normalised, as UTF-8 without a mark and
-  /// with CRLF. After a successful write the pending text is empty and `g_strCurrentLogFile` names the file.
-  /// A folder that is missing or cannot be listed is silent; every other failure becomes an error line; the
-  /// pending text stays.
+  /// Writes what is pending, normalised, as UTF-8 without a mark and with CRLF, to the file that was written
+  /// last (`g_strCurrentLogFile`); where that is none or cannot be opened, to the file that it finds or
+  /// creates. After a successful write nothing is pending and `g_strCurrentLogFile` names the file. Nothing
+  /// happens when nothing is pending. A folder that is missing or cannot be listed is silent; every other
+  /// failure becomes an error line; what is pending stays so for the next call.
   void OpenSystemLog();
 
-  const std::wstring& PendingText() const { return pending_; }
+  std::wstring PendingText() const { return header_ + pending_; }
   const std::wstring& ErrorText() const { return error_text_; }
 
  private:
@@ -33,6 +39,8 @@ class SystemLog {
   Outcome WriteAtEnd(const std::wstring& path, unsigned long disposition, std::string_view history);
   void ReportException(unsigned long error);
 
+  std::wstring header_;
+  bool header_written_ = false;
   std::wstring pending_;
   std::wstring error_text_;
 };

@@ -10,7 +10,6 @@
 #include "ui/installer_launch.h"
 #include "ui/launch_parameters.h"
 #include "ui/readable_color.h"
-#include "ui/run_log.h"
 #include "ui/ui_texts.h"
 #include "update/check_patch.h"
 #include "update/process_state.h"
@@ -22,8 +21,8 @@ constexpr UINT kFirstCheckMessage = WM_APP + 1;
 
 }  // namespace
 
-PatchApply::PatchApply(RunState& run, SheetUpdateCheck& sheet, RunLog& run_log)
-    : CPropertyPage(IDD_UPDATES), run_(run), sheet_(sheet), run_log_(run_log) {}
+PatchApply::PatchApply(RunState& run, SheetUpdateCheck& sheet)
+    : CPropertyPage(IDD_UPDATES), run_(run), sheet_(sheet) {}
 
 void PatchApply::DoDataExchange(const CDataExchange& exchange) {
   DDX_Control(exchange, IDC_INSTALL, m_btnInstall);
@@ -45,7 +44,7 @@ bool PatchApply::OnInitDialog() {
     TakeStartUpResult();
     UpdatePageState();
     FocusSoon();
-    run_log_.Write();
+    run_.DatedLog().OpenSystemLog();
     return true;
   }
   if (g_nUpdateCheckCount == 0) m_bAdministrator = sheet_.WriteRegularRunHeader();
@@ -69,8 +68,6 @@ void PatchApply::OnFirstCheck() {
   if (g_bProductInstalled) TakeUpdaterPathFromSheet();
   m_bFirstCheckPending = false;
   ShowResult();
-  run_log_.Write();
-  TellSiblings();
 }
 
 bool PatchApply::OnSetActive() {
@@ -126,14 +123,15 @@ void PatchApply::OnInstallUpdates() {
   BeginWaitCursor();
   const std::wstring obstacle = LaunchObstacle(m_strUpdaterFolder, m_strUpdaterFile);
   if (!obstacle.empty()) {
-    sheet_.AppendSheetLine(obstacle);
-    ShowMessage(obstacle);
+    sheet_.Append(obstacle);
+    ShowMessage(obstacle + L"\n\n");
     return;
   }
   // No is the default: the product is closed without a chance to save.
   constexpr UINT kQuestion = MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2;
   if (m_bInteractiveMode && ShowMessage(ui_texts::kCloseProduct, kQuestion) != IDYES) return;
 
+  run_.DatedLog().OpenSystemLog();
   CloseRunningProduct();
   BuildUpdaterCommand();
   LaunchUpdate(m_strUpdaterFolder, m_strUpdaterCommand);
@@ -161,7 +159,6 @@ void PatchApply::OnRetry() {
     RetryPatchCheck();
   }
   ShowResult();
-  TellSiblings();
 }
 
 void PatchApply::RetryPatchCheck() {
@@ -226,6 +223,8 @@ void PatchApply::ShowResult() {
   DiscardInput();
   UpdatePageState();
   FocusSoon();
+  run_.DatedLog().OpenSystemLog();
+  TellSiblings();
 }
 
 HWND PatchApply::FocusChoice() const {

@@ -8,7 +8,6 @@
 #include "ui/page_state.h"
 #include "ui/update_options.h"
 
-class RunLog;
 class RunState;
 class SheetUpdateCheck;
 
@@ -16,9 +15,9 @@ class SheetUpdateCheck;
 /// file and starts the product's own update.
 class PatchApply : public CPropertyPage, private UpdateOptions {
  public:
-  /// All three outlive the page. In patch verification mode (`run.LaunchedFromPatchCheck`) the page shows the
+  /// Both outlive the page. In patch verification mode (`run.LaunchedFromPatchCheck`) the page shows the
   /// result of the check at start-up; otherwise it runs the sheet's check when it is first shown.
-  PatchApply(RunState& run, SheetUpdateCheck& sheet, RunLog& run_log);
+  PatchApply(RunState& run, SheetUpdateCheck& sheet);
 
  protected:
   void DoDataExchange(const CDataExchange& exchange) override;
@@ -47,11 +46,11 @@ class PatchApply : public CPropertyPage, private UpdateOptions {
   void UpdatePageState();
   void ShowState(const PageState& state);
   void ClearBeforeCheck();
+  /// After a check: shows its result, writes its log to the dated file, and tells the other page.
   void ShowResult();
 
   RunState& run_;
   SheetUpdateCheck& sheet_;
-  RunLog& run_log_;
 
   CStatic m_ctlNote;
   CButton m_btnInstall;

@@ -12,7 +12,7 @@ class UpdateEngine;
 /// The main sheet's own update check, its status and its log. The status lives as long as the sheet.
 class SheetUpdateCheck : public SheetLog {
  public:
-  explicit SheetUpdateCheck(RunState& run) : run_(run) {}
+  explicit SheetUpdateCheck(RunState& run) : SheetLog(run.DatedLog()), run_(run) {}
 
   std::wstring SheetTagOne;
   std::wstring SheetTagTwo;  ///< full path of the product executable

@@ -38,7 +38,7 @@ std::wstring Stage::LogFile() const {
   return names.size() == 1 ? LogFolder() + L"\\" + names[0] : std::wstring();
 }
 
-Run::Run(const std::wstring& program, const std::wstring& arguments)
+Run::Run(const std::wstring& program, const std::wstring& arguments, bool hidden)
     : job_(CreateJobObjectW(nullptr, nullptr)) {
   JOBOBJECT_EXTENDED_LIMIT_INFORMATION limit{};
   limit.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
@@ -46,6 +46,7 @@ Run::Run(const std::wstring& program, const std::wstring& arguments)
   std::wstring command = L"\"" + program + L"\" " + arguments;
   STARTUPINFOW start{};
   start.cb = sizeof start;
+  start.dwFlags = hidden ? STARTF_USESHOWWINDOW : 0;  // wShowWindow is SW_HIDE
   CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr,
                  &start, &process_);
   AssignProcessToJobObject(job_.get(), process_.hProcess);

@@ -26,7 +26,8 @@ struct Stage : support::Installation {
 /// What is not found in time is a null handle, which has no text and is neither enabled nor visible.
 class Run {
  public:
-  explicit Run(const std::wstring& program, const std::wstring& arguments = {});
+  /// `hidden`: as a program that is asked to hide its window starts another one.
+  explicit Run(const std::wstring& program, const std::wstring& arguments = {}, bool hidden = false);
   Run(const Run&) = delete;
   ~Run();
 

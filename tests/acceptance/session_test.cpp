@@ -40,6 +40,8 @@ std::string Text(const std::wstring& field, const char* line_end = "\n") {
   return std::regex_replace(Utf8(field), std::regex("\\|"), line_end);
 }
 
+constexpr char kFirstRule[] = "=========== Registered Data Entries Check : Start";
+
 int Count(std::string_view text, std::string_view part) {
   int count = 0;
   for (std::size_t at = 0; (at = text.find(part, at)) != text.npos; ++at) ++count;
@@ -65,6 +67,7 @@ struct Session {
   std::deque<Run> products;
   std::optional<Run> run;
   HWND save_dialog = nullptr;
+  bool hidden = false;
   std::string page, log_file;  ///< texts of the log page and the log file when they were looked at last
   std::optional<support::ShareLock> lock;
 
@@ -105,10 +108,11 @@ struct Session {
       support::WriteBytes(stage.ProgramFolder() + L"\\" + name + L".dll", "none");
     }
   }
+  void Hidden(const Fields&) { hidden = true; }
   void Begin(const Fields& f) {
     page.clear();
     run.reset();
-    run.emplace(stage.program, f[1]);
+    run.emplace(stage.program, f[1], std::exchange(hidden, false));
   }
   void Answered(const Fields&) { REQUIRE(run->Answered()); }
   void Ended(const Fields&) { CHECK(run->End() == "exit code 0"); }
@@ -188,7 +192,9 @@ struct Session {
     const std::string log = stage.Log();
     REQUIRE(log.starts_with(log_file));
     const std::string added = log.substr(log_file.size());
-    CHECK(added.ends_with(std::regex_replace(page, std::regex("\n\n"), "\r\n")));
+    // The file has the settings' lines between the header and the first check.
+    const std::string checks = page.substr(std::min(page.find(kFirstRule), page.size()));
+    CHECK_MESSAGE(log.ends_with(std::regex_replace(checks, std::regex("\n\n?"), "\r\n")), log);
     CHECK(Count(added, "\r\n") == std::stoi(f[1]));
     CHECK(Count(added, Text(f[2], "\r\n")) == 1);
     log_file = log;
@@ -214,14 +220,15 @@ struct Session {
 using S = Session;
 using Step = void (S::*)(const Fields&);
 const std::map<std::wstring, Step> kSteps{
-    {L"server", &S::Server}, {L"fact", &S::Fact},       {L"write", &S::Write},
-    {L"lock", &S::Lock},     {L"plant", &S::Plant},     {L"launch", &S::Launch},
-    {L"begin", &S::Begin},   {L"start", &S::Start},     {L"answered", &S::Answered},
-    {L"ended", &S::Ended},   {L"press", &S::Press},     {L"command", &S::Command},
-    {L"keys", &S::Keys},     {L"box", &S::Box},         {L"save", &S::Save},
-    {L"page", &S::Page},     {L"painted", &S::Painted}, {L"ticked", &S::Ticked},
-    {L"log", &S::Log},       {L"place", &S::Place},     {L"log file", &S::LogFile},
-    {L"file", &S::File},     {L"running", &S::Running}, {L"connected", &S::Connected}};
+    {L"server", &S::Server},      {L"fact", &S::Fact},   {L"write", &S::Write},
+    {L"lock", &S::Lock},          {L"plant", &S::Plant}, {L"launch", &S::Launch},
+    {L"hidden", &S::Hidden},      {L"begin", &S::Begin}, {L"start", &S::Start},
+    {L"answered", &S::Answered},  {L"ended", &S::Ended}, {L"press", &S::Press},
+    {L"command", &S::Command},    {L"keys", &S::Keys},   {L"box", &S::Box},
+    {L"save", &S::Save},          {L"page", &S::Page},   {L"painted", &S::Painted},
+    {L"ticked", &S::Ticked},      {L"log", &S::Log},     {L"place", &S::Place},
+    {L"log file", &S::LogFile},   {L"file", &S::File},   {L"running", &S::Running},
+    {L"connected", &S::Connected}};
 
 }  // namespace
 

@@ -46,7 +46,7 @@ std::wstring StartUp(Machine&) {
 std::wstring WriteLog(Machine&) {
   g_strCurrentLogFile.clear();
   SystemLog log;
-  log.AppendText(kLogText);
+  log.AppendEntry(L"First entry\n\nSecond entry");
   log.OpenSystemLog();
   std::wstring left = log.PendingText();
   text::ReplaceAll(left, kLogText + log.ErrorText(), L"+kept");
