@@ -15,6 +15,31 @@ platform::SystemFunction<decltype(&::CoUninitialize)> UninitializeCom(ole, "CoUn
 
 CWinApp* g_application = nullptr;
 
+/// For the first ShowWindow of a process Windows takes what the starting program asked for instead of the
+/// argument. Hidden or minimised, a sheet or message box would wait unseen for ever; so a window that no
+/// display shows, a layered one without attributes, makes this first call.
+void SpendFirstShowWindow() {
+  STARTUPINFOW start = {};
+  start.cb = sizeof(start);
+  GetStartupInfoW(&start);
+  if ((start.dwFlags & STARTF_USESHOWWINDOW) == 0) return;
+  switch (start.wShowWindow) {
+    case SW_HIDE:
+    case SW_MINIMIZE:
+    case SW_SHOWMINIMIZED:
+    case SW_SHOWMINNOACTIVE:
+    case SW_FORCEMINIMIZE:
+      break;
+    default:
+      return;
+  }
+  const HWND window = CreateWindowExW(WS_EX_LAYERED | WS_EX_TOOLWINDOW, L"Static", nullptr,
+                                      WS_OVERLAPPEDWINDOW, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+  if (window == nullptr) return;
+  ShowWindow(window, SW_SHOWNORMAL);
+  DestroyWindow(window);
+}
+
 }  // namespace
 
 /// COM for the user-interface thread, as the shell's calls and dialogs want it.
@@ -50,20 +75,20 @@ int CWinApp::Run(HINSTANCE instance) {
 }
 
 BOOL CWinApp::InitInstance() {
-  com_wanted_ = true;
+  windows_wanted_ = true;
   return FALSE;
 }
 
 void CWinApp::PrepareWindows() {
   CWinApp* const self = g_application;
-  if (self == nullptr) return;
+  if (self == nullptr || !self->windows_wanted_) return;
+  self->windows_wanted_ = false;
   if (self->common_controls_ != 0) {
     const INITCOMMONCONTROLSEX classes{sizeof classes, self->common_controls_};
     common_controls::InitCommonControlsEx(&classes);
   }
-  if (self->com_wanted_) self->com_ = std::make_unique<ComSession>();
-  self->common_controls_ = 0;
-  self->com_wanted_ = false;
+  self->com_ = std::make_unique<ComSession>();
+  SpendFirstShowWindow();
 }
 
 int CWinApp::ExitInstance() {

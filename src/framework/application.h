@@ -39,23 +39,23 @@ class CWinApp {
   void SetRegistryKey(std::wstring_view name) { registry_key_ = name; }
   const std::wstring& RegistryKey() const { return registry_key_; }
 
-  /// Asks for the common controls of these classes (ICC_…). A run that shows nothing does not pay for them:
-  /// PrepareWindows carries it out.
+  /// Sets the classes of common controls (ICC_…) that PrepareWindows loads, so that a run without a window
+  /// does without them.
   void UseCommonControls(DWORD classes) { common_controls_ = classes; }
-  /// Makes ready what windows need and the run has asked for: common controls and COM, once. The framework
-  /// calls it before the first window, message box or dialog of the shell. What cannot be had is silently
-  /// left out.
+  /// Initialises common controls and COM, and sees to it that a program started hidden or minimised shows its
+  /// windows. The framework calls it before every window, message box and dialog of the shell; only the first
+  /// call after InitInstance has an effect. What fails is silently left out.
   static void PrepareWindows();
 
   /// Hands every argument of the process's command line to `info`.
   static void ParseCommandLine(CCommandLineInfo& info);
 
-  /// Ends what InitInstance began and returns the exit code. May be called early and again by `Run`.
+  /// Releases COM and returns the exit code. May be called early and again by `Run`.
   virtual int ExitInstance();
 
  protected:
-  /// Asks for COM, for the time from the first window on; an override calls it first. Returns whether a
-  /// message loop is to follow, which no program on this class needs: `Run` ignores it.
+  /// Enables PrepareWindows; an override calls it first. The return value, whether a message loop is to
+  /// follow, is ignored by `Run`.
   virtual BOOL InitInstance();
 
  private:
@@ -63,7 +63,7 @@ class CWinApp {
   CWnd* main_window_ = nullptr;
   std::wstring title_;
   std::wstring registry_key_;
-  DWORD common_controls_ = 0;  ///< classes asked for and not initialised yet
-  bool com_wanted_ = false;    ///< asked for and not initialised yet
+  DWORD common_controls_ = 0;
+  bool windows_wanted_ = false;  ///< PrepareWindows has not run yet
   std::unique_ptr<ComSession> com_;
 };

@@ -50,9 +50,6 @@ INT_PTR CPropertySheet::DoModal() {
   OnInitDialog();
   CenterOnMonitor(window);
   ShowWindow(window, SW_SHOWNORMAL);
-  // Who started the program may have asked for a hidden or minimised window; the first call obeys him instead
-  // of its argument, and nobody would ever see the sheet.
-  if (!IsWindowVisible(window) || IsIconic(window)) ShowWindow(window, SW_SHOWNORMAL);
   RunLoop();
   if (Handle() != nullptr) DestroyWindow(Handle());
   return result_;

@@ -12,6 +12,7 @@
 
 #include "app/tavrel_sheet.h"
 #include "framework/application.h"
+#include "framework/message_box.h"
 #include "platform/system_library.h"
 #include "resource.h"
 #include "support/import_hook.h"
@@ -52,14 +53,21 @@ struct Sheet : CTavrelSheet {
   }
 };
 
-/// The sheet, whose installation is started at once; closed if that does not end it.
+/// The sheet, with the installation started at once; closed if that does not end it.
 struct LaunchingSheet : CTavrelSheet {
   using CTavrelSheet::CTavrelSheet;
+  std::wstring log_folder;  ///< not there before the first attempt to write the log
   void OnInitDialog() override {
+    support::MakeFolder(log_folder);
     PostMessageW(PropSheet_GetCurrentPageHwnd(Handle()), WM_COMMAND, IDC_INSTALL, 0);
     PostMessageW(Handle(), WM_COMMAND, IDCANCEL, 0);
   }
 };
+
+void WINAPI HiddenStart(STARTUPINFOW* start) {
+  start->dwFlags = STARTF_USESHOWWINDOW;
+  start->wShowWindow = SW_HIDE;
+}
 
 }  // namespace
 
@@ -89,12 +97,6 @@ TEST_CASE("first moments: a log page without the check, a run without its header
     RunState run;
     Sheet sheet(run);
     sheet.closed_at_once = c.closed_at_once;
-    // As Windows does for a program that was started with a hidden window.
-    bool first = true;
-    const ImportHook<ShowWindow> show("ShowWindow", [&](HWND window, int how) {
-      const bool hides = window == sheet.Handle() && std::exchange(first, false);
-      return show.original(window, hides ? SW_HIDE : how);
-    });
     std::optional<ImportHook<PropertySheetW>> refused;
     if (!c.made) refused.emplace("PropertySheetW", 0u, -1);
     CHECK(sheet.Run() == c.result);
@@ -106,6 +108,20 @@ TEST_CASE("first moments: a log page without the check, a run without its header
     CHECK_MESSAGE(static_cast<std::size_t>(std::count(log.begin(), log.end(), '\n')) == c.log_lines, log);
     CHECK(log.find("Invoke Mode: Regular.") != log.npos);
   }
+}
+
+TEST_CASE("a program that was started hidden shows its first message box") {
+  CWinApp app;
+  app.Run(GetModuleHandleW(nullptr));
+  void** const slot = support::FindImport("GetStartupInfoW");
+  void* const original = support::ExchangeImport(slot, reinterpret_cast<void*>(&HiddenStart));
+  // Windows hides the window of the first call, and the call for a message box is its own.
+  int calls = 0;
+  const ImportHook<ShowWindow> show("ShowWindow", [&](auto...) { return ++calls, FALSE; });
+  const ImportHook<MessageBoxW> box("MessageBoxW", [&](auto...) { return calls; });
+  CHECK(ShowMessage(L"first") == 1);
+  CHECK(ShowMessage(L"second") == 1);
+  support::ExchangeImport(slot, original);
 }
 
 TEST_CASE("patch verification asks before it launches, leaks, or stops where no processes can be listed") {
@@ -141,13 +157,17 @@ TEST_CASE("patch verification asks before it launches, leaks, or stops where no 
     });
     const ImportHook<ShellExecuteW> shell("ShellExecuteW",
                                           [&](auto, auto, auto file, auto parameters, auto folder, auto) {
+                                            CHECK_FALSE(support::FileNames(machine.LogFolder()).empty());
                                             done += std::wstring(file) + L" " + parameters + L" in " + folder;
                                             return HINSTANCE{};
                                           });
     RunState run;
     run.LaunchedFromPatchCheck = true;
     run.IconPath = machine.ProductFolder() + L"\\Qrt.exe";
-    CHECK(LaunchingSheet(run).Run() == IDOK);
+    run.WriteRunHeader();
+    LaunchingSheet sheet(run);
+    sheet.log_folder = machine.LogFolder();
+    CHECK(sheet.Run() == IDOK);
     const std::wstring launched = L"cmd.exe /c \"Qrt.exe /update\" in " + machine.ProductFolder();
     CHECK(Utf8(done) == Utf8((listed ? L"ended, " : L"") + launched));
     CHECK(open.empty());
