@@ -9,6 +9,9 @@ namespace {
 // Commands of the system menu from here on are Windows' own.
 constexpr WPARAM kFirstSystemCommand = 0xF000;
 
+/// The sheet that DoModal opens; the callback of PropertySheetW is told the window alone.
+CPropertySheet* g_opening = nullptr;
+
 /// Moves `window` to the middle of its monitor's free area; what does not fit begins at its top left corner.
 void CenterOnMonitor(HWND window) {
   MONITORINFO monitor = {};
@@ -37,47 +40,46 @@ void CPropertySheet::AddPage(CPropertyPage& page) {
 }
 
 INT_PTR CPropertySheet::DoModal() {
-  ended_ = false;
-  result_ = -1;
   CWinApp::PrepareWindows();
-  const HWND window = Create();
-  if (window == nullptr) return result_;
-  if (!Attach(window)) {
-    DestroyWindow(window);
-    return result_;
-  }
-  ShowIcon();
-  OnInitDialog();
-  CenterOnMonitor(window);
-  ShowWindow(window, SW_SHOWNORMAL);
-  RunLoop();
-  if (Handle() != nullptr) DestroyWindow(Handle());
-  return result_;
+  const HINSTANCE instance = CWinApp::Current()->Instance();
+  std::vector<PROPSHEETPAGEW> pages;
+  pages.reserve(pages_.size());
+  for (CPropertyPage* page : pages_) pages.push_back(page->Header(instance));
+
+  PROPSHEETHEADERW header = {};
+  header.dwSize = sizeof(header);
+  header.dwFlags = PSH_PROPSHEETPAGE | PSH_USECALLBACK | PSH_NOAPPLYNOW | PSH_HASHELP | PSH_NOCONTEXTHELP;
+  header.hInstance = instance;
+  header.pszCaption = title_.c_str();
+  header.nPages = static_cast<UINT>(pages.size());
+  header.nStartPage = static_cast<UINT>(start_page_);
+  header.ppsp = pages.data();
+  header.pfnCallback = &CPropertySheet::OnCallback;
+  result_.reset();
+  g_opening = this;
+  const INT_PTR pressed = common_controls::PropertySheetW(&header);
+  g_opening = nullptr;
+  if (pressed == -1) return -1;
+  return result_.value_or(pressed > 0 ? IDOK : IDCANCEL);
 }
 
 void CPropertySheet::EndDialog(INT_PTR result) {
   result_ = result;
-  ended_ = true;
-  WakeLoop();
+  // Posted: the sheet's message loop looks whether it has ended after each message that it took from the
+  // queue.
+  PostMessageW(Handle(), PSM_PRESSBUTTON, result == IDOK ? PSBTN_OK : PSBTN_CANCEL, 0);
 }
 
-HWND CPropertySheet::Create() {
-  const HINSTANCE instance = CWinApp::Current()->Instance();
-  std::vector<PROPSHEETPAGEW> headers;
-  headers.reserve(pages_.size());
-  for (CPropertyPage* page : pages_) headers.push_back(page->Header(instance));
+int CALLBACK CPropertySheet::OnCallback(HWND window, UINT message, LPARAM) {
+  if (message == PSCB_INITIALIZED && g_opening != nullptr) g_opening->OnInitialized(window);
+  return 0;
+}
 
-  PROPSHEETHEADERW header = {};
-  header.dwSize = sizeof(header);
-  // Modeless, since only then can a page end the sheet with a result of its own; DoModal runs the loop.
-  header.dwFlags = PSH_PROPSHEETPAGE | PSH_MODELESS | PSH_NOAPPLYNOW | PSH_HASHELP | PSH_NOCONTEXTHELP;
-  header.hInstance = instance;
-  header.pszCaption = title_.c_str();
-  header.nPages = static_cast<UINT>(headers.size());
-  header.nStartPage = static_cast<UINT>(start_page_);
-  header.ppsp = headers.data();
-  const INT_PTR made = common_controls::PropertySheetW(&header);
-  return made == -1 ? nullptr : reinterpret_cast<HWND>(made);
+void CPropertySheet::OnInitialized(HWND window) {
+  Attach(window);
+  ShowIcon();
+  OnInitDialog();
+  CenterOnMonitor(window);
 }
 
 void CPropertySheet::ShowIcon() {
@@ -93,31 +95,6 @@ void CPropertySheet::ShowIcon() {
                SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-void CPropertySheet::RunLoop() {
-  while (!ended_ && Handle() != nullptr) {
-    MSG message;
-    const BOOL got = GetMessageW(&message, nullptr, 0, 0);
-    if (got == 0) PostQuitMessage(static_cast<int>(message.wParam));  // meant for whoever runs the outer loop
-    if (got == 0 || got == -1) return;
-    if (!PropSheet_IsDialogMessage(Handle(), &message)) {
-      TranslateMessage(&message);
-      DispatchMessageW(&message);
-    }
-    EndWhenClosed();
-  }
-}
-
-void CPropertySheet::EndWhenClosed() {
-  // A modeless sheet that was closed by OK or Cancel says so by having no current page.
-  if (ended_ || Handle() == nullptr || PropSheet_GetCurrentPageHwnd(Handle()) != nullptr) return;
-  EndDialog(PropSheet_GetResult(Handle()) > 0 ? IDOK : IDCANCEL);
-}
-
-void CPropertySheet::WakeLoop() {
-  // A message sent by another thread is answered inside GetMessage, which then goes on waiting.
-  if (Handle() != nullptr) PostMessageW(Handle(), WM_NULL, 0, 0);
-}
-
 bool CPropertySheet::OnCommand(int) {
   return false;
 }
@@ -125,12 +102,7 @@ bool CPropertySheet::OnCommand(int) {
 bool CPropertySheet::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
   switch (message) {
     case WM_COMMAND:
-      WakeLoop();
       if (OnCommand(LOWORD(wparam))) return true;
-      break;
-    case WM_CLOSE:
-    case PSM_PRESSBUTTON:
-      WakeLoop();
       break;
     case WM_SYSCOMMAND:
       if (wparam < kFirstSystemCommand && OnCommand(static_cast<int>(wparam))) return true;

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,14 +26,14 @@ class CPropertySheet : public CWnd {
   /// Resource identifier of the icon in the title bar and in the taskbar; 0: none.
   void SetIcon(int icon_id) { icon_id_ = icon_id; }
 
-  /// Shows the sheet and returns when it ended: IDOK, IDCANCEL or what EndDialog was given. -1 when the sheet
-  /// cannot be shown, at once, or when its window was destroyed by someone else.
+  /// Shows the sheet and returns when it has ended: IDOK, IDCANCEL or the value given to EndDialog; -1 at
+  /// once when the sheet cannot be shown.
   INT_PTR DoModal();
-  /// Ends DoModal with `result` as soon as the message in hand is done.
+  /// Ends DoModal with `result` after the messages that wait already.
   void EndDialog(INT_PTR result);
 
  protected:
-  /// The sheet's window stands, its first page is made.
+  /// The sheet's window exists and is not visible yet. Under Wine its pages do not exist yet.
   virtual void OnInitDialog() = 0;
   /// A command of a button of the sheet itself, of the system menu below 0xF000, or of F1 (kHelpCommand).
   /// True: handled.
@@ -41,16 +42,13 @@ class CPropertySheet : public CWnd {
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
 
  private:
-  HWND Create();
+  static int CALLBACK OnCallback(HWND window, UINT message, LPARAM lparam);
+  void OnInitialized(HWND window);
   void ShowIcon();
-  void RunLoop();
-  void EndWhenClosed();
-  void WakeLoop();
 
   std::wstring title_;
   std::vector<CPropertyPage*> pages_;
   int start_page_ = 0;
   int icon_id_ = 0;
-  bool ended_ = false;
-  INT_PTR result_ = -1;
+  std::optional<INT_PTR> result_;  ///< as given to EndDialog
 };

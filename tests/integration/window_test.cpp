@@ -25,22 +25,26 @@ using support::Utf8;
 
 namespace {
 
-constexpr int kLook = 1;
+constexpr int kBegin = 1001, kLook = 1002;
 
-/// The sheet, with its log page shown before anything else happens.
+/// The sheet, with its log page shown before the first check.
 struct Sheet : CTavrelSheet {
   using CTavrelSheet::CTavrelSheet;
 
   bool closed_at_once = false, seen = false;
 
   void OnInitDialog() override {
-    SendMessageW(Handle(), PSM_SETCURSEL, kLogPage, 0);
-    PostMessageW(Handle(), WM_COMMAND, kLook, 0);
-    if (closed_at_once) EndDialog(IDCANCEL);
+    if (closed_at_once) return EndDialog(IDCANCEL);
+    PostMessageW(Handle(), WM_COMMAND, kBegin, 0);
   }
-  /// The first check is done.
   bool OnCommand(int id) override {
+    if (id == kBegin) {
+      SendMessageW(Handle(), PSM_SETCURSEL, kLogPage, 0);
+      PostMessageW(Handle(), WM_COMMAND, kLook, 0);
+      return true;
+    }
     if (id != kLook) return CTavrelSheet::OnCommand(id);
+    // The first check is done.
     seen = IsWindowVisible(Handle()) != FALSE;
     const HWND page = PropSheet_GetCurrentPageHwnd(Handle());
     std::wstring log(10000, L'\0');
@@ -57,10 +61,13 @@ struct Sheet : CTavrelSheet {
 struct LaunchingSheet : CTavrelSheet {
   using CTavrelSheet::CTavrelSheet;
   std::wstring log_folder;  ///< not there before the first attempt to write the log
-  void OnInitDialog() override {
+  void OnInitDialog() override { PostMessageW(Handle(), WM_COMMAND, kBegin, 0); }
+  bool OnCommand(int id) override {
+    if (id != kBegin) return CTavrelSheet::OnCommand(id);
     support::MakeFolder(log_folder);
     PostMessageW(PropSheet_GetCurrentPageHwnd(Handle()), WM_COMMAND, IDC_INSTALL, 0);
     PostMessageW(Handle(), WM_COMMAND, IDCANCEL, 0);
+    return true;
   }
 };
 
