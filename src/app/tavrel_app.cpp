@@ -1,12 +1,27 @@
 #include "app/tavrel_app.h"
 
-#include "app/custom_command_info.h"
 #include "app/tavrel_sheet.h"
+#include "framework/command_line.h"
 #include "framework/message_box.h"
 #include "platform/folders.h"
 #include "platform/version_resource.h"
 #include "product/identity.h"
 #include "update/check_patch.h"
+
+namespace {
+
+/// The program's one parameter: "2" anywhere on the command line selects patch verification mode. No other
+/// parameter has an effect.
+class CustomCommandInfo : public CCommandLineInfo {
+ public:
+  int RegularMode = 1;  ///< 0 when the parameter was found
+
+  void ParseParam(const wchar_t* text, bool /*is_switch*/, bool /*is_last*/) override {
+    if (lstrcmpiW(text, L"2") == 0) RegularMode = 0;
+  }
+};
+
+}  // namespace
 
 BOOL CQRTTavrelUtilityApp::InitInstance() {
   InitialiseFramework();

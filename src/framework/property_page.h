@@ -4,10 +4,20 @@
 
 #include <prsht.h>
 
-#include "framework/data_exchange.h"
 #include "framework/window.h"
 
 class CPropertySheet;
+
+/// One exchange between a dialog's controls and its object's members.
+struct CDataExchange {
+  HWND dialog = nullptr;
+  bool saving = false;  ///< true: from the controls into the members
+};
+
+/// Attaches `control` to the dialog's control `id`, in both directions, when it is not attached yet.
+void DDX_Control(const CDataExchange& exchange, int id, CWnd& control);
+/// Check state of control `id`: 0 or 1.
+void DDX_Check(const CDataExchange& exchange, int id, int& value);
 
 /// A page of a property sheet, made from a dialog template when it is first shown.
 class CPropertyPage : public CWnd {

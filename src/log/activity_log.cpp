@@ -1,9 +1,9 @@
 #include "log/activity_log.h"
 
-#include "log/administrator.h"
-#include "log/log_text.h"
+#include "log/log_rules.h"
 #include "log/log_texts.h"
 #include "log/run_header.h"
+#include "platform/administrator.h"
 
 void ActivityLog::AppendLogLine(std::wstring_view text) {
   log_text_.append(text).append(L"\n\n");
@@ -15,7 +15,7 @@ void ActivityLog::AppendNote(std::wstring_view text) {
 }
 
 void ActivityLog::WriteRunHeader() {
-  administrator_ = IsRunningAsAdmin();
+  administrator_ = platform::IsRunningAsAdmin();
   build_line_ = InitialBuildLine();
   const std::wstring header = RunHeader(administrator_, log_texts::kInvokedByProduct);
   log_text_ += header;
@@ -23,6 +23,6 @@ void ActivityLog::WriteRunHeader() {
 }
 
 void ActivityLog::ApplyBuildVersionToLog(std::wstring_view file_version) {
-  log_text::ReplaceBuildLine(log_text_, build_line_, file_version);
+  log_rules::ReplaceBuildLine(log_text_, build_line_, file_version);
   dated_log_.ApplyBuildVersion(build_line_, file_version);
 }

@@ -1,10 +1,10 @@
 #include "log/sheet_log.h"
 
-#include "log/administrator.h"
-#include "log/log_text.h"
+#include "log/log_rules.h"
 #include "log/log_texts.h"
 #include "log/run_header.h"
 #include "log/system_log.h"
+#include "platform/administrator.h"
 
 void SheetLog::AppendSheetLine(std::wstring_view text, bool single) {
   if (text.empty()) return;
@@ -18,7 +18,7 @@ void SheetLog::Append(std::wstring_view entry) {
 }
 
 bool SheetLog::WriteRegularRunHeader() {
-  const bool administrator = IsRunningAsAdmin();
+  const bool administrator = platform::IsRunningAsAdmin();
   g_strBuildLine = InitialBuildLine();
   const std::wstring header = RunHeader(administrator, log_texts::kInvokedByUser);
   sheet_log_ += header;
@@ -27,6 +27,6 @@ bool SheetLog::WriteRegularRunHeader() {
 }
 
 void SheetLog::ApplyBuildVersionToLog(std::wstring_view file_version) {
-  log_text::ReplaceBuildLine(sheet_log_, g_strBuildLine, file_version);
+  log_rules::ReplaceBuildLine(sheet_log_, g_strBuildLine, file_version);
   dated_log_.ApplyBuildVersion(g_strBuildLine, file_version);
 }

@@ -7,8 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "log/log_file_choice.h"
-#include "log/log_text.h"
+#include "log/log_rules.h"
 #include "log/log_texts.h"
 #include "platform/clock.h"
 #include "platform/encoding.h"
@@ -24,15 +23,15 @@ namespace {
 constexpr std::size_t kHistoryLimit = 64 * 1024 * 1024;
 
 /// Nothing when the folder cannot be listed to its end: what is not seen must not count as missing.
-std::optional<std::vector<LogFileEntry>> FindLogFiles(const std::wstring& folder) {
-  std::vector<LogFileEntry> files;
+std::optional<std::vector<log_rules::LogFileEntry>> FindLogFiles(const std::wstring& folder) {
+  std::vector<log_rules::LogFileEntry> files;
   WIN32_FIND_DATAW data{};
   const platform::UniqueFind find(FindFirstFileW((folder + L"\\*.log").c_str(), &data));
   if (!find && GetLastError() == ERROR_FILE_NOT_FOUND) return files;
   if (!find) return std::nullopt;
   do {
     if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) continue;
-    if (!log_text::IsLogFileName(data.cFileName)) continue;
+    if (!log_rules::IsLogFileName(data.cFileName)) continue;
     const ULARGE_INTEGER time{{data.ftLastWriteTime.dwLowDateTime, data.ftLastWriteTime.dwHighDateTime}};
     files.push_back({data.cFileName, time.QuadPart});
   } while (FindNextFileW(find.get(), &data));
@@ -47,8 +46,8 @@ void SystemLog::SetHeader(std::wstring_view header) {
 }
 
 void SystemLog::ApplyBuildVersion(std::wstring_view build_line, std::wstring_view file_version) {
-  log_text::ReplaceBuildLine(header_, build_line, file_version);
-  log_text::ReplaceBuildLine(pending_, build_line, file_version);
+  log_rules::ReplaceBuildLine(header_, build_line, file_version);
+  log_rules::ReplaceBuildLine(pending_, build_line, file_version);
 }
 
 void SystemLog::AppendErrorLine(std::wstring_view text) {
@@ -68,9 +67,9 @@ void SystemLog::OpenSystemLog() {
   if (common.empty()) return;
   const std::wstring folder = common + std::wstring(identity::kLogFolder);
   if (!platform::DirectoryExists(folder)) return;
-  const std::optional<std::vector<LogFileEntry>> files = FindLogFiles(folder);
+  const std::optional<std::vector<log_rules::LogFileEntry>> files = FindLogFiles(folder);
   if (!files) return;
-  const std::optional<std::size_t> chosen = ChooseLogFile(*files);
+  const std::optional<std::size_t> chosen = log_rules::ChooseLogFile(*files);
   if (chosen) {
     AppendTo(folder, (*files)[*chosen].name);
   } else {
@@ -101,7 +100,7 @@ void SystemLog::AppendTo(const std::wstring& folder, const std::wstring& name) {
     }
     if (bytes) history = std::move(bytes);
   }
-  CreateFileIn(folder, log_text::WithLf(*history));
+  CreateFileIn(folder, log_rules::WithLf(*history));
 }
 
 SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long disposition,
@@ -109,8 +108,8 @@ SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long
   const platform::UniqueFile file = platform::OpenForWriting(path, disposition);
   if (!file) return Outcome::not_opened;
   std::string bytes(history);
-  bytes += platform::ToUtf8(log_text::Normalise(PendingText()));
-  if (!platform::AppendAll(file.get(), log_text::WithCrLf(bytes))) {
+  bytes += platform::ToUtf8(log_rules::Normalise(PendingText()));
+  if (!platform::AppendAll(file.get(), log_rules::WithCrLf(bytes))) {
     ReportException(GetLastError());
     return Outcome::failed;
   }

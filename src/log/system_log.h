@@ -15,7 +15,7 @@ class SystemLog {
   void SetHeader(std::wstring_view header);
   /// Adds an entry and its separator to what the next write puts into the file.
   void AppendEntry(std::wstring_view entry) { pending_.append(entry).append(L"\n\n"); }
-  /// Replaces the build line as log_text::ReplaceBuildLine does, in the texts not written yet.
+  /// Replaces the build line as log_rules::ReplaceBuildLine does, in the texts not written yet.
   void ApplyBuildVersion(std::wstring_view build_line, std::wstring_view file_version);
   /// Adds `text`, prefixed with the local time, as a line to the pending text and to the error text; an
   /// empty text adds nothing.

@@ -71,6 +71,13 @@ struct RegistryTraits {
   static Handle Invalid() { return nullptr; }
   static void Close(Handle handle) { RegCloseKey(handle); }
 };
+/// Brushes and fonts.
+template <class Object>
+struct GdiTraits {
+  using Handle = Object;
+  static Handle Invalid() { return nullptr; }
+  static void Close(Handle handle) { DeleteObject(handle); }
+};
 struct SidTraits {
   using Handle = PSID;
   static Handle Invalid() { return nullptr; }
@@ -82,6 +89,8 @@ using UniqueFile = UniqueHandle<FileTraits>;
 using UniqueSnapshot = UniqueHandle<FileTraits>;
 using UniqueFind = UniqueHandle<FindTraits>;
 using UniqueRegistryKey = UniqueHandle<RegistryTraits>;
+using UniqueBrush = UniqueHandle<GdiTraits<HBRUSH>>;
+using UniqueFont = UniqueHandle<GdiTraits<HFONT>>;
 using UniqueSid = UniqueHandle<SidTraits>;
 
 }  // namespace platform

@@ -12,7 +12,7 @@ HBRUSH FaceBrush() {
 
 CSysURL::CSysURL() : m_hbrBackground(FaceBrush()) {
   GetObjectW(GetStockObject(DEFAULT_GUI_FONT), sizeof(m_logFont), &m_logFont);
-  m_font = GdiOwner<HFONT>(CreateFontIndirectW(&m_logFont));
+  m_font.reset(CreateFontIndirectW(&m_logFont));
   m_hbrSpare = FaceBrush();
 }
 

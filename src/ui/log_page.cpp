@@ -3,7 +3,7 @@
 #include "framework/file_dialog.h"
 #include "framework/message_box.h"
 #include "framework/property_sheet.h"
-#include "log/log_text.h"
+#include "log/log_rules.h"
 #include "log/sheet_log.h"
 #include "log/system_log.h"
 #include "platform/encoding.h"
@@ -77,5 +77,5 @@ void CLogTrace::OnSave() {
 
 bool CLogTrace::SaveTo(const std::wstring& path) const {
   const platform::UniqueFile file = platform::OpenForWriting(path, CREATE_ALWAYS);
-  return file && platform::WriteAll(file.get(), log_text::WithCrLf(platform::ToUtf8(m_strLog)));
+  return file && platform::WriteAll(file.get(), log_rules::WithCrLf(platform::ToUtf8(m_strLog)));
 }

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <iterator>
 
-#include "log/log_text.h"
+#include "log/log_rules.h"
 #include "logcheck/verdict.h"
 #include "text/text.h"
 #include "ui/log_saving.h"
@@ -52,7 +52,7 @@ void Replacing(const Text& in) {
   std::vector<Text> parts = Split(in);
   const Text from = TakeFirst(parts), to = TakeFirst(parts), whole = TakeFirst(parts);
   Text log = whole;
-  log_text::ReplaceBuildLine(log, from, to);
+  log_rules::ReplaceBuildLine(log, from, to);
   assert(log == whole || (Contains(whole, from) && Contains(from, L"NA")));
 }
 
@@ -120,10 +120,10 @@ void Lists(const Text& in) {
 }
 
 void Logs(const Text& in) {
-  const Text normal = log_text::Normalise(in);
+  const Text normal = log_rules::Normalise(in);
   assert(normal.empty() == in.empty() && !Contains(normal, Text(in.size() / 9 + 2, L'\n')));
   const std::string bytes(in.begin(), in.end());
-  const std::string lines = log_text::WithLf(log_text::WithCrLf(bytes));
+  const std::string lines = log_rules::WithLf(log_rules::WithCrLf(bytes));
   assert(lines == (bytes.empty() || bytes.back() == '\n' ? bytes : bytes + '\n'));
   Text edit = EditText(in);
   text::ReplaceAll(edit, L"\r\n", L"\n");

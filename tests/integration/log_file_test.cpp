@@ -8,8 +8,8 @@
 
 #include "expected.h"
 #include "log/activity_log.h"
-#include "log/administrator.h"
 #include "log/sheet_log.h"
+#include "platform/administrator.h"
 #include "platform/files.h"
 #include "platform/wait.h"
 #include "support/machine.h"
@@ -149,7 +149,7 @@ TEST_CASE_FIXTURE(LogFolder, "an append waits for another process within the run
 TEST_CASE_FIXTURE(LogFolder,
                   "the dated log has the header, the settings and the check of a regular run, each once") {
   g_strProgramFileVersion = L"" TAVREL_FILE_VERSION;
-  CHECK(IsRunningAsAdmin() == (IsUserAnAdmin() != FALSE));
+  CHECK(platform::IsRunningAsAdmin() == (IsUserAnAdmin() != FALSE));
   ActivityLog activity;
   {
     const ImportHook<AccessCheck> granted(

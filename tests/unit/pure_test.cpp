@@ -6,8 +6,7 @@
 #include "console/terminal.h"
 #include "framework/command_line.h"
 #include "literal.h"
-#include "log/log_file_choice.h"
-#include "log/log_text.h"
+#include "log/log_rules.h"
 #include "packcheck/report.h"
 #include "text/text.h"
 #include "ui/log_saving.h"
@@ -103,9 +102,9 @@ Text Cut(View path) {
 }
 
 Text Choose(View times) {
-  std::vector<LogFileEntry> files;
+  std::vector<log_rules::LogFileEntry> files;
   for (const wchar_t c : times) files.push_back({L"", static_cast<std::uint64_t>(c) << 48});
-  const auto chosen = ChooseLogFile(files);
+  const auto chosen = log_rules::ChooseLogFile(files);
   return chosen ? std::to_wstring(*chosen) : L"new";
 }
 
@@ -182,16 +181,16 @@ const struct {
     {"Warnings", Warned},
     {"Printable",
      [](View in) { return console::DecodeText(console::Printable(std::string_view(Bytes(in)))); }},
-    {"Normalise", [](View in) { return log_text::Normalise(Text(in)); }},
+    {"Normalise", [](View in) { return log_rules::Normalise(Text(in)); }},
     {"Build line",
      [](View in) {
        std::vector<Text> parts = Split(in);
-       log_text::ReplaceBuildLine(parts[1], L"Varnexa 15.0 Build Version : NA", parts[0]);
+       log_rules::ReplaceBuildLine(parts[1], L"Varnexa 15.0 Build Version : NA", parts[0]);
        return parts[1];
      }},
-    {"CRLF", Widened<log_text::WithCrLf>},
-    {"LF", Widened<log_text::WithLf>},
-    {"Log name", [](View in) { return Text(log_text::IsLogFileName(in) ? L"log" : L"other"); }},
+    {"CRLF", Widened<log_rules::WithCrLf>},
+    {"LF", Widened<log_rules::WithLf>},
+    {"Log name", [](View in) { return Text(log_rules::IsLogFileName(in) ? L"log" : L"other"); }},
     {"Choose", Choose},
     {"Saved path", [](View in) { return Optional(SavedLogPath(in)); }},
     {"Regular page", [](View in) { return Page(true, in); }},

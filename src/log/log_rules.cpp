@@ -1,9 +1,9 @@
-#include "log/log_text.h"
+#include "log/log_rules.h"
 
 #include "log/log_texts.h"
 #include "text/text.h"
 
-namespace log_text {
+namespace log_rules {
 
 std::wstring Normalise(std::wstring text) {
   text::ReplaceAll(text, L"\n\n\n", L"\n");
@@ -43,4 +43,14 @@ bool IsLogFileName(std::wstring_view name) {
   return name.find(log_texts::kFilePrefix) != std::wstring_view::npos;
 }
 
-}  // namespace log_text
+std::optional<std::size_t> ChooseLogFile(const std::vector<LogFileEntry>& files) {
+  if (files.empty()) return std::nullopt;
+  if (files.size() == 2 && files[0].last_write == files[1].last_write) return std::nullopt;
+  std::size_t newest = 0;
+  for (std::size_t i = 1; i < files.size(); ++i) {
+    if (files[i].last_write >= files[newest].last_write) newest = i;
+  }
+  return newest;
+}
+
+}  // namespace log_rules

@@ -1,28 +1,29 @@
-#include "log/administrator.h"
+#include "platform/administrator.h"
 
 #include <windows.h>
 
 #include "platform/handles.h"
 
+namespace platform {
 namespace {
 
-// The right that the descriptor below grants and that the check asks for. Rights of an object type of our
-// own: the numbers only have to agree with each other.
+// The rights that the descriptor below grants and the check asks for. They belong to no object type of
+// Windows: the numbers only have to agree with each other.
 constexpr DWORD kRead = 1;
 constexpr DWORD kWrite = 2;
 
-platform::UniqueKernelHandle OpenOwnToken() {
+UniqueKernelHandle OpenOwnToken() {
   constexpr DWORD access = TOKEN_DUPLICATE | TOKEN_QUERY;
-  platform::UniqueKernelHandle token;
+  UniqueKernelHandle token;
   if (OpenThreadToken(GetCurrentThread(), access, TRUE, token.put())) return token;
   if (GetLastError() != ERROR_NO_TOKEN) return {};
   if (!OpenProcessToken(GetCurrentProcess(), access, token.put())) return {};
   return token;
 }
 
-platform::UniqueSid AdministratorsGroup() {
+UniqueSid AdministratorsGroup() {
   SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
-  platform::UniqueSid sid;
+  UniqueSid sid;
   if (!AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0,
                                 0, 0, 0, sid.put())) {
     return {};
@@ -43,14 +44,14 @@ bool IsGranted(HANDLE token, SECURITY_DESCRIPTOR& descriptor) {
 }  // namespace
 
 bool IsRunningAsAdmin() {
-  const platform::UniqueKernelHandle own = OpenOwnToken();
+  const UniqueKernelHandle own = OpenOwnToken();
   if (!own) return false;
-  platform::UniqueKernelHandle token;
+  UniqueKernelHandle token;
   if (!DuplicateToken(own.get(), SecurityImpersonation, token.put())) return false;
-  const platform::UniqueSid group = AdministratorsGroup();
+  const UniqueSid group = AdministratorsGroup();
   if (!group) return false;
 
-  // Room for one entry with the longest SID there is.
+  // Large enough for one entry with the longest SID.
   alignas(DWORD) BYTE storage[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE];
   ACL* acl = reinterpret_cast<ACL*>(storage);
   SECURITY_DESCRIPTOR descriptor{};
@@ -61,3 +62,5 @@ bool IsRunningAsAdmin() {
          SetSecurityDescriptorGroup(&descriptor, group.get(), FALSE) &&
          SetSecurityDescriptorOwner(&descriptor, group.get(), FALSE) && IsGranted(token.get(), descriptor);
 }
+
+}  // namespace platform

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Rules of the log that need no call of Windows: how its texts are written, which file gets them.
+namespace log_rules {
+
+/// Removes the blank lines between the entries of a log: replaces "\n\n\n" by "\n", then "\n\n" by "\n"
+/// twice, in one pass each over the whole text.
+std::wstring Normalise(std::wstring text);
+
+/// Replaces every `build_line` in `log` by that line with `file_version` in place of "NA".
+void ReplaceBuildLine(std::wstring& log, std::wstring_view build_line, std::wstring_view file_version);
+
+/// "\n" as carriage return and line feed, as a file in text mode has it.
+std::string WithCrLf(std::string_view text);
+/// The lines of a file read in text mode: every line, whatever its end, followed by "\n".
+std::string WithLf(std::string_view bytes);
+
+/// Whether a file of the log folder belongs to this program, by its name (case-sensitive, anywhere in it).
+bool IsLogFileName(std::wstring_view name);
+
+/// A log file as the folder lists it.
+struct LogFileEntry {
+  std::wstring name;
+  std::uint64_t last_write = 0;  ///< in any unit that grows with time
+};
+
+/// The file that a run's log is appended to, as an index into `files` (in enumeration order). Nothing when a
+/// new file is to be created: there is none, or exactly two have the same time. Of three or more the newest
+/// is taken, of equally new ones the one enumerated last.
+std::optional<std::size_t> ChooseLogFile(const std::vector<LogFileEntry>& files);
+
+}  // namespace log_rules
