@@ -63,7 +63,7 @@ Run::~Run() {
 std::string Run::End() const {
   DWORD code = 0;
   if (WaitForSingleObject(process_.hProcess, kLongestWaitMs) != WAIT_OBJECT_0) {
-    return "runs on, telling: " + WindowText(Control(IDC_MESSAGE));
+    return "runs on, showing: " + WindowText(Control(IDC_MESSAGE));
   }
   GetExitCodeProcess(process_.hProcess, &code);
   return "exit code " + std::to_string(code);

@@ -32,12 +32,12 @@ class Run {
   ~Run();
 
   bool Runs() const { return WaitForSingleObject(process_.hProcess, 0) == WAIT_TIMEOUT; }
-  /// Waits for the end of the process: "exit code 0", or what became of it instead.
+  /// Waits for the end of the process: "exit code 0", or what the page shows while it runs on.
   std::string End() const;
   /// Waits until the program has shown its window and waits for input.
   bool Idle() const;
-  /// Waits until the first page tells a result and everything done so far has been dealt with. The keyboard
-  /// is the sheet's from here on.
+  /// Waits until the first page shows a result and all earlier messages are handled. The sheet then has the
+  /// keyboard.
   bool Answered() const;
   HWND Sheet() const { return Find(true, nullptr); }
   /// Waits for a dialog that is neither the sheet nor `other`: a message box or the save dialog.
@@ -52,11 +52,11 @@ class Run {
 };
 
 bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds = 20000);
-/// What SendMessage answers; 0 when the program does not.
+/// SendMessage's result; 0 when the program does not answer.
 LRESULT Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0);
 /// Text of a window of another process, in UTF-8, lines ended by "\n".
 std::string WindowText(HWND window);
-/// Presses keys one after the other and lets go of them the other way round, as the keyboard does.
+/// Presses keys one after the other and releases them in the reverse order, as a keyboard does.
 void Press(const std::vector<BYTE>& keys);
 
 /// A list on the server with one pack: 15.0.2.7.

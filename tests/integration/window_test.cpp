@@ -78,7 +78,7 @@ void WINAPI HiddenStart(STARTUPINFOW* start) {
 
 }  // namespace
 
-TEST_CASE("first moments: a log page without the check, a run without its header, a sheet hidden for ever") {
+TEST_CASE("the log page shows the first check, and a run that ends before it leaves its header in the log") {
   const struct {
     bool made, closed_at_once;
     INT_PTR result;
@@ -131,7 +131,9 @@ TEST_CASE("a program that was started hidden shows its first message box") {
   support::ExchangeImport(slot, original);
 }
 
-TEST_CASE("patch verification asks before it launches, leaks, or stops where no processes can be listed") {
+TEST_CASE(
+    "patch verification writes its log and launches without a question, also when no processes can be "
+    "listed") {
   for (const bool listed : {false, true}) {
     support::Machine machine;
     machine.PlaceExecutable(L"15.0.2.5");
@@ -181,7 +183,7 @@ TEST_CASE("patch verification asks before it launches, leaks, or stops where no 
   }
 }
 
-TEST_CASE("a library or a function that is not there crashes, or its call does not say why it failed") {
+TEST_CASE("a call of a missing library or function fails with the reason") {
   const struct {
     const wchar_t* library;
     const char* function;
