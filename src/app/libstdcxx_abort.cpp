@@ -1,7 +1,6 @@
-// What the language's runtime does where it cannot go on: the program ends at once and without a word. The
-// runtime's own ends throw, which brings the unwinder, the printing of an exception's name and the locks of
-// threads into a program that has no use for them, and show a box that a start by the product has to be
-// spared. The tests keep the runtime's.
+// Replaces libstdc++'s throwing failure handlers, which would link the unwinder, exception printing and
+// thread support, and would show a box in a run that the product started. The program ends at once instead.
+// The tests use libstdc++'s handlers.
 #include <windows.h>
 
 #include <cstdlib>
@@ -10,7 +9,7 @@
 
 namespace {
 
-/// What abort() answers, too.
+/// The exit code of abort().
 constexpr UINT kExitCode = 3;
 
 [[noreturn]] void End() {
@@ -40,7 +39,8 @@ extern "C" void __cxa_pure_virtual() {
   End();
 }
 
-// The library keeps these in one object: one that is missing here shows as all of them defined twice.
+// libstdc++ has these in one object file: if one is missing here, the linker reports all of them as
+// duplicates.
 namespace std {
 
 void __throw_bad_alloc() {
@@ -72,7 +72,8 @@ void __throw_out_of_range_fmt(const char*, ...) {
 }
 
 #if _GLIBCXX_RELEASE >= 13
-// From this release on texts keep one function in the library, in an object that throws and catches.
+// From this release on the library has one function of std::basic_string in an object file that throws and
+// catches.
 template void basic_string<char>::_M_replace_cold(char*, size_type, const char*, size_type, size_type);
 template void basic_string<wchar_t>::_M_replace_cold(wchar_t*, size_type, const wchar_t*, size_type,
                                                      size_type);

@@ -3,7 +3,7 @@
 #include "framework/application.h"
 #include "settings/run_state.h"
 
-/// The program: settles the run's shared state, then checks silently or opens the main sheet.
+/// The program: initialises the run's shared state, then checks silently or opens the main sheet.
 class CQRTTavrelUtilityApp : public CWinApp, public RunState {
  protected:
   /// Returns 0 on every path: the sheet is modal, no message loop follows.

@@ -51,7 +51,7 @@ bool CTavrelSheet::OnCommand(int id) {
       ShowMessage(AboutText(), MB_OK | MB_ICONINFORMATION, about_texts::kTitle);
       return true;
     case IDHELP:
-      // There is no help to show: the button closes the sheet.
+      // The program has no help: the button closes the sheet.
       EndDialog(IDCANCEL);
       return true;
     case kHelpCommand:

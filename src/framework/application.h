@@ -22,7 +22,7 @@ class CWinApp {
   static CWinApp* Current();
 
   /// InitInstance, then ExitInstance; returns the latter's value, the process's exit code. There is no
-  /// message loop of its own: what InitInstance shows is modal.
+  /// message loop: what InitInstance shows is modal.
   int Run(HINSTANCE instance);
 
   HINSTANCE Instance() const { return instance_; }
@@ -47,7 +47,7 @@ class CWinApp {
   /// call after InitInstance has an effect. What fails is silently left out.
   static void PrepareWindows();
 
-  /// Hands every argument of the process's command line to `info`.
+  /// Calls `info` for every argument of the process's command line.
   static void ParseCommandLine(CCommandLineInfo& info);
 
   /// Releases COM and returns the exit code. May be called early and again by `Run`.

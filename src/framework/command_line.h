@@ -13,6 +13,6 @@ class CCommandLineInfo {
   ~CCommandLineInfo() = default;
 };
 
-/// Hands `arguments` (the program name first, as the C runtime splits them) to `info`. Of one leading "/" or
-/// "-" only the first character is taken off.
+/// Calls `info` for each of `arguments` but the first, the program's name. Only one leading "/" or "-" is
+/// removed.
 void ParseArguments(int count, const wchar_t* const* arguments, CCommandLineInfo& info);

@@ -20,7 +20,7 @@ bool IsClosingKey(const MSG& message) {
   return message.wParam == (alt ? VK_F4 : VK_ESCAPE);
 }
 
-/// A dialog procedure answers these itself instead of leaving its answer in DWLP_MSGRESULT.
+/// A dialog procedure returns the result of these messages directly instead of in DWLP_MSGRESULT.
 bool IsColorMessage(UINT message) {
   return message >= WM_CTLCOLORMSGBOX && message <= WM_CTLCOLORSTATIC;
 }

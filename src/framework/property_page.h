@@ -36,8 +36,8 @@ class CPropertyPage : public CWnd {
   void FocusSoon();
   /// Calls OnSiblingChanged of every page whose window was made.
   void TellSiblings();
-  /// For a thread that was blocked: drops the clicks on this page and the keys that came meanwhile. They were
-  /// meant for what stood there then. Only the wish to leave (Escape, Alt+F4) is kept.
+  /// For a thread that was blocked: drops the clicks on this page and the keys that came meanwhile, since the
+  /// user meant what the page showed then. Escape and Alt+F4 still close the sheet.
   void DiscardInput();
 
   /// Runs DoDataExchange in the given direction.

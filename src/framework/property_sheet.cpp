@@ -9,7 +9,7 @@ namespace {
 // Commands of the system menu from here on are Windows' own.
 constexpr WPARAM kFirstSystemCommand = 0xF000;
 
-/// The sheet that DoModal opens; the callback of PropertySheetW is told the window alone.
+/// The sheet that DoModal opens: the callback of PropertySheetW gets nothing but the window.
 CPropertySheet* g_opening = nullptr;
 
 /// Moves `window` to the middle of its monitor's free area; what does not fit begins at its top left corner.
@@ -65,8 +65,7 @@ INT_PTR CPropertySheet::DoModal() {
 
 void CPropertySheet::EndDialog(INT_PTR result) {
   result_ = result;
-  // Posted: the sheet's message loop looks whether it has ended after each message that it took from the
-  // queue.
+  // Posted, because the sheet's loop checks only after a message of the queue whether the sheet has ended.
   PostMessageW(Handle(), PSM_PRESSBUTTON, result == IDOK ? PSBTN_OK : PSBTN_CANCEL, 0);
 }
 

@@ -68,8 +68,7 @@ void CWnd::PaintBeforeBlocking() {
   if (handle_ == nullptr) return;
   RedrawWindow(handle_, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
   GdiFlush();
-  // Looking for a message that nobody sends: a display driver that collects what was drawn sends it off when
-  // the queue has nothing to give.
+  // An empty PeekMessage makes display drivers that collect drawing, such as Wine's, flush it.
   MSG message;
   PeekMessageW(&message, handle_, kUnusedMessage, kUnusedMessage, PM_NOREMOVE);
 }

@@ -4,8 +4,8 @@
 
 #include <string>
 
-/// An object that stands for a window it does not own. While attached, the object sees the window's messages
-/// first; when the window is destroyed the object lets go of it by itself.
+/// An object for a window that it does not own. While attached, the object gets the window's messages first.
+/// It detaches itself when the window is destroyed.
 class CWnd {
  public:
   CWnd() = default;
@@ -28,15 +28,15 @@ class CWnd {
   void Show(bool show);
   /// Invalidates the whole window, erases it and paints at once.
   void RedrawNow();
-  /// Paints whatever is invalid in the window and its children and hands it to the screen, for a thread that
-  /// is about to stop answering messages for a while.
+  /// Paints the invalid parts of the window and its children and has the screen show them, for a thread that
+  /// is about to block.
   void PaintBeforeBlocking();
 
  protected:
   /// Called for each message before the window's own procedure. True: handled, `result` is the answer.
   virtual bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result);
-  /// A WM_CTLCOLOR… message that the parent sent back to this control. A brush answers it; null leaves it to
-  /// the parent's default.
+  /// A WM_CTLCOLOR… message that the parent sent back to this control. Returns the brush for it; null leaves
+  /// it to the parent's default.
   virtual HBRUSH OnReflectedColor(UINT message, HDC context);
 
   /// The window's own processing of a message.

@@ -29,7 +29,7 @@ inline constexpr std::wstring_view kUpdateFailed = L"Error in System Tavrel Log 
 inline constexpr std::string_view kHistoryFailed =
     "Error in System Tavrel Log File updates while reading old history informations.";
 
-/// Stands before a Windows error code that is logged as an entry of its own.
+/// Precedes a Windows error code that is logged as a separate entry.
 inline constexpr std::wstring_view kError = L"Error : ";
 
 }  // namespace log_texts

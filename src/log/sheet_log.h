@@ -10,14 +10,14 @@ class SystemLog;
 /// Copy of the build line that the last regular run header carried.
 inline std::wstring g_strBuildLine;
 
-/// The main sheet's running message text: what its checks logged and what its pages told the user.
+/// The main sheet's running message text: what its checks logged and what its pages showed the user.
 class SheetLog : public LogSink {
  public:
   /// `dated_log` outlives this log.
   explicit SheetLog(SystemLog& dated_log) : dated_log_(dated_log) {}
 
   /// Adds `text` and "\n\n", or "\n" when `single`; an empty text adds nothing. The dated log does not get
-  /// it: for texts that another log has given to it already.
+  /// it: for texts that the dated log has from another log already.
   void AppendSheetLine(std::wstring_view text, bool single = false);
   /// AppendSheetLine, and the same for the dated log.
   void Append(std::wstring_view entry) override;

@@ -13,6 +13,6 @@ std::wstring LaunchObstacle(const std::wstring& folder, const std::wstring& file
 /// Returns whether the process list was walked to its end.
 bool CloseRunningProduct();
 
-/// Has the command interpreter carry out `parameters` in `folder`, without a window, and does not wait for
-/// it. What comes of it is not reported.
+/// Has the command interpreter run `parameters` in `folder`, without a window, and does not wait for it. A
+/// failure is not reported.
 void LaunchUpdate(const std::wstring& folder, const std::wstring& parameters);

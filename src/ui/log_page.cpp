@@ -49,7 +49,7 @@ void CLogTrace::ShowLog() {
   if (m_strLog != log_.SheetLogText()) {
     m_strLog = log_.SheetLogText();
     m_edtLog.SetText(EditText(m_strLog));
-    // What came of the last check stands at the end.
+    // The end of the log has the result of the last check.
     const LRESULT end = GetWindowTextLengthW(m_edtLog.Handle());
     SendMessageW(m_edtLog.Handle(), EM_SETSEL, static_cast<WPARAM>(end), end);
     SendMessageW(m_edtLog.Handle(), EM_SCROLLCARET, 0, 0);

@@ -19,7 +19,7 @@ void OfferUpdates(const PageResults& results, PageState& state) {
 }
 
 void TellFailure(std::wstring_view detail, PageState& state) {
-  // A server that answered without the list is told apart from one that was not reached by the status number.
+  // The status number distinguishes a server that has no list from one that was not reached.
   const bool not_found = detail.find(ui_texts::kNotFoundStatus) != std::wstring_view::npos;
   state.text = not_found ? ui_texts::kListNotFound : ui_texts::kConnectionFailed;
   state.text += detail;

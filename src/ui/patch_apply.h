@@ -11,7 +11,7 @@
 class RunState;
 class SheetUpdateCheck;
 
-/// The sheet's first page: tells what a check found, retries it, keeps the two update options in the settings
+/// The sheet's first page: shows what a check found, retries it, keeps the two update options in the settings
 /// file and starts the product's own update.
 class PatchApply : public CPropertyPage, private UpdateOptions {
  public:
@@ -46,7 +46,7 @@ class PatchApply : public CPropertyPage, private UpdateOptions {
   void UpdatePageState();
   void ShowState(const PageState& state);
   void ClearBeforeCheck();
-  /// After a check: shows its result, writes its log to the dated file, and tells the other page.
+  /// After a check: shows its result, writes its log to the dated file, and refreshes the other page.
   void ShowResult();
 
   RunState& run_;
