@@ -10,6 +10,7 @@
 #include "log/activity_log.h"
 #include "log/sheet_log.h"
 #include "platform/administrator.h"
+#include "platform/error_text.h"
 #include "platform/files.h"
 #include "platform/wait.h"
 #include "support/machine.h"
