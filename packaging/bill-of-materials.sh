@@ -31,7 +31,6 @@ libraries() {
       $(package_of $cross libwinpthread.a)
     library libgcc-linux "$gcc" "compiler runtime" '^linux/' $(package_of g++ libgcc.a)
     library libstdc++-linux "$gcc" "C++ standard library" '^linux/' $(package_of g++ libstdc++.a)
-    library glibc LGPL-2.1-or-later "C library" '^linux/' $(package_of g++ libc.a)
     library nlohmann-json MIT "JSON" 'check([.]exe)?$' nlohmann-json3-dev "$(version_of nlohmann-json3-dev)"
     library cli11 BSD-3-Clause "command lines" 'check([.]exe)?$' libcli11-dev "$(version_of libcli11-dev)"
     library nsis 'Zlib AND CPL-1.0' "installer and uninstaller, with an LZMA decompressor" '-setup[.]exe$' \

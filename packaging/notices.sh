@@ -16,7 +16,6 @@ EOT
 print_package 'libgcc and libstdc++ (all programs): GPL 3 with the GCC Runtime Library Exception' \
   "$(i686-w64-mingw32-g++-posix -print-file-name=libgcc.a | xargs realpath | xargs dpkg-query --search | cut -d : -f 1)"
 print_package 'MinGW-w64 runtime and winpthreads (all .exe files)' mingw-w64-i686-dev
-print_package 'GNU C library (programs for Linux)' libc6-dev
 print_package 'JSON for Modern C++ (packcheck, logcheck)' nlohmann-json3-dev
 print_package 'CLI11 (packcheck, logcheck)' libcli11-dev
 print_package 'NSIS with its LZMA decompressor (installer and uninstaller)' nsis
