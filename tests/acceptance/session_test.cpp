@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <deque>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <regex>
 #include <set>
@@ -104,7 +106,12 @@ struct Session {
     support::SetRegistryText(key, f[1].c_str(), f[2]);
     if (f[2].empty()) support::RemoveRegistryValue(key, f[1].c_str());
   }
-  void Write(const Fields& f) { support::WriteBytes(stage.File(f[1]), Text(f[2], "\r\n")); }
+  void Write(const Fields& f) {
+    const std::wstring path = stage.File(f[1]);
+    // The utility keeps the settings file open for a moment after it has written it.
+    WaitUntil([&] { return std::ofstream(std::filesystem::path(path), std::ios::app).is_open(); });
+    support::WriteBytes(path, Text(f[2], "\r\n"));
+  }
   void Lock(const Fields& f) { lock.emplace(stage.File(f[1]), FILE_SHARE_READ); }
   void Launch(const Fields& f) {
     const std::wstring program = stage.File(f[1]);
