@@ -1,6 +1,6 @@
 #!/bin/bash
-# Runs the demo's scenes in patch verification mode with nginx and compares what a scene leaves with
-# scenes.txt.   scenes.sh ARCH BUILD [SCENE]…
+# Runs the demo's scenes in patch verification mode with nginx and compares the results with scenes.txt.
+#   scenes.sh ARCH BUILD [SCENE]…
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/lib.sh"
@@ -10,6 +10,13 @@ if [[ -z ${TAVREL_SANDBOX-} ]]; then exec "$repo/scripts/sandbox.sh" --name scen
 arch=$1 build=$(realpath -- "$2") scenes=" ${*:3} " failures=0
 output=$build/tests/acceptance/scenes-$arch
 wire='Host: updates.varnexa.example, User-Agent: QRT_15_TavrelUtility, Accept: text/[*]'
+
+# The table in the form that tests/support/table.h describes.
+table=$(sed -z 's/\n    //g' "${0%.sh}.txt" | sed '/^#/d; /^$/d')
+[[ $(awk -F';' 'NF != 5' <<<"$table") == '' ]] || die "a row of scenes.txt has not five columns"
+for scene in "${@:3}"; do
+  grep -q "^$scene;" <<<"$table" || die "scenes.txt has no scene '$scene'"
+done
 
 # Prints the scene's results as a row of the table; the line only if the log file has it, once and with CRLF.
 seen() {
@@ -21,12 +28,13 @@ seen() {
   printf '%s;%d;%s;%d;%s' "$scene" ${#windows} "$status" ${#record} "$line"
 }
 
-while IFS=';' read -r scene _ _ _ line; do
+while IFS=';' read -r scene windows status record line; do
   [[ $scenes == '  ' || $scenes == *" $scene "* ]] || continue
-  expected=$(grep "^$scene;" "${0%.sh}.txt")
+  printf -v line %b "$line"
+  expected="$scene;$windows;$status;$record;$line"
   timeout --foreground 60 "$repo/demo/scene.sh" "$scene" patch 0 "$output" "$build" || true
   [[ $(seen) == "$expected" ]] && continue
   printf '%s: expected "%s", saw "%s"\n' "$arch" "$expected" "$(seen)" >&2
   failures=1
-done < <(grep -v '^#' "${0%.sh}.txt")
+done <<<"$table"
 exit $failures

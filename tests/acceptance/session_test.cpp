@@ -39,9 +39,7 @@ constexpr wchar_t kLibraryRules[] = L"Software\\Wine\\AppDefaults\\QRTTavrelUtil
 /// The text of a field, where '|' ends a line; for "much" more than a log has.
 std::string Text(const std::wstring& field, const char* line_end = "\n") {
   if (field == L"much") return std::string(9999, 'x');
-  const std::string text = std::regex_replace(Utf8(field), std::regex("\\|"), line_end);
-  return std::regex_replace(text, std::regex("@MENU@"),
-                            "Start Menu / All Programs / Varnexa / Varnexa 15.0 Update");
+  return std::regex_replace(Utf8(field), std::regex("\\|"), line_end);
 }
 
 bool IsYes(const std::wstring& field) {
@@ -120,7 +118,7 @@ struct Session {
   }
   void Plant(const Fields& f) {
     constexpr wchar_t kRule[] = L"native,builtin";  // files before Wine's own
-    for (const std::wstring& name : support::Split(f[1], L' ')) {
+    for (const std::wstring& name : support::Split(f[1])) {
       RegSetKeyValueW(HKEY_CURRENT_USER, kLibraryRules, name.c_str(), REG_SZ, kRule, sizeof kRule);
       support::WriteBytes(stage.ProgramFolder() + L"\\" + name + L".dll", "none");
     }
@@ -140,7 +138,7 @@ struct Session {
   }
   void Keys(const Fields& f) {
     std::vector<BYTE> keys;
-    for (const std::wstring& name : support::Split(f[1], L' ')) keys.push_back(kKeys.at(name));
+    for (const std::wstring& name : support::Split(f[1])) keys.push_back(kKeys.at(name));
     ::Press(keys);
   }
   void Box(const Fields& f) {
@@ -227,8 +225,8 @@ struct Session {
   }
   void Running(const Fields& f) {
     std::string running;
-    for (const Run& product : products) running += product.Runs() ? "yes " : "no ";
-    CHECK(running == Utf8(f[1] + L" "));
+    for (const Run& product : products) running += product.Runs() ? "yes|" : "no|";
+    CHECK(running == Utf8(f[1] + L"|"));
   }
   void Connected(const Fields& f) {
     CHECK(WaitUntil([&] { return server.Connections() == std::stoul(f[1]); }));
@@ -255,7 +253,7 @@ const std::map<std::wstring, Step> kSteps{
 }  // namespace
 
 TEST_CASE("the program does what each step of a session expects") {
-  const auto rows = support::Rows("acceptance/sessions.txt");
+  const auto rows = support::Rows("acceptance/sessions.txt", 1, 4);
   for (auto row = rows.begin(); row != rows.end();) {
     const auto is_heading = [](const Fields& fields) { return fields[0] == L"session"; };
     const auto end = std::find_if(row + 1, rows.end(), is_heading);

@@ -1,5 +1,5 @@
 // One libFuzzer program for all parsers of the pure part: the first byte of an input tells which of them
-// takes the rest. With TAVREL_SHOW in the environment the rest is printed, as a row of the unit tests has it.
+// takes the rest. With TAVREL_SHOW in the environment the rest is printed, as a column of a table has it.
 #undef NDEBUG  // the rules are asserted
 #include <algorithm>
 #include <cassert>
@@ -9,9 +9,9 @@
 
 #include "log/log_rules.h"
 #include "logcheck/verdict.h"
+#include "support/table.h"
 #include "text/text.h"
 #include "ui/log_saving.h"
-#include "unit/literal.h"
 #include "update/decision.h"
 #include "update/pack_list.h"
 #include "update/record_text.h"

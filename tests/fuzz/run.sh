@@ -24,7 +24,7 @@ number=0
 while IFS= read -r row; do
   number=$((number + 1))
   for parser in {0..8}; do printf '%b' "$parser$row" >"$build/seeds/$number-$parser"; done
-done < <(sed -n 's/\(.*\) =>.*/\1/p' tests/unit/rows.txt)
+done < <(sed -z 's/\n    //g' tests/unit/rows.txt | sed -n '/^#/d; s/;[^;]*$//p')
 # 5: the reader of logs.
 sed -n 's/^| `\([^`]*\)`.*/\1 2/p' docs/log.md |
   split -l 8 --filter='(printf 5; cat) >"$FILE"' - "$build/seeds/log-"

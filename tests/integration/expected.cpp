@@ -6,21 +6,29 @@
 #include <shlwapi.h>
 #include <wininet.h>
 
-#include <cstdlib>
+#include <algorithm>
+#include <regex>
 
 #include "platform/error_text.h"
 #include "support/machine.h"
 #include "text/text.h"
 
 std::wstring expected::Log(std::wstring_view text) {
-  static const auto words = support::Rows("integration/log_words.txt");
+  static const auto words = support::Rows("integration/log_words.txt", 2, 2);
+  static const std::wregex word(L"[A-Z]+( [A-Z0-9]+)*");
   std::wstring log;
   for (std::wstring& part : support::Split(text)) {
     if (part.empty()) continue;
-    if (part.starts_with(L"@")) part.replace(0, 1, L"Registered data entries check, ");
-    if (part.starts_with(L"MESSAGE ")) part = platform::SystemMessage(std::stoul(part.substr(8)));
-    for (const auto& word : words) {
-      if (part == word[0]) part = word.size() == 2 ? word[1] : word[1] + L';' + word[2];
+    const auto known =
+        std::find_if(words.begin(), words.end(), [&](const Row& row) { return part == row[0]; });
+    if (known != words.end()) {
+      part = (*known)[1];
+    } else if (part.starts_with(L"MESSAGE ")) {
+      part = platform::SystemMessage(std::stoul(part.substr(8)));
+    } else if (part.starts_with(L"...")) {
+      part.replace(0, 3, L"Registered data entries check, ");
+    } else if (std::regex_match(part, word)) {
+      Refuse("unknown word of a log", part);
     }
     text::ReplaceAll(part, L"|", L"\n\n");
     log += part + L"\n\n";
@@ -38,12 +46,13 @@ std::map<std::wstring, std::wstring> expected::Setup(std::wstring_view text) {
 }
 
 std::shared_ptr<void> Obstruct(const std::wstring& what, const std::wstring& file) {
-  const auto parts = support::Split(what, L'-');
-  if (parts.size() < 2) return {};
-  const DWORD code = std::stoul(parts[1]);
-  if (parts[0] == L"held") return std::make_shared<support::ShareLock>(file, code);
+  if (what.empty()) return {};
+  std::wsmatch parts;
+  if (!std::regex_match(what, parts, std::wregex(L"(\\w+)-(\\d+)"))) Refuse("unknown obstacle", what);
+  const DWORD code = std::stoul(parts[2]);
+  if (parts[1] == L"held") return std::make_shared<support::ShareLock>(file, code);
 #define REFUSABLE(function, result) \
-  if (parts[0] == L"" #function)    \
+  if (parts[1] == L"" #function)    \
   return std::make_shared<support::ImportHook<function>>(#function, code, result)
   REFUSABLE(CreateDirectoryW, FALSE);
   REFUSABLE(CreateFileW, INVALID_HANDLE_VALUE);
@@ -52,5 +61,5 @@ std::shared_ptr<void> Obstruct(const std::wstring& what, const std::wstring& fil
   REFUSABLE(PathFileExistsW, FALSE);
   REFUSABLE(RegOpenKeyExW, static_cast<LSTATUS>(code));
   REFUSABLE(SHGetFolderPathW, E_FAIL);
-  std::abort();
+  Refuse("unknown obstacle", what);
 }

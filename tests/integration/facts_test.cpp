@@ -40,7 +40,6 @@ void SetValue(const std::wstring& value) {
   const auto parts = Split(Expand(value), L'#');
   const std::size_t equals = parts[0].find(L'=');
   std::wstring text = parts[0].substr(equals + 1);
-  std::replace(text.begin(), text.end(), L'~', L'\0');
   const auto number = [&](std::size_t i, std::size_t usual) {
     return parts.size() > i ? std::stoul(parts[i]) : usual;
   };
@@ -58,10 +57,10 @@ std::string FileOf(const char* lines) {
 
 TEST_CASE(
     "registered data: each reader asks the right key, falls back where it may, and logs what it found") {
-  for (const auto& row : Rows("integration/registry.txt")) {
+  for (const auto& row : Rows("integration/registry.txt", 6, 6)) {
     CAPTURE(Utf8(row[0] + L';' + row[1] + L';' + row[2]));
     const Machine machine;
-    for (const std::wstring& value : Split(row[2], L',')) SetValue(value);
+    for (const std::wstring& value : Split(row[2])) SetValue(value);
     RunState run;
     run.RegistryModeOne = row[1] != L"2";
     run.BuildMakerKeyPath();
@@ -101,7 +100,7 @@ TEST_CASE(
 TEST_CASE("the settings file is prepared from the user's own or the seed, and a failure stops nothing") {
   static constexpr wchar_t kMade[] = L"Profile settings directory created.|Server settings INI file copied.";
   static constexpr wchar_t kExists[] = L"Server settings INI file already exists.";
-  struct Row {
+  struct Case {
     const wchar_t* folder = L"\\Varnexa\\QRT15";  ///< is there at the start
     const char* own = nullptr;                    ///< the user's file, without its heading
     const char* seed = nullptr;                   ///< the same beside the program
@@ -110,7 +109,7 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
     const char* left = nullptr;  ///< the user's file in the end
     const wchar_t* log = kExists;
   };
-  for (const Row& row : std::vector<Row>{
+  for (const Case& row : std::vector<Case>{
            {.folder = L"", .seed = "CHECKUPDATES=TRUE", .left = "CHECKUPDATES=TRUE", .log = kMade},
            {.folder = L"\\Varnexa",
            .seed = "CHECKUPDATES=FALSE",
@@ -165,7 +164,7 @@ TEST_CASE("a settings folder that another start makes at the same moment is used
 TEST_CASE(
     "each key of the settings file is read, and a default is written only where the error key has none") {
   static constexpr char kDefaultHost[] = "updates.varnexa.example";
-  struct Row {
+  struct Case {
     const char* lines;
     bool was_url = false, url = false;  ///< a complete address: from the last check, from this one
     const char* location = kDefaultHost;
@@ -173,7 +172,7 @@ TEST_CASE(
     bool ignore = false;
     const char* left = nullptr;  ///< nullptr: as it was
   };
-  for (const Row& row : std::vector<Row>{
+  for (const Case& row : std::vector<Case>{
            {.lines = "A=b", .left = "A=b|IGNORE_PATCH_ERROR=FALSE"},
            {.lines = "IGNORE_PATCH_ERROR=", .was_url = true, .left = "IGNORE_PATCH_ERROR=FALSE"},
            {.lines = "IGNORE_PATCH_ERROR=no", .left = "IGNORE_PATCH_ERROR=FALSE"},

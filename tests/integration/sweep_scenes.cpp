@@ -40,7 +40,7 @@ std::wstring StartUp(Machine&) {
   run.WriteRunHeader();
   const wchar_t* const decision = run.PrepareServerSettings() ? L"-- +checks" : L"-- ";
   run.ResolveSettingsFile();
-  return run.LogText() + decision + run.SettingsFilePath;
+  return run.LogText() + decision + (run.SettingsFilePath.empty() ? L"" : L"+") + run.SettingsFilePath;
 }
 
 std::wstring WriteLog(Machine&) {

@@ -29,13 +29,11 @@ bool In(std::wstring_view text, std::wstring_view part) {
   return text.find(part) != text.npos;
 }
 
-/// Whether `report` has one of the texts: '~' between them, '|' for the end of an entry, '#' for the code.
-bool Has(const std::wstring& report, std::wstring texts, DWORD code = 0) {
-  text::ReplaceAll(texts, L"#", std::to_wstring(code));
-  text::ReplaceAll(texts, L"|", L"\n\n");
-  const std::vector<std::wstring> all = support::Split(texts, L'~');
-  return all.empty() ||
-         std::any_of(all.begin(), all.end(), [&](const std::wstring& text) { return In(report, text); });
+/// Whether `report` has the text, in which '|' stands between entries and '#' for the code.
+bool Has(const std::wstring& report, std::wstring text, DWORD code = 0) {
+  text::ReplaceAll(text, L"#", std::to_wstring(code));
+  text::ReplaceAll(text, L"|", L"\n\n");
+  return In(report, text);
 }
 
 /// Runs one scene on its own machine again and again, with another plan each time.
@@ -69,13 +67,15 @@ class SceneRunner {
     std::printf("sweep %-14s %4zu calls %5u runs %5u passed\n", scene_.name, calls_.size(), runs_, passed_);
   }
 
-  /// Every rule is complete, and a call needs it.
-  static void CheckRules() {
-    for (std::size_t i = 0; i < Rules().size(); ++i) {
-      CAPTURE(support::Utf8(Rules()[i][1] + L" " + Rules()[i][2]));
-      CHECK(Rules()[i].size() == 5);
-      CHECK(!Rules()[i].back().empty());
-      CHECK(used_.contains(static_cast<std::ptrdiff_t>(i)));
+  /// Every rule is needed by a call, and every allowed outcome occurs.
+  static void CheckTables() {
+    for (const Row& row : Rules()) {
+      CAPTURE(support::Utf8(row[1] + L" " + row[2]));
+      CHECK((!row[4].empty() && used_.contains(&row)));
+    }
+    for (const Row& row : Ends()) {
+      CAPTURE(support::Utf8(row[1]));
+      CHECK(used_.contains(&row));
     }
   }
 
@@ -116,12 +116,16 @@ class SceneRunner {
     for (const auto& [path, bytes] : after) {
       const auto was = before_.find(path);
       if (was != before_.end() && was->second == bytes) continue;
-      report_ += L", " + path + L"=" + std::wstring(bytes.begin(), bytes.end());
+      report_ += L"|" + path + L"=" + std::wstring(bytes.begin(), bytes.end());
       DeleteFileW(path.c_str());
       if (was != before_.end()) support::WriteBytes(path, was->second);
     }
-    text::ReplaceAll(report_, L"\r\n", L"/");
-    text::ReplaceAll(report_, root_, L"");
+    text::ReplaceAll(report_, L"\r\n", L"\n");
+    text::ReplaceAll(report_, machine_.SettingsFile(), L"korsa.ini");
+    text::ReplaceAll(report_, machine_.LogFolder() + L"\\QRT_15_SystemTavrel_", L"log:");
+    for (const std::wstring& folder : {machine_.Temp(), machine_.ProductFolder()}) {
+      text::ReplaceAll(report_, folder + L"\\", L"");
+    }
     report_ = std::regex_replace(report_, std::wregex(L"kor[0-9a-f]+\\.tmp"), L"kor.tmp");
     text::ReplaceAll(report_, L"updates-" + std::to_wstring(GetCurrentProcessId()), L"updates-own");
     scene_.arrange(machine_);
@@ -154,22 +158,24 @@ class SceneRunner {
                   Has(report_, L"|=========== Check Product Updates Availability : End ============|-- "),
               L"rule lines frame the check");
       require(both_or_none(L"| Error : ", L"+failed"), L"an error entry sets the failed flag");
-      require(both_or_none(L"| Error : 12002~| Error : 12007~| Error : 12029~| Error : 12150~| Error : 122|",
-                           L"+network"),
-              L"a listed code sets the network flag");
+      bool listed = false;
+      for (const wchar_t* code : {L"12002", L"12007", L"12029", L"12150", L"122"}) {
+        listed |= Has(report_, std::wstring(L"| Error : ") + code);
+      }
+      require(listed == Has(report_, L"+network"), L"a listed code sets the network flag");
       require(both_or_none(L"Update details found.", L"+updates"), L"the entry sets the updates flag");
       require(both_or_none(L"-- +warned",
                            L"|=========== Check Product Updates Availability : Start ===========|="),
               L"without the facts the user is warned and no server is asked");
-      require(both_or_none(L"Processed Installer update file exists in local.",
-                           L"\\installedupdates.dat=missing"),
-              L"the log names the deletion of the record");
+      require(
+          both_or_none(L"Processed Installer update file exists in local.", L"installedupdates.dat=missing"),
+          L"the log names the deletion of the record");
     }
-    static const auto ends = support::Rows("integration/sweep_ends.txt");
     const std::wstring end = report_.substr(report_.rfind(L"-- ") + 3);
-    require(std::any_of(ends.begin(), ends.end(),
-                        [&](const auto& row) { return In(row[0], letter_) && row[1] == end; }),
-            L"the outcome is allowed");
+    const auto allowed = std::find_if(Ends().begin(), Ends().end(),
+                                      [&](const Row& row) { return In(row[0], letter_) && row[1] == end; });
+    require(allowed != Ends().end(), L"the outcome is allowed");
+    if (allowed != Ends().end()) used_.insert(&*allowed);
     return broken;
   }
 
@@ -179,8 +185,8 @@ class SceneRunner {
     bool ruled = false;
     for (const Call& call : run.calls) {
       const std::wstring which = L"(" + std::to_wstring(call.nth) + L")[" + std::to_wstring(call.code) + L"]";
-      const auto fits = [&](const auto& rule) {
-        return In(rule[0], letter_) && In(L" " + rule[1] + L" ", L" " + call.function + L" ") &&
+      const auto fits = [&](const Row& rule) {
+        return In(rule[0], letter_) && In(L"|" + rule[1] + L"|", L"|" + call.function + L"|") &&
                call.subject.ends_with(rule[2]) && In(which, rule[3]);
       };
       const auto rule = call.code == 0 ? Rules().end() : std::find_if(Rules().begin(), Rules().end(), fits);
@@ -188,19 +194,23 @@ class SceneRunner {
       ruled = true;
       const std::wstring& wanted = (*rule)[4];
       const bool met = wanted == L"*" || Has(report_, wanted, call.code);
-      if (wanted != L"*" || report_ != base_) used_.insert(std::distance(Rules().begin(), rule));
+      if (wanted != L"*" || report_ != base_) used_.insert(&*rule);
       if (!met) missed += L"not said: " + wanted + L"; ";
     }
     return alone && !ruled && report_ != base_ ? missed + L"no rule lets the outcome change; " : missed;
   }
 
-  static const std::vector<std::vector<std::wstring>>& Rules() {
-    static const auto rules = support::Rows("integration/sweep_rules.txt");
+  static const std::vector<Row>& Rules() {
+    static const auto rules = support::Rows("integration/sweep_rules.txt", 5, 5);
     return rules;
   }
+  static const std::vector<Row>& Ends() {
+    static const auto ends = support::Rows("integration/sweep_ends.txt", 2, 2);
+    return ends;
+  }
 
-  static inline std::set<std::ptrdiff_t> used_;  ///< rules that a call needed
-  static inline std::string number;              ///< of the present run
+  static inline std::set<const Row*> used_;  ///< rules that a call needed, and outcomes that occurred
+  static inline std::string number;          ///< of the present run
   const Scene& scene_;
   const std::wstring letter_{scene_.letter};
   support::Machine machine_;
@@ -221,7 +231,7 @@ TEST_CASE("sweep: after each failing call handles, files, flags and log are as d
   for (const Scene& scene : Scenes()) {
     if (Wanted(std::string(scene.name) + ":")) SceneRunner(scene).Sweep();
   }
-  if (std::getenv("TAVREL_SWEEP_REPLAY") == nullptr) SceneRunner::CheckRules();
+  if (std::getenv("TAVREL_SWEEP_REPLAY") == nullptr) SceneRunner::CheckTables();
 }
 
 TEST_CASE("sweep: the table of functions covers every call of the program that can fail") {

@@ -1,10 +1,8 @@
 #include "support/text.h"
 
 #include <bit>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include <regex>
 
 #include <windows.h>
 
@@ -13,18 +11,6 @@
 
 namespace support {
 namespace {
-
-std::vector<std::vector<std::wstring>> ReadRows(const char* file) {
-  std::vector<std::vector<std::wstring>> rows;
-  std::ifstream lines(std::filesystem::path(TAVREL_TESTS_FOLDER) / file);
-  for (const std::string& line : JoinedLines(lines)) {
-    if (line.empty() || line[0] == '#') continue;
-    rows.push_back(Split(std::filesystem::path(std::u8string(line.begin(), line.end())).wstring(), L';'));
-  }
-  if (!rows.empty()) return rows;
-  std::fprintf(stderr, "no rows in %s\n", file);
-  std::exit(3);
-}
 
 /// The column of systems.txt for the system that this program runs on.
 std::size_t SystemColumn() {
@@ -35,14 +21,16 @@ std::size_t SystemColumn() {
 
 }  // namespace
 
-std::vector<std::vector<std::wstring>> Rows(const char* file) {
-  static const auto systems = ReadRows("systems.txt");
+std::vector<Row> Rows(const char* file, std::size_t least, std::size_t most) {
+  static const std::vector<Row> systems = ReadTable("systems.txt", 4, 4);
   static const std::size_t column = SystemColumn();
-  auto rows = ReadRows(file);
-  for (auto& row : rows) {
+  static const std::wregex name(L"@[A-Z][A-Z -]*@");
+  std::vector<Row> rows = ReadTable(file, least, most);
+  for (Row& row : rows) {
     for (std::wstring& field : row) {
-      for (const auto& system : systems) text::ReplaceAll(field, L"@" + system[0] + L"@", system[column]);
+      for (const Row& system : systems) text::ReplaceAll(field, L"@" + system[0] + L"@", system[column]);
       text::ReplaceAll(field, L"@FILEVERSION@", L"" TAVREL_FILE_VERSION);
+      if (std::regex_search(field, name)) Refuse("unknown name between '@'", field);
     }
   }
   return rows;

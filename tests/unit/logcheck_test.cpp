@@ -7,13 +7,13 @@
 #include <set>
 #include <string>
 
-#include "literal.h"
 #include "log/log_texts.h"
 #include "logcheck/log_reader.h"
 #include "logcheck/texts.h"
 #include "logcheck/verdict.h"
 #include "settings/registered_texts.h"
 #include "settings/settings_texts.h"
+#include "support/table.h"
 #include "text/text.h"
 #include "ui/ui_texts.h"
 #include "update/update_texts.h"
@@ -133,8 +133,7 @@ TEST_CASE("every text that the utility logs is explained") {
       "kLogSaved",       "kLogNotSaved",  "kTitle",        "kVersion",          "kBuild",
       "kMakerNotice"};
   const auto left = exempt;
-  const std::filesystem::path sources =
-      std::filesystem::path(TAVREL_ROWS).parent_path().parent_path().parent_path() / "src";
+  const std::filesystem::path sources = std::filesystem::path(TAVREL_TESTS).parent_path() / "src";
   unsigned texts = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(sources)) {
     if (!entry.path().filename().string().ends_with("_texts.h")) continue;

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
-/// For each row of the table of this name, `function` of the input must give the result.
-void CheckRows(const char* name, std::wstring (*function)(std::wstring_view));
-/// The names of all tables of the file of rows.
-std::vector<std::string> TableNames();
+/// For each row of the table of this name in rows.txt, `function` of the first column must give the second.
+void CheckRows(const std::string& name, std::wstring (*function)(std::wstring_view));
+/// The names of all tables in rows.txt.
+std::set<std::string> TableNames();
