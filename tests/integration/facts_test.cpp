@@ -150,12 +150,16 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
   }
 }
 
-TEST_CASE("a settings folder that another start makes at the same moment is used") {
+TEST_CASE("a settings folder and file that another start makes at the same moment are used") {
   Machine machine;
   support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", FileOf("CHECKUPDATES=FALSE"));
   const support::ImportHook<CreateDirectoryW> race("CreateDirectoryW", [&](auto path, auto security) {
     if (!std::wstring_view(path).ends_with(L"QRT15\\")) race.original(path, security);
     return race.original(path, security);
+  });
+  const support::ImportHook<MoveFileExW> file_race("MoveFileExW", [&](auto from, auto to, auto flags) {
+    support::WriteBytes(to, FileOf("CHECKUPDATES=FALSE"));
+    return file_race.original(from, to, flags);
   });
   RunState run;
   CHECK(!run.PrepareServerSettings());
