@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "platform/files.h"
+#include "platform/last_error.h"
 
 namespace platform {
 namespace {
@@ -22,8 +23,8 @@ bool MoveTo(HANDLE file, std::size_t offset) {
   return SetFilePointerEx(file, distance, nullptr, FILE_BEGIN) != FALSE;
 }
 
-/// Replaces the `old_size` bytes of a file. Shorter content is filled up with line ends for the moment in
-/// which the file still has its old length.
+/// Replaces the `old_size` bytes of a file. Pads shorter content with line ends, because the file keeps its
+/// old length until SetEndOfFile.
 bool WriteContent(HANDLE file, std::size_t old_size, std::string_view content) {
   std::string filled(content);
   const std::string_view line_end = content.starts_with("\xff\xfe") ? "\n\0"sv : "\n"sv;
@@ -59,10 +60,9 @@ bool CreateWholeFile(const std::wstring& path, std::string_view bytes) {
     return false;
   }
   if (WriteContent(file.get(), 0, bytes)) return true;
-  const DWORD error = GetLastError();
+  const LastErrorGuard guard;
   FILE_DISPOSITION_INFO removed{TRUE};
   SetFileInformationByHandle(file.get(), FileDispositionInfo, &removed, sizeof removed);
-  SetLastError(error);
   return false;
 }
 
@@ -73,7 +73,7 @@ bool RewriteFile(const std::wstring& path,
     const std::optional<std::string> content = change({});
     if (!content) return false;
     if (CreateWholeFile(path, *content)) return true;
-    // Another process made it meanwhile.
+    // Another process has created it meanwhile.
     if (GetLastError() == ERROR_ALREADY_EXISTS) file = OpenLocked(path);
   }
   const std::optional<std::string> old = file ? ReadAll(file.get(), kRewriteLimit) : std::nullopt;
@@ -81,13 +81,12 @@ bool RewriteFile(const std::wstring& path,
   if (!content) return false;
   if (*content == *old) return true;
 
-  // The profile functions of Windows lock the whole file while they read it: while they do, a write would
-  // fail, and while this lock is held, they wait.
+  // The profile functions of Windows lock the whole file while they read it, and a write would then fail.
+  // This lock waits until they have finished, and they wait while it is held.
   const FileLock lock(file.get(), 0, MAXLONGLONG);
   if (WriteContent(file.get(), old->size(), *content)) return true;
-  const DWORD error = GetLastError();
+  const LastErrorGuard guard;
   WriteContent(file.get(), 0, *old);
-  SetLastError(error);
   return false;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include "platform/folders.h"
+#include "platform/last_error.h"
 #include "platform/wait.h"
 
 namespace platform {
@@ -8,7 +9,7 @@ namespace {
 
 constexpr DWORD kChunk = 64 * 1024;
 
-/// Far behind any file's end, so that the lock keeps only the writers of this program apart.
+/// Far beyond the end of any file, so that the lock excludes other calls of AppendAll and nothing else.
 constexpr ULONGLONG kAppendLock = 0x4000'0000'0000'0000;
 
 }  // namespace
@@ -26,9 +27,8 @@ FileLock::FileLock(HANDLE file, ULONGLONG offset, ULONGLONG length)
 
 FileLock::~FileLock() {
   if (!held_) return;
-  const DWORD error = GetLastError();
+  const LastErrorGuard guard;
   UnlockFileEx(file_, 0, length_.LowPart, length_.HighPart, &range_);
-  SetLastError(error);
 }
 
 TemporaryFile::TemporaryFile() {
@@ -39,9 +39,8 @@ TemporaryFile::TemporaryFile() {
 
 TemporaryFile::~TemporaryFile() {
   if (path_.empty()) return;
-  const DWORD error = GetLastError();
+  const LastErrorGuard guard;
   DeleteFileW(path_.c_str());
-  SetLastError(error);
 }
 
 UniqueFile OpenWhenFree(const std::function<UniqueFile()>& open) {
@@ -103,10 +102,9 @@ bool AppendAll(HANDLE file, std::string_view bytes) {
   LARGE_INTEGER end{};
   if (!SetFilePointerEx(file, zero, &end, FILE_END)) return false;
   if (WriteAll(file, bytes)) return true;
-  const DWORD error = GetLastError();
-  // Without the lock, another process may have written behind the old end meanwhile.
+  const LastErrorGuard guard;
+  // Without the lock, another process may have appended meanwhile.
   if (lock.IsHeld() && SetFilePointerEx(file, end, nullptr, FILE_BEGIN)) SetEndOfFile(file);
-  SetLastError(error);
   return false;
 }
 

@@ -11,15 +11,16 @@
 
 namespace platform {
 
-/// An exclusive lock on `length` bytes from `offset` on, behind the end of the file as well, until this
-/// object ends. Waits as WaitFor does while another handle has a lock there.
+/// An exclusive lock on `length` bytes of a file from `offset` on; the bytes may be beyond the file's end.
+/// The lock is released with this object. The constructor waits, as WaitFor does, for a lock of another
+/// handle.
 class FileLock {
  public:
   FileLock(HANDLE file, ULONGLONG offset, ULONGLONG length);
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;
   ~FileLock();
-  /// False when the wait was in vain or the file cannot be locked.
+  /// False when the waiting time ran out or the file cannot be locked.
   bool IsHeld() const { return held_; }
 
  private:
@@ -43,7 +44,7 @@ class TemporaryFile {
   std::wstring path_;
 };
 
-/// Calls `open` again, as WaitFor does, while it fails because another handle denies the access.
+/// Calls `open` again, as WaitFor does, while it fails with a sharing violation. Returns the last call's file.
 UniqueFile OpenWhenFree(const std::function<UniqueFile()>& open);
 /// Opens for writing, shared for reading and writing. `disposition` as for CreateFileW.
 UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition);
@@ -56,9 +57,9 @@ std::optional<std::string> ReadAll(HANDLE file, std::size_t limit);
 std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t limit);
 /// Writes every byte. Returns false with the last error set.
 bool WriteAll(HANDLE file, std::string_view bytes);
-/// Appends every byte, or returns false with the last error and the file as long as it was. Programs that
-/// append through this function wait for each other, so that their texts stay whole. A program that waited in
-/// vain appends all the same; after a failure it then leaves what it wrote.
+/// Appends every byte. On failure returns false with the last error and cuts the file to its old length.
+/// Processes that call this function wait for each other, so that their texts do not mix. A process whose
+/// waiting time runs out appends without the lock; on failure it does not cut the file.
 bool AppendAll(HANDLE file, std::string_view bytes);
 
 }  // namespace platform

@@ -19,7 +19,7 @@ std::wstring CommonAppDataFolder() {
 }
 
 std::wstring TemporaryFolder() {
-  // One more than a path: the function's own limit is MAX_PATH + 1 characters.
+  // GetTempPathW returns up to MAX_PATH + 1 characters.
   wchar_t path[MAX_PATH + 1]{};
   const DWORD length = GetTempPathW(MAX_PATH + 1, path);
   if (length == 0 || length > MAX_PATH) return {};

@@ -10,9 +10,10 @@ std::wstring DocumentsFolder();
 std::wstring CommonAppDataFolder();
 /// The folder for temporary files, with its backslash; empty on failure.
 std::wstring TemporaryFolder();
-/// Full path of the running program.
+/// Full path of the running program; empty when it has more than 519 characters.
 std::wstring ModulePath();
-/// `folder` and `more` joined by exactly one backslash; empty when the result does not fit a path (260).
+/// `folder` and `more` joined by exactly one backslash; empty when `folder` is empty or the result has more
+/// than 259 characters.
 std::wstring AppendPath(const std::wstring& folder, const std::wstring& more);
 
 bool FileExists(const std::wstring& path);       ///< a folder counts as well

@@ -33,7 +33,7 @@ struct InternetTraits {
   static Handle Invalid() { return nullptr; }
   static void Close(Handle handle) { wininet::InternetCloseHandle(handle); }
 };
-/// Root handle, connection and request of WinInet; declared in this order, they close newest first.
+/// Root handle, connection or request of WinInet. Declare them in this order: they must be closed in reverse.
 using UniqueInternet = UniqueHandle<InternetTraits>;
 
 }  // namespace platform

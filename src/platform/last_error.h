@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// Keeps the thread's last error over calls that may change it, so that a caller can still report its own
-/// failure: restores at the end of the scope what it was at the beginning.
+/// Saves the thread's last error and restores it at the end of the scope, so that a caller can still report
+/// its failure after calls that change the last error.
 class LastErrorGuard {
  public:
   LastErrorGuard() = default;

@@ -8,9 +8,9 @@
 
 namespace platform {
 
-/// A mutex by which the processes of one session share something. A caller that does not get it in time goes
-/// on without it: to wait for ever would be worse than what the mutex prevents. A mutex that an elevated
-/// process owns and that this one may not open (ERROR_ACCESS_DENIED) cannot be taken.
+/// A mutex that protects a resource shared by the processes of one session. A caller that does not get it in
+/// time continues without it, because waiting for ever would do more harm than unprotected access. Take fails
+/// when an elevated process owns the mutex and this process may not open it (ERROR_ACCESS_DENIED).
 class NamedMutex {
  public:
   explicit NamedMutex(const wchar_t* name) : mutex_(CreateMutexW(nullptr, FALSE, name)) {}

@@ -25,8 +25,9 @@ std::vector<std::string> Lines(std::string_view bytes) {
   return lines;
 }
 
-/// Whether writing `value` changed or added one line, and at most a section's heading above it. Wine reports
-/// no failure on a full disk, and loses bytes that are no text; another program could change the copy.
+/// Whether writing `value` changed or added one line, and at most a section's heading above it. This check is
+/// needed because Wine reports no failure on a full disk and drops bytes that are not text, and because
+/// another program could change the copy.
 bool ChangesOneLine(std::string_view before, std::string_view after, std::string_view value) {
   const std::vector<std::string> old_lines = Lines(before), lines = Lines(after);
   const auto front = std::mismatch(old_lines.begin(), old_lines.end(), lines.begin(), lines.end());
@@ -46,7 +47,7 @@ std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, c
   const DWORD length =
       GetPrivateProfileStringW(section, key, L"", buffer.data(), static_cast<DWORD>(capacity), file.c_str());
   buffer.resize(length < capacity ? length : capacity);
-  // A value with a null in it ends there, as for every other reader of the file.
+  // Every other reader of the file ends a value at its first null.
   return buffer.c_str();
 }
 
@@ -67,8 +68,8 @@ void WriteProfileText(const std::wstring& file, const wchar_t* section, const wc
 }
 
 std::wstring ReadProfileSectionNames(const std::wstring& file, unsigned capacity) {
-  // The call ends every list with two nulls, also one that it cut, so a cut name and a whole one that ends
-  // exactly there look alike. One character more tells: behind a whole name stands its null.
+  // The call ends every list with two nulls, even when it cuts the list, so a cut last name looks like a whole
+  // one. The buffer is one character longer to distinguish them: a whole name is followed by its null.
   std::wstring buffer(capacity + 1, L'\0');
   const DWORD length = GetPrivateProfileSectionNamesW(buffer.data(), capacity + 1, file.c_str());
   return buffer.substr(0, length < capacity ? length : capacity - 1);

@@ -11,13 +11,13 @@ UniqueRegistryKey OpenMachineKey(const std::wstring& path, LSTATUS& error) {
 }
 
 LSTATUS QueryText(HKEY key, const wchar_t* name, std::wstring& text) {
-  // One character more than the function may fill: a value that is stored without a terminator gets one.
+  // One character longer than the function may fill, so that a value stored without a terminator gets one.
   wchar_t buffer[kRegistryValueBytes / sizeof(wchar_t) + 1]{};
   DWORD type = REG_SZ;
   DWORD size = kRegistryValueBytes;
   const LSTATUS error = RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(buffer), &size);
   if (error == ERROR_SUCCESS) {
-    // An odd last byte is not text.
+    // Drops an odd last byte, which is not a whole character.
     text.assign(buffer, size / sizeof(wchar_t));
     text.resize(std::wcslen(text.c_str()));
   }

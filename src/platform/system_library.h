@@ -5,8 +5,9 @@
 #include <bit>
 #include <type_traits>
 
-/// Libraries of Windows that are loaded by name when one of their functions is first called, not with the
-/// program: a run may not need them, or a file of the same name beside the program must not replace them.
+/// Windows libraries that the first call of one of their functions loads. They are not loaded with the
+/// program, because a run may not need them, or because a file of the same name in the program's folder must
+/// not replace them.
 namespace platform {
 
 /// Restricts the search for libraries to the system's folder; side-by-side assemblies of the manifest still
@@ -16,7 +17,7 @@ void SearchSystemFolderOnly();
 /// One library; stays loaded until the process ends.
 class SystemLibrary {
  public:
-  /// `name`: file name without a folder, so that the manifest decides about the version.
+  /// `name`: file name without a folder, so that the manifest selects the version.
   constexpr explicit SystemLibrary(const wchar_t* name) : name_(name) {}
 
   /// The function's address; null, with the last error set, when the library or the function is not there.
@@ -30,12 +31,12 @@ class SystemLibrary {
 template <class Type>
 class SystemFunction;
 
-/// One function, called like itself:
+/// One function of a library, called like the original:
 ///
 ///   SystemFunction<decltype(&::InternetOpenW)> InternetOpenW{wininet, "InternetOpenW"};
 ///
-/// Looked up by its first call. A missing function behaves like a failed call: it returns `failure` with the
-/// last error set. Used on one thread at a time.
+/// The first call looks it up. A missing function behaves like a failed call: it returns `failure` with the
+/// last error set. Not thread-safe.
 template <class Result, class... Arguments>
 class SystemFunction<Result(WINAPI*)(Arguments...)> {
  public:

@@ -19,7 +19,7 @@ bool WaitFor(const std::function<bool()>& attempt) {
     const LastErrorGuard guard;
     const ULONGLONG start = GetTickCount64();
     Sleep(std::min<DWORD>(kPauseMs, g_nWaitLeftMs));
-    // A process that got no processor for a while has waited all the same.
+    // Measured, since a busy processor makes the pause longer.
     g_nWaitLeftMs -= std::min<DWORD>(static_cast<DWORD>(GetTickCount64() - start) + 1, g_nWaitLeftMs);
   }
   return true;

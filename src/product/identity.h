@@ -4,13 +4,13 @@
 
 #include "version.h"
 
-/// The names of this program and of the product that it accompanies.
+/// The names of this program and of the product that it updates.
 namespace identity {
 
 inline constexpr std::wstring_view kProductVersion = L"" TAVREL_PRODUCT_VERSION;
 /// Product name with its major version; also the name of the product's uninstall entry.
 inline constexpr std::wstring_view kProductLabel = L"Varnexa " TAVREL_PRODUCT_VERSION;
-/// Title of the sheet and of message boxes that carry no title of their own.
+/// Title of the sheet, and of message boxes that set no other title.
 inline constexpr std::wstring_view kWindowTitle = L"" TAVREL_TITLE;
 inline constexpr std::wstring_view kProgramVersion = L"" TAVREL_VERSION;
 /// Image name of the product's process, and the first name of its executable.

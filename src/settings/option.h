@@ -2,9 +2,9 @@
 
 #include <string>
 
-/// How a key of the settings file that is "TRUE" or "FALSE" (any case, blanks around it) reads.
+/// The value of a settings key that should be "TRUE" or "FALSE" (in any case, with or without blanks around it).
 enum class OptionText {
-  missing,    ///< no such key, no text but blanks, or a file that cannot be read at this moment
+  missing,    ///< no such key, only blanks, or a file that cannot be read at this moment
   malformed,  ///< any other text
   yes,
   no
@@ -13,7 +13,8 @@ enum class OptionText {
 OptionText ReadOption(const std::wstring& settings_file, const wchar_t* key);
 /// Writes "TRUE" or "FALSE"; a failure is ignored.
 void WriteOption(const std::wstring& settings_file, const wchar_t* key, bool value);
-/// Writes `key` because `read_key` was read as `read`. Writes nothing if it reads differently when no other
-/// process can change the file: it could not be read before, or was changed since.
+/// Writes `key` because `read_key` was read as `read`. Reads `read_key` again while no other process can
+/// change the file, and writes nothing if it differs: the first read had failed, or the file has changed. A
+/// failure is ignored.
 void RepairOption(const std::wstring& settings_file, const wchar_t* key, bool value, const wchar_t* read_key,
                   OptionText read);

@@ -29,14 +29,15 @@ class RegisteredDataEntries {
   /// Decides which registry layout the product's keys have and rebuilds both key paths. Returns the new
   /// `RegistryModeOne`.
   bool IdentifyRegistryMode();
-  /// The two readers that try the keys directly under "SOFTWARE\" when the first place has no value (error
-  /// 2); a value found there switches the rest of the check to those keys.
+  /// When the first place has no value (error 2), these two readers try the keys directly under "SOFTWARE\".
+  /// A value found there switches the rest of the check to those keys.
   void ReadTagOne();
   void ReadClientVersion();
   /// Also copies the value into `IconPath`.
   void ReadTagTwo();
   void ReadTagThree();
-  /// The start-up check's reader logs nothing, the interactive check's reader its failures.
+  /// ReadInstallPath is for the check at start-up and logs nothing. ReadInstallPathLogged is for the
+  /// interactive check and logs its failures.
   void ReadInstallPath();
   void ReadInstallPathLogged();
   std::wstring GetInstallPath() const { return facts_.InstallPath; }
@@ -44,7 +45,7 @@ class RegisteredDataEntries {
 
   /// Both look for "Qrt.exe", then "qrt.exe", in the install path. They leave their fields as they were when
   /// neither exists or the file has no version resource. The second uses the version that the first has
-  /// read: an object serves one check, in which the two calls follow each other at once.
+  /// read: an object serves one check, which calls both within moments.
   void ReadProductFileVersion();
   void ReadProductVersionNumber();
 

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-/// Which key a reader reads, and what it logs. An empty text is not logged, and neither is the code that
-/// would follow it. Support tools read the texts: uneven blanks and missing full stops are kept.
+/// The value that a reader reads, and the texts that it logs. An empty text is not logged, and neither is the
+/// code that would follow it. Keep uneven blanks and missing full stops: support tools search for the texts.
 struct RegisteredReader {
   bool maker_key = false;  ///< the maker key, else the uninstall entry
   const wchar_t* value = nullptr;
@@ -13,7 +13,7 @@ struct RegisteredReader {
   std::wstring_view empty{};
   std::wstring_view query_failed{};
   std::wstring_view query_missing{};  ///< the value does not exist (error 2)
-  // The place directly under "SOFTWARE\", where readers that fall back look next.
+  // For readers that fall back to the key directly under "SOFTWARE\".
   bool falls_back = false;
   std::wstring_view alternative_open_failed{};
   std::wstring_view alternative_query_failed{};

@@ -18,7 +18,7 @@ struct RegistryFacts {
   /// The keys for a mode, below HKEY_LOCAL_MACHINE.
   static std::wstring MakerKey(bool mode_one);
   static std::wstring UninstallKey(bool mode_one);
-  /// Both rebuild a path from `RegistryModeOne`; they are called together, maker key first.
+  /// Each rebuilds its path from `RegistryModeOne`. Callers call both, the maker key's first.
   void BuildMakerKeyPath();
   void BuildUninstallKeyPath();
 };

@@ -13,7 +13,7 @@
 
 namespace {
 
-// One level at a time, so that a product folder that is there already keeps its own security.
+// Creates one level at a time, so that an existing product folder keeps its security.
 bool CreateProfileSettingsFolder() {
   const std::wstring documents = platform::DocumentsFolder();
   if (documents.empty()) return false;
@@ -21,7 +21,7 @@ bool CreateProfileSettingsFolder() {
   const std::size_t split = levels.find(L'\\', 1) + 1;
   const std::wstring maker = platform::AppendPath(documents, std::wstring(levels.substr(0, split)));
   if (maker.empty()) return false;
-  // Another utility's first start may make it at the same moment.
+  // Another process of this program may create it at the same moment.
   if (!platform::DirectoryExists(maker) && !CreateDirectoryW(maker.c_str(), nullptr) &&
       GetLastError() != ERROR_ALREADY_EXISTS) {
     return false;
@@ -74,7 +74,7 @@ bool RunState::CopyServerSettingsFromInstallFolder(const std::wstring& destinati
   if (platform::FileExists(source)) {
     failure = settings_texts::kCopyFailed;
     const auto bytes = platform::ReadWholeFile(source, platform::kRewriteLimit);
-    // Another utility's first start may make the same file at the same moment.
+    // Another process of this program may create the file at the same moment.
     if (bytes && (platform::CreateWholeFile(destination, *bytes) || GetLastError() == ERROR_ALREADY_EXISTS)) {
       LogAndNote(settings_texts::kCopied);
       return true;

@@ -8,7 +8,7 @@ inline constexpr wchar_t kSettingsSection[] = L"KORSA_URL";
 /// Capacity, in characters, of the buffer that a settings value is read into.
 inline constexpr unsigned kSettingsValueCapacity = 512;
 
-/// What one check reads from the settings file.
+/// The settings that one check reads from korsa.ini.
 struct UpdateSettings {
   std::wstring UpdateLocation;    ///< host name, or a complete address when it came from "UPDATE_LOC_URL"
   bool UpdateLocationSet = true;  ///< true after every reading

@@ -14,7 +14,7 @@ std::int32_t Saturate(std::int64_t value) {
   return static_cast<std::int32_t>(std::clamp(value, kMin32, kMax32));
 }
 
-// Unicode's White_Space property within the first plane; the C library's test depends on the host.
+// Unicode's White_Space property within the first plane; iswspace depends on the host.
 bool IsWhiteSpace(wchar_t c) {
   return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
          (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F ||
@@ -91,7 +91,7 @@ void ReplaceAll(std::wstring& value, std::wstring_view from, std::wstring_view t
 SplitPath SplitAtLastBackslash(std::wstring_view path) {
   const std::size_t cut = path.rfind(L'\\');
   if (cut == std::wstring_view::npos) return {};
-  return {true, path.substr(0, cut), path.substr(cut + 1)};
+  return {.has_backslash = true, .folder = path.substr(0, cut), .file = path.substr(cut + 1)};
 }
 
 }  // namespace text

@@ -4,20 +4,20 @@
 #include <string>
 #include <string_view>
 
-/// Plain text helpers; no locale, the same result on every host.
+/// Text helpers that use no locale and give the same result on every host.
 namespace text {
 
 /// `value` without the white space at both ends.
 std::wstring_view Trim(std::wstring_view value);
 /// Equality without regard to the case of the 26 Latin letters.
 bool EqualsIgnoreCase(std::wstring_view left, std::wstring_view right);
-/// True for "TRUE" and "FALSE" in any case; not with blanks around them.
+/// True for "TRUE" and "FALSE" in any case, without blanks around them.
 bool IsBooleanText(std::wstring_view value);
 /// True for "TRUE" in any case.
 bool IsTrueText(std::wstring_view value);
 
-/// An optional sign, decimal digits up to the first other character, which a blank is as well; 0 when there
-/// is no digit. Values outside 32 bits saturate.
+/// The number at the start of `value`: an optional sign and decimal digits up to the first other character. 0
+/// when there is no digit; blanks before the number are not skipped. Values outside 32 bits saturate.
 std::int32_t ParseDecimal(std::wstring_view value);
 /// `value` in decimal digits, after a minus where it is negative. (std::to_wstring would link all of printf.)
 std::wstring FormatDecimal(std::int64_t value);

@@ -8,7 +8,7 @@
 #include "settings/run_state.h"
 #include "update/update_engine.h"
 
-/// Passes every entry on to the activity log and keeps it for display.
+/// Writes every entry to the activity log and keeps it for display.
 class CheckLog : public LogSink {
  public:
   explicit CheckLog(ActivityLog& log) : log_(log) {}

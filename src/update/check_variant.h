@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-/// What the check at start-up and the interactive check do differently.
+/// The differences between the check at start-up and the interactive check.
 struct CheckVariant {
   const wchar_t* agent = nullptr;  ///< agent name of the internet session; null: none
   std::wstring_view record_found;

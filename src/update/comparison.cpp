@@ -24,7 +24,7 @@ void Comparison::CompareUpdates(const std::wstring& productIconPath, const std::
   UpdateSections.clear();
   const std::wstring path =
       std::wstring(text::SplitAtLastBackslash(productIconPath).folder).append(kRecordFile);
-  // An update that runs at the same time may write the record during the exchange.
+  // Checked before the exchange, because an update that runs meanwhile may write the record.
   const bool has_record = platform::FileExists(path);
   exchange_.DownloadUpdateList(UpdateSections);
   if (UpdateSections.size() > 1) FindLatestPack();

@@ -35,8 +35,8 @@ class Comparison {
   void ReadRecordVersion(std::wstring_view text);
   /// Sets `m_bUpdatesAvailable` and its mirror.
   void SetUpdatesAvailable(bool available);
-  /// The record's text, read in the system's code page. When it cannot be read, logs two entries and returns
-  /// an empty text.
+  /// The record's text, decoded with the system's ANSI code page. When the file cannot be read, logs two
+  /// entries and returns an empty text.
   std::wstring ReadInstalledRecord(const std::wstring& path);
 
  private:

@@ -20,9 +20,9 @@ namespace {
 constexpr DWORD kReadBlock = 4096;
 constexpr DWORD kStatusOk = 200;
 constexpr DWORD kStatusNotFound = 404;
-/// Used instead of a time-out of zero or less, which would fail every exchange at once or wait for ever.
+/// Replaces a time-out of zero or less, with which every exchange would fail immediately or wait for ever.
 constexpr DWORD kFallbackTimeoutMs = 60000;
-/// Longest time for a body, in milliseconds: the receive time-out bounds each pause of the server, not their
+/// Longest time for a body, in milliseconds. The receive time-out limits each pause of the server, not their
 /// sum.
 constexpr ULONGLONG kBodyWaitMs = 300000;
 
@@ -130,7 +130,7 @@ bool Exchange::FetchToFile(const std::wstring& path, ListFile& file, std::wstrin
       wininet::InternetConnectW(root.get(), settings_.UpdateLocation.c_str(), INTERNET_DEFAULT_HTTP_PORT, L"",
                                 L"", INTERNET_SERVICE_HTTP, 0, 0));
   if (!connection) return fail(update_texts::kConnectFailed);
-  // Wine 8 ignores the time-out on the root handle. A failure there has been logged.
+  // Wine 8 ignores the time-out on the root handle. A failure is not logged a second time.
   wininet::InternetSetOptionW(connection.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
 
   const wchar_t* accepted[] = {L"text/*", nullptr};
@@ -138,8 +138,8 @@ bool Exchange::FetchToFile(const std::wstring& path, ListFile& file, std::wstrin
       wininet::HttpOpenRequestW(connection.get(), L"GET", path.c_str(), nullptr, nullptr, accepted,
                                 INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, 0));
   if (!request) return fail(update_texts::kOpenRequestFailed);
-  // A redirection to a name without dots counts as the local intranet, where the library would log on with
-  // the user's credentials. Wine and Windows before Internet Explorer 8 do not know the option.
+  // WinInet treats a redirection to a name without dots as the local intranet, where it would log on with the
+  // user's credentials. Wine, and Windows before Internet Explorer 8, do not know the option.
   wininet::InternetSetOptionW(request.get(), INTERNET_OPTION_SUPPRESS_SERVER_AUTH, nullptr, 0);
   if (!wininet::HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0))
     return fail(update_texts::kSendRequestFailed);

@@ -15,8 +15,8 @@ namespace {
 constexpr wchar_t kSharedName[] = L"updates.ini";
 constexpr wchar_t kMutex[] = L"Local\\QRT_15_TavrelUtility_UpdatesFile";
 
-// No other running utility uses this name. A file of an earlier process with this number is overwritten.
-std::wstring OwnName() {
+// No other running process uses this name. A file of an earlier process with the same number is overwritten.
+std::wstring PrivateName() {
   return L"updates-" + text::FormatDecimal(GetCurrentProcessId()) + L".ini";
 }
 
@@ -32,8 +32,8 @@ ListFile::~ListFile() {
 
 bool ListFile::Create() {
   mutex_.Take();
-  // Without a temporary folder the path stays empty and cannot be created: never the current folder.
-  if (!folder_.empty()) path_ = folder_ + (mutex_.IsHeld() ? kSharedName : OwnName());
+  // Without a temporary folder the path stays empty and the call fails; the current folder is never used.
+  if (!folder_.empty()) path_ = folder_ + (mutex_.IsHeld() ? kSharedName : PrivateName());
   file_ = OpenWhenFree([this] { return platform::OpenForWriting(path_, CREATE_ALWAYS); });
   temporary_ = file_ && !mutex_.IsHeld();
   if (file_) keeper_ = OpenWhenFree([this] { return platform::OpenForReading(path_); });
@@ -53,8 +53,8 @@ bool ListFile::Exists() const {
 }
 
 bool ListFile::ReadNames(std::vector<std::wstring>& sections) const {
-  // The profile functions return an empty list for a file that they cannot open, so it is opened here first.
-  // This handle also denies writing.
+  // The profile functions return an empty list for a file that they cannot open, so this call opens it first
+  // to detect that. The handle also denies writing.
   const platform::UniqueFile guard =
       OpenWhenFree([this] { return platform::OpenForReading(path_, FILE_SHARE_READ); });
   if (!guard) return false;

@@ -7,10 +7,10 @@
 #include "platform/handles.h"
 #include "platform/named_mutex.h"
 
-/// The local file that a list of updates is fetched into: created, written, closed and read in this order.
-/// The utilities of one session share a file of the temporary folder; a mutex gives it to one of them from
-/// its creation until the object ends. A utility that does not get the mutex in time uses a file of another
-/// name, which is deleted with the object. All waits are those of WaitFor (platform/wait.h).
+/// The local file that receives a list of updates. Callers create, write, close and read it in this order.
+/// The processes of one session share one file in the temporary folder. A mutex locks it for one of them from
+/// Create until the object ends. A process that does not get the mutex in time uses a file with another name,
+/// which is deleted with the object. All waits are those of WaitFor (platform/wait.h).
 class ListFile {
  public:
   ListFile();
@@ -26,9 +26,9 @@ class ListFile {
   bool Write(std::string_view bytes);
   void Close();
   bool Exists() const;
-  /// Appends the names of the file's sections, as far as they fit the buffer of the program. Waits while
-  /// another process can write to the file, and keeps it from being changed while it is read. Returns false
-  /// with the last error set when it cannot be read.
+  /// Appends the names of the file's sections, as far as they fit kSectionNamesCapacity characters. Waits
+  /// while another process can write to the file, and denies writing while it reads. Returns false with the
+  /// last error set when the file cannot be read.
   bool ReadNames(std::vector<std::wstring>& sections) const;
 
  private:

@@ -5,7 +5,7 @@
 std::optional<PackFields> SplitPackName(std::wstring_view name) {
   const std::size_t last = name.rfind(L'_');
   if (last == std::wstring_view::npos) return std::nullopt;
-  PackFields fields{std::nullopt, name.substr(last + 1)};
+  PackFields fields{.level = std::nullopt, .build = name.substr(last + 1)};
   const std::wstring_view before = name.substr(0, last);
   const std::size_t second_last = before.rfind(L'_');
   if (second_last != std::wstring_view::npos) fields.level = before.substr(second_last + 1);
@@ -21,14 +21,14 @@ void FindLatestPack(const std::vector<std::wstring>& sections, LatestPack& lates
     return;
   }
   std::optional<LatestPack> best;
-  std::int32_t level = 0;  // of the pack before, for a name without a level
+  std::int32_t level = 0;  // of the previous pack, used for a name without a level
   for (std::size_t i = 1; i < sections.size(); ++i) {
     const auto pack = SplitPackName(sections[i]);
     if (!pack) continue;
     if (pack->level) level = text::ParseDecimal(*pack->level);
     const std::int32_t build = text::ParseDecimal(pack->build);
     const bool higher = !best || level > best->level || (level == best->level && build > best->build);
-    if (higher) best = LatestPack{level, build};
+    if (higher) best = LatestPack{.level = level, .build = build};
   }
   if (best && best->level >= 1 && best->build >= 1) latest = *best;
 }

@@ -17,7 +17,7 @@ struct PackFields {
   std::optional<std::wstring_view> level;  ///< absent in a name with a single underscore
   std::wstring_view build;
 };
-/// Splits a section name. Nothing for a name without an underscore, which names no pack.
+/// Splits a section name. Returns nothing for a name without an underscore, which is not a pack's.
 std::optional<PackFields> SplitPackName(std::wstring_view name);
 
 /// Updates `latest` from the section names of an update information file. The first name is the file's own

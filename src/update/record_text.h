@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-/// A record names a few packs in a few hundred bytes; a larger file counts as unreadable.
+/// In bytes. A record names a few packs in a few hundred bytes; a file larger than this counts as unreadable.
 inline constexpr std::size_t kRecordSizeLimit = 64 * 1024 * 1024;
 
 /// How many pack names (every section name but the first) occur in the record's text.

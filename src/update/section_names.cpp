@@ -7,7 +7,7 @@ namespace {
 constexpr std::wstring_view kLineEnds = L"\r\n";
 // Blanks that the profile functions skip around a heading and its name.
 constexpr std::wstring_view kBlanks = L" \t\v\f\x1A";
-/// The last character of the buffer ends the list.
+/// The null after the last name, which ends the list.
 constexpr std::size_t kListEnd = 1;
 
 wchar_t Unit(char high, char low) {

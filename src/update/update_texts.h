@@ -5,11 +5,11 @@
 
 #include "version.h"
 
-/// Texts of the update check. Support tools read them, and the patch update page searches the error texts:
-/// spelling, blanks and the uneven lengths of the rule lines are kept as they are.
+/// Texts of the update check. Keep their spelling, blanks and uneven rule lines: support tools search for
+/// them, and the patch update page searches the error texts.
 namespace update_texts {
 
-// Frame of every check.
+// Start and end of every check.
 inline constexpr std::wstring_view kRetry = L"Product Updates Retry Attempted...";
 inline constexpr std::wstring_view kEntriesStart =
     L"=========== Registered Data Entries Check : Start ===========";
@@ -85,8 +85,8 @@ inline constexpr std::array<std::wstring_view, 4> kDetailsNotFound = {
     L"", L"Update details not found.Exit code 1.", L"Update details not found.Exit code 2.",
     L"Update details not found.Exit code 3."};
 
-/// Codes, as text, that count as a failure of the network: WinInet errors, system errors that WinInet hands
-/// on, and HTTP status numbers.
+/// Codes, as text, that count as a failure of the network: errors of WinInet, system errors that WinInet
+/// returns, and HTTP status numbers.
 inline constexpr std::array<std::wstring_view, 13> kNetworkErrorCodes = {
     L"12002", L"12007", L"12029", L"122",   L"404",   L"87",   L"408",
     L"400",   L"500",   L"12026", L"12027", L"12150", L"12153"};
