@@ -15,7 +15,7 @@ bill of materials, the notes of the version from CHANGELOG.md, and SHA256SUMS ov
 Refuses a dirty tree, a commit without the tag of its version (v2.0.3), entries under [Unreleased] in CHANGELOG.md,
 a version without a section there, and a program without address randomisation or data execution prevention.
 
-  --draft   makes the same of any commit, with DRAFT in all names and in the notes, which hold [Unreleased] too
+  --draft   does the same for any commit, with DRAFT in all names and in the notes, which include [Unreleased]
 
 Programs, uninstaller and installer are signed where TAVREL_SIGN_CERTIFICATE names a certificate: see
 packaging/sign.sh. Without it the output, the notes and SHA256SUMS say UNSIGNED. The builds are compared before

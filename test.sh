@@ -59,7 +59,7 @@ presets=(native release)
 # A second compiler only has to build everything without a warning; older ones cannot.
 if (($(clang++ -dumpversion | cut -d. -f1) >= 19)); then presets+=(clang); fi
 for preset in "${presets[@]}"; do "$repo/scripts/build.sh" "$preset"; done
-# Before the tests, whose times are bounded.
+# Prepared before the tests, because the tests have time limits.
 for arch in win32 win64; do "$repo/scripts/sandbox.sh" --arch "$arch" --prepare; done
 if [[ -z $parallel ]]; then
   # A test that waits for another's sandbox would exceed its time.

@@ -3,7 +3,7 @@ set(CMAKE_SYSTEM_PROCESSOR x86)
 if(NOT CMAKE_CXX_COMPILER)
   set(CMAKE_CXX_COMPILER i686-w64-mingw32-g++-posix)
 endif()
-# For clang++, which finds the same headers and libraries by it.
+# clang++ needs it to find the same headers and libraries.
 set(CMAKE_CXX_COMPILER_TARGET i686-w64-mingw32)
 set(CMAKE_RC_COMPILER i686-w64-mingw32-windres)
 set(CMAKE_FIND_ROOT_PATH /usr/i686-w64-mingw32)

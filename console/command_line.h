@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
-/// The command line of a console tool. Arguments are UTF-8 on Windows, the bytes that were given elsewhere.
+/// The command line of a console tool. Arguments are UTF-8 on Windows, and unchanged bytes elsewhere.
 namespace console {
 
 /// Exit status of every tool.
 enum Status { kClean = 0, kFound = 1, kFailed = 2 };
 
-/// Defined by each tool; called by the shared main function. An exception that leaves it ends the tool with
-/// kFailed and its message on standard error.
+/// Each tool defines this function, and the shared main function calls it. Returns the exit status. An
+/// exception that leaves it ends the tool with kFailed and the exception's message on standard error.
 int RunTool(const std::vector<std::string>& arguments);
 
 /// Adds --help, -h and --version to `app`, which has the tool's name, and reads `arguments` into it. Returns
@@ -21,7 +21,8 @@ int RunTool(const std::vector<std::string>& arguments);
 /// wrong use.
 std::optional<int> Parse(CLI::App& app, const std::vector<std::string>& arguments);
 
-/// Prints "packcheck: " and `why`, which must be safe on a terminal, on standard error. Returns kFailed.
+/// Prints the tool's name, ": " and `why`, which must be safe on a terminal, on standard error. Returns
+/// kFailed.
 int Fail(const CLI::App& app, const std::string& why);
 
 /// Writes `text` to standard output. False, after a message on standard error, when that fails.

@@ -23,8 +23,8 @@ void AppendUnits(char32_t c, std::wstring& text) {
   text += static_cast<wchar_t>(c);
 }
 
-/// Decodes the UTF-8 sequence at the start of `bytes`, which are not empty; its length is 0 when it is
-/// malformed: cut, overlong, a surrogate or above U+10FFFF.
+/// Decodes the UTF-8 sequence at the start of `bytes`, which must not be empty. Returns its length, or 0 when
+/// it is malformed: cut, overlong, a surrogate or above U+10FFFF.
 std::size_t DecodeSequence(std::string_view bytes, char32_t& c) {
   c = ByteAt(bytes, 0);
   if (c < 0x80) return 1;

@@ -6,14 +6,14 @@
 
 namespace console {
 
-/// The bytes of an input, or why there are none.
+/// The bytes of an input, or the error that prevented reading them.
 struct Input {
   std::string bytes;
-  std::string
-      error;  ///< empty after success; else the cause and a remedy, safe on a terminal, without a line end
+  /// Empty after success; otherwise the cause and a remedy, safe on a terminal, without a line end.
+  std::string error;
 };
 
-/// Reads a file, or standard input when `path` is "-". More than `limit` bytes are an error.
+/// Reads a file, or standard input when `path` is "-". A folder, or more than `limit` bytes, is an error.
 Input Read(const std::filesystem::path& path, std::size_t limit);
 
 }  // namespace console

@@ -37,7 +37,7 @@ bool IsControl(wchar_t unit) {
 
 std::string Printable(std::wstring_view text) {
   std::string result;
-  std::size_t plain = 0;  // where the text begins that is not yet in the result
+  std::size_t plain = 0;  // start of the text that is not in the result yet
   for (std::size_t i = 0; i < text.size(); ++i) {
     const bool second_of_tag = i > 0 && IsIn(kTagSurrogates, text[i - 1]);
     if (!IsControl(text[i]) && !second_of_tag) continue;

@@ -6,9 +6,8 @@
 
 namespace console {
 
-/// `text` in UTF-8 as it may be sent to a terminal. Every character that controls a terminal, changes the
-/// direction or order of text, or is invisible is replaced by "\xNN" or "\uNNNN"; so is a byte that no
-/// encoding explains.
+/// `text` in UTF-8, safe on a terminal. "\xNN" or "\uNNNN" replaces every character that controls a terminal,
+/// changes the direction or order of text, or is invisible, and every invalid byte (console/encoding.h).
 std::string Printable(std::wstring_view text);
 /// The same for bytes that should be UTF-8.
 std::string Printable(std::string_view bytes);

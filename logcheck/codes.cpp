@@ -1,5 +1,5 @@
-// Codes and messages behind "Error : ", and HTTP statuses. Meanings: Microsoft's lists of system error codes
-// and of WinINet error codes; RFC 9110 for the statuses.
+// Codes and messages after "Error : ", and HTTP statuses. Sources of the meanings: Microsoft's lists of
+// system error codes and of WinINet error codes; RFC 9110 for the statuses.
 #include <algorithm>
 
 #include "logcheck/texts.h"
@@ -126,19 +126,22 @@ constexpr Code kCodes[] = {
     {.code = L"511", .http = true, .means = "the network wants the user to sign in first", .advice = kProxy},
 };
 
-/// What the first digit of a status says.
+/// The meaning of a status's first digit.
 Code ClassOfStatus(std::wstring_view code) {
+  const auto status = [&](std::string_view means, std::string_view advice) {
+    return Code{.code = code, .http = true, .means = means, .advice = advice};
+  };
   switch (code.size() == 3 ? code.front() : L' ') {
     case L'2':
-      return {code, true, "a success without the list", kPublisher};
+      return status("a success without the list", kPublisher);
     case L'3':
-      return {code, true, "the list has moved elsewhere", kPublisher};
+      return status("the list has moved elsewhere", kPublisher);
     case L'4':
-      return {code, true, "the server refuses the request", kPublisher};
+      return status("the server refuses the request", kPublisher);
     case L'5':
-      return {code, true, "the server is in trouble", kAgain};
+      return status("the server is in trouble", kAgain);
     default:
-      return {code, true, "no status that HTTP knows", "check what answers at the update host on port 80"};
+      return status("no status that HTTP knows", "check what answers at the update host on port 80");
   }
 }
 
@@ -157,11 +160,13 @@ Code FindCode(std::wstring_view code, bool http) {
   constexpr std::int32_t kWinInetFirst = 12000, kWinInetLast = 12175;
   const std::int32_t number = text::ParseDecimal(code);
   if (number >= kWinInetFirst && number <= kWinInetLast) {
-    return {code, false, "an error of Windows' internet functions",
-            "look it up in Microsoft's list of WinINet error codes"};
+    return {.code = code,
+            .means = "an error of Windows' internet functions",
+            .advice = "look it up in Microsoft's list of WinINet error codes"};
   }
-  return {code, false, "an error code of Windows",
-          "look it up: net helpmsg and the number, in a command prompt"};
+  return {.code = code,
+          .means = "an error code of Windows",
+          .advice = "look it up: net helpmsg and the number, in a command prompt"};
 }
 
 }  // namespace logcheck

@@ -15,7 +15,7 @@ namespace {
 
 using View = std::wstring_view;
 
-/// The mark of a file that was appended to another, and the zeros that a power cut leaves, end a line as
+/// A byte order mark (of a file that was appended to another) and zeros (from a power cut) end a line as
 /// well.
 constexpr View kLineEnds(L"\n\r\0\uFEFF", 4);
 constexpr View kBlanks = L" ,";
@@ -31,7 +31,7 @@ std::vector<View> SplitLines(View log) {
     const std::size_t end = std::min(log.find_first_of(kLineEnds), log.size());
     View line = log.substr(0, end);
     log.remove_prefix(std::min(end + 1, log.size()));
-    // A header that was appended behind a torn line.
+    // A header was appended to a torn line.
     const std::size_t torn = line.size() - std::min(line.size(), log_texts::kHeaderRule.size());
     if (torn > 0 && line.ends_with(log_texts::kHeaderRule)) line = line.substr(0, torn);
     if (!text::Trim(line).empty()) lines.push_back(line);
@@ -92,8 +92,8 @@ View WithoutStamp(View line) {
   return IsoTime(month, day, year, hour).empty() ? line : rest;
 }
 
-/// How many of the lines from `first` on are `known`, and in `rest` what follows it; 0: they are another
-/// text. `first_line`: that line without a time in front of it.
+/// The number of lines, from `first` on, that match `known`; 0 when they do not. `rest` gets the text that
+/// follows a match. `first_line`: the first of the lines, without a time in front of it.
 std::size_t Match(const Text& known, View first_line, const std::vector<View>& lines, std::size_t first,
                   View& rest) {
   View wanted = known.text;
@@ -113,8 +113,8 @@ std::size_t Match(const Text& known, View first_line, const std::vector<View>& l
   }
 }
 
-/// What follows `part` in `line`, where only the product's name may come before it.
-std::optional<View> Behind(View part, View line) {
+/// The text after `part` in `line`, in which only the product's name may precede it; nothing otherwise.
+std::optional<View> TextAfter(View part, View line) {
   part = text::Trim(part);
   const std::size_t at = line.find(part);
   if (at == line.npos || (at != 0 && !line.starts_with(identity::kProductLabel))) return std::nullopt;
@@ -142,8 +142,8 @@ class Reader {
     return *run_;
   }
 
-  /// The field of the header that is number `order` of its lines. It begins a run unless the current run
-  /// still waits for it.
+  /// The run that line number `order` of a header belongs to. It is a new one when the current run already
+  /// has that line, a later one or a check.
   Run& HeaderField(int order) {
     if (run_ && (order <= header_ || !run_->checks.empty())) {
       take_(std::move(*run_));
@@ -151,17 +151,17 @@ class Reader {
     }
     header_ = order;
     started_ = false;
-    unknown_behind_ = 0;
+    unknown_lines_ = 0;
     return CurrentRun();
   }
 
   bool TakeHeader(View line) {
     if (line == log_texts::kHeaderRule) return true;
-    if (const auto version = Behind(log_texts::kFileVersion, line)) {
+    if (const auto version = TextAfter(log_texts::kFileVersion, line)) {
       HeaderField(1).utility = *version;
-    } else if (const auto time = Behind(log_texts::kDateTime, line)) {
+    } else if (const auto time = TextAfter(log_texts::kDateTime, line)) {
       HeaderField(2).time = HeaderTime(*time);
-    } else if (const auto product = Behind(kBuildVersion, line)) {
+    } else if (const auto product = TextAfter(kBuildVersion, line)) {
       HeaderField(3).product = *product == log_texts::kNotAvailable ? View() : *product;
     } else if (line.starts_with(log_texts::kAppMode)) {
       line.remove_prefix(log_texts::kAppMode.size());
@@ -181,7 +181,7 @@ class Reader {
     return checks.back();
   }
 
-  /// A check begins at the word of a retry, else at its first frame line.
+  /// A check begins with the entry of a retry, otherwise with its first frame line.
   void BeginCheck(View text) {
     const bool retry = text == update_texts::kRetry;
     if (!retry && text != update_texts::kEntriesStart) return;
@@ -189,11 +189,11 @@ class Reader {
     started_ = !retry;
   }
 
-  /// Windows' message, in any language, is the line before the entry that the record could not be read.
+  /// The line before the entry kRecordReadFailed is Windows' message, in any language.
   void TakeMessageBefore(const Text& text) {
     if (text.text != update_texts::kRecordReadFailed) return;
     std::vector<std::wstring>& unknown = CurrentRun().unknown;
-    const auto first = unknown.end() - static_cast<std::ptrdiff_t>(unknown_behind_);
+    const auto first = unknown.end() - static_cast<std::ptrdiff_t>(unknown_lines_);
     for (auto line = first; line != unknown.end(); ++line) CurrentCheck().entries.push_back(Neighbour(*line));
     unknown.erase(first, unknown.end());
   }
@@ -204,13 +204,13 @@ class Reader {
     Entry entry{.line = std::wstring(lines_[first]), .text = &text, .rest = std::wstring(rest)};
     for (std::size_t i = 1; i < count; ++i) entry.line.append(L"\n").append(lines_[first + i]);
     CurrentCheck().entries.push_back(std::move(entry));
-    unknown_behind_ = 0;
+    unknown_lines_ = 0;
     return count;
   }
 
-  /// A number belongs to the entry before it when that announces one.
+  /// A number belongs to the previous entry when that entry announces one.
   bool TakeNumber(View line) {
-    if (unknown_behind_ > 0 || !run_ || run_->checks.empty()) return false;
+    if (unknown_lines_ > 0 || !run_ || run_->checks.empty()) return false;
     Entry& last = CurrentCheck().entries.back();
     const bool announced = last.text != nullptr && (last.text->text == update_texts::kStatusCode ||
                                                     last.text->text == update_texts::kOptionStatus);
@@ -220,7 +220,7 @@ class Reader {
     return true;
   }
 
-  /// Reads the header line, entry or unknown line at `first`; returns how many lines it takes up.
+  /// Reads the header line, entry or unknown line at `first`; returns its number of lines.
   std::size_t Take(std::size_t first) {
     const View line = lines_[first];
     if (TakeHeader(text::Trim(line)) || TakeNumber(line)) return 1;
@@ -234,16 +234,16 @@ class Reader {
       }
     }
     CurrentRun().unknown.emplace_back(line);
-    ++unknown_behind_;
+    ++unknown_lines_;
     return 1;
   }
 
   std::vector<View> lines_;
   const std::function<void(Run&&)>& take_;
   std::optional<Run> run_;
-  int header_ = 0;                  ///< number of the last line of the header, 1 to 4
-  bool started_ = false;            ///< the current check has its first frame line
-  std::size_t unknown_behind_ = 0;  ///< unknown lines since the last entry
+  int header_ = 0;                 ///< number of the last line of the header, 1 to 4
+  bool started_ = false;           ///< the current check has its first frame line
+  std::size_t unknown_lines_ = 0;  ///< unknown lines since the last entry
 };
 
 }  // namespace

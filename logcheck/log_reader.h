@@ -19,7 +19,7 @@ struct Entry {
 };
 
 /// One check of a run, with the lines before its first frame line (settings) and after its last (a failed
-/// launch).
+/// launch). A frame line is one of the four lines of "=====" that enclose the steps of a check.
 struct Check {
   std::vector<Entry> entries;
 };
@@ -35,9 +35,9 @@ struct Run {
   std::vector<std::wstring> unknown;  ///< lines that no version of the utility writes
 };
 
-/// Hands the runs of a log to `take`, in the order of the log. Lines end in LF, CR LF or CR; blank lines do
+/// Calls `take` with each run of a log, in the order of the log. Lines end in LF, CR LF or CR; blank lines do
 /// not count. A run begins where a header begins. Entries before the first header are a run without a header.
-/// A text that is no log is one run without header and checks; an empty text is none.
+/// A text that is not a log is one run without header and checks; an empty text has no run.
 void ReadLog(std::wstring_view log, const std::function<void(Run&&)>& take);
 
 }  // namespace logcheck

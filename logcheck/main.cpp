@@ -1,4 +1,4 @@
-// logcheck: what happened in the runs of the utility, and what is to be done, read from its logs.
+// logcheck: reads the utility's logs and shows what happened in each run and what to do.
 #include <algorithm>
 #include <filesystem>
 #include <string>
@@ -65,7 +65,7 @@ class LogCheck {
     if (!console::Print(app_, text)) Worsen(console::kFailed);
   }
 
-  /// The logs of a folder and its sub-folders, by name; a file or "-" itself.
+  /// The logs in a folder and its sub-folders, sorted by name; for a file or "-" only that.
   std::vector<Input> Expand(const Path& path) {
     std::error_code error;
     if (path == "-" || !std::filesystem::is_directory(path, error)) return {{path}};

@@ -16,7 +16,7 @@ using console::Printable;
 constexpr std::size_t kWidth = 100;
 /// Longest line of a log that is shown, with blanks and quotation marks around it.
 constexpr std::size_t kLineShown = 88;
-/// What is shown of a run is at most a screen, whatever happened in it.
+/// With these bounds the text of any run fits on a screen.
 constexpr std::size_t kChecksShown = 2, kNotesShown = 2, kUnknownShown = 2;
 constexpr std::string_view kNoCheck = "no check";
 
@@ -74,7 +74,7 @@ std::string Headline(const Run& run) {
   return Wrapped(line, 0);
 }
 
-/// What else went wrong is told of the last check only.
+/// Shows the notes of the last check only.
 std::string CheckText(const Verdict& verdict, std::size_t number, std::size_t count) {
   const std::string label =
       count == 1 ? "" : "check " + std::to_string(number) + " of " + std::to_string(count) + ": ";
@@ -88,7 +88,7 @@ std::string CheckText(const Verdict& verdict, std::size_t number, std::size_t co
   return shown;
 }
 
-/// The checks before those that are shown, each outcome once in its order.
+/// The line for the first `count` checks, which are not shown one by one: each outcome once, in their order.
 std::string EarlierChecks(const std::vector<Verdict>& verdicts, std::size_t count) {
   std::string outcomes;
   for (std::size_t i = 0; i < count; ++i) {

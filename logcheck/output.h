@@ -11,7 +11,7 @@
 
 namespace logcheck {
 
-/// A run with what came of its checks.
+/// A run and the verdicts on its checks.
 struct JudgedRun {
   Run run;
   std::vector<Verdict> verdicts;  ///< one for each check of the run
@@ -19,7 +19,7 @@ struct JudgedRun {
 
 JudgedRun JudgeRun(Run run);
 
-/// The run for a person: at most 23 lines of at most 100 characters, safe on a terminal.
+/// The run as text: at most 23 lines of at most 100 characters, safe on a terminal.
 std::string AsText(const JudgedRun& judged);
 /// The run as one JSON object on one line. `file`: its name in UTF-8.
 std::string AsJson(const JudgedRun& judged, const std::string& file);
@@ -28,9 +28,9 @@ std::string AsJson(const JudgedRun& judged, const std::string& file);
 class Summary {
  public:
   void Add(const JudgedRun& judged, const std::string& file);
-  /// A table, the outcome that was first seen last on top.
+  /// A table. The outcome whose first run is the latest comes first.
   std::string AsText() const;
-  /// The same rows, a JSON object and line each.
+  /// The same rows as JSON, one object on a line.
   std::string AsJson() const;
 
  private:

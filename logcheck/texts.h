@@ -5,15 +5,15 @@
 
 struct RegisteredReader;
 
-/// What each text of the utility's log means, keyed by the very constants that the utility logs.
+/// The meaning of each text in the utility's log. The table contains the constants that the utility logs.
 namespace logcheck {
 
-/// What an entry tells about its check.
+/// The meaning of an entry for the verdict on its check.
 enum class Role {
   header,         ///< part of the run's header; never an entry
   progress,       ///< a step that went well, or a frame line
   code,           ///< code or message of the entry before it
-  trouble,        ///< something went wrong, and the check went on
+  trouble,        ///< an error after which the check continued
   value_read,     ///< a registry value of the product was read
   value_missing,  ///< a registry value of the product was not read
   not_installed,
@@ -30,9 +30,9 @@ struct Text {
   std::wstring_view text;   ///< may hold line ends; compared without the white space around each line
   bool open_ended = false;  ///< a code, message or path follows
   Role role = Role::progress;
-  const RegisteredReader* reader = nullptr;  ///< whose value was read or is missing
+  const RegisteredReader* reader = nullptr;  ///< of the value that was read or is missing
   std::string_view means;                    ///< a clause: lower case at the start, no full stop
-  /// What to do, a clause too; empty: nothing, or what the code that follows asks for.
+  /// The remedy, also a clause; empty: none is needed, or the code that follows has it.
   std::string_view advice = {};
 };
 
@@ -51,7 +51,7 @@ std::span<const Text> AfterCheckTexts();
 /// All of them.
 std::span<const TextGroup> TextGroups();
 
-/// A code or message behind "Error : ", or an HTTP status.
+/// A code or message after "Error : ", or an HTTP status.
 struct Code {
   std::wstring_view code;
   bool http = false;       ///< an HTTP status; else a Windows error code or a message of the utility
@@ -60,7 +60,7 @@ struct Code {
 };
 
 std::span<const Code> Codes();
-/// What is known of `code`; for one that the table lacks, where to look it up.
+/// The table's entry for `code`; for a code that is not in the table, an entry that says where to look it up.
 Code FindCode(std::wstring_view code, bool http);
 
 }  // namespace logcheck

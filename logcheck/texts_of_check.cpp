@@ -1,4 +1,4 @@
-// The texts of the exchange with the server, of the comparison, and of what can follow a check.
+// The texts of the exchange with the server, of the comparison, and of the steps after a check.
 #include <array>
 #include <string_view>
 
@@ -21,7 +21,7 @@ constexpr std::string_view kCheckTemp =
 constexpr std::string_view kRemoveRecord =
     "delete installedupdates.dat in the product's folder as an administrator";
 
-/// This text of the log files is bytes; all others are wide.
+/// The program has this text as bytes; all others are wide.
 constexpr auto kHistoryFailed = [] {
   std::array<wchar_t, log_texts::kHistoryFailed.size()> wide{};
   for (std::size_t i = 0; i < wide.size(); ++i) wide[i] = static_cast<wchar_t>(log_texts::kHistoryFailed[i]);

@@ -66,7 +66,7 @@ const Entry* Find(const Entries& entries, const Wanted& wanted) {
   return found == entries.end() ? nullptr : &*found;
 }
 
-/// The number, else the message, that the log tells of `entry`: in the entry behind it, or at its own end.
+/// The error number, or else the message, of `entry`: from the code entry after it, or from its own end.
 std::wstring ErrorOf(const Entries& entries, const Entry& entry) {
   const Entry* next = &entry + 1;
   std::wstring_view error = entry.rest;
@@ -93,8 +93,7 @@ std::string Explain(const Text& text, std::wstring_view error) {
   return Sentence(sentence);
 }
 
-/// The first entry that tells of a registry value which no later entry has read after all; null: there is
-/// none.
+/// The first entry about a missing registry value that no later entry has read; null when there is none.
 const Entry* FindMissingValue(const Entries& entries) {
   for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
     if (!Is(*entry, Role::value_missing)) continue;
@@ -145,7 +144,7 @@ class Judgement {
     return true;
   }
 
-  /// Of the entries named, the first one that the check has, else `otherwise`.
+  /// The first candidate that is not null, else `otherwise`.
   const Entry& FirstOf(std::initializer_list<const Entry*> candidates, const Entry& otherwise) const {
     for (const Entry* candidate : candidates) {
       if (candidate != nullptr) return *candidate;
@@ -153,7 +152,7 @@ class Judgement {
     return otherwise;
   }
 
-  /// What ends a check before a server is asked.
+  /// Decides the outcome of a check that ended before it asked a server; false when it did not end there.
   bool DecideBeforeServer() {
     const Entry* missing = FindMissingValue(entries_);
     if (const Entry* gate = Find(entries_, Role::not_installed)) {
@@ -165,7 +164,7 @@ class Judgement {
       return Set(Outcome::facts_missing, FirstOf({missing}, *facts));
     }
     if (const Entry* mismatch = Find(entries_, Role::mismatch)) {
-      // The missing address is then the cause: no host can occur in it.
+      // A missing address is the cause, because no host can occur in it.
       Set(Outcome::settings_mismatch, FirstOf({Find(entries_, update_texts::kUrlMode), missing,
                                                Find(entries_, update_texts::kHostNotMatched)},
                                               *mismatch));
@@ -183,7 +182,7 @@ class Judgement {
     }
     const Entry* status = Find(entries_, Role::odd_status);
     if (status == nullptr) return false;
-    // An error page has no packs; a list that came with the status counts.
+    // An error page has no packs. A list that came with the status decides the outcome.
     if (Find(entries_, update_texts::kMatching)) return Set(Outcome::none, *status);
     return Set(Find(entries_, Role::offered) ? Outcome::offered : Outcome::failed, *status);
   }
@@ -206,7 +205,7 @@ class Judgement {
     }
   }
 
-  /// An update that was found and could not be started is what the user needs help with.
+  /// An update that was found and could not be started needs help first.
   void DecideLaunch() {
     const Entry* launch = Find(entries_, Role::launch_failed);
     if (launch == nullptr) return;

@@ -7,14 +7,14 @@
 
 #include "logcheck/log_reader.h"
 
-/// What came of a check, and what is to be done. Pure: decided from the check's entries alone.
+/// The outcome of a check, and what to do about it. Pure: depends only on the entries of the check.
 namespace logcheck {
 
 enum class Outcome { offered, none, failed, settings_mismatch, facts_missing, not_installed };
 
 /// "offered", "settings-mismatch" and so on.
 std::string_view NameOf(Outcome outcome);
-/// What the outcome means, as a clause.
+/// The meaning of the outcome, as a clause.
 std::string_view MeaningOf(Outcome outcome);
 
 struct Verdict {
@@ -22,8 +22,8 @@ struct Verdict {
   std::optional<int> exit_code;  ///< the number of "Exit code" in the log
   std::wstring error;            ///< code or message of the failure; empty: none
   std::wstring step;             ///< the entry that names the step that failed; empty: none
-  std::string advice;            ///< one sentence: what it means and what to do
-  /// What else went wrong in the check without deciding it: a sentence each.
+  std::string advice;            ///< one sentence: the meaning and the remedy
+  /// Errors of the check that did not decide its outcome, one sentence each.
   std::vector<std::string> notes;
 };
 

@@ -48,7 +48,7 @@ files() {
   done
 }
 
-# The document's number is made of the commit's, so it is the same each time.
+# The document's number is derived from the commit, so that it can be reproduced.
 jq -n --arg version "$version" --arg commit "$commit" --arg time "$(date -u -d "@$seconds" +%FT%TZ)" \
   --arg number "${commit:0:8}-${commit:8:4}-5${commit:13:3}-8${commit:17:3}-${commit:20:12}" --arg jq "$(version_of jq)" \
   --slurpfile libraries <(libraries) --slurpfile files <(files "$@") '{

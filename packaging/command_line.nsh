@@ -1,5 +1,5 @@
-; The command line of installer and uninstaller. NSIS itself ignores options that it does not know, and a folder after
-; /D= that it does not like: an unattended script would then wait for a window, or install elsewhere.
+; The command line of installer and uninstaller. NSIS ignores unknown options, and an unsuitable folder after /D=. An
+; unattended script would then wait for a window, or install in another folder.
 
 !define USAGE "Usage: setup.exe [/S] [/D=FOLDER]$\r$\n$\r$\n\
 /S$\tasks nothing and shows no window$\r$\n\

@@ -8,8 +8,8 @@
 !define PROGRAM_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)"
 ; The log folder while it is prepared.
 !define CLOSED_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)"
-; The folder above it, which the product may use too: users may add files and folders, as Windows lets them in
-; ProgramData, and their own are theirs. They may not delete or rename what others made.
+; The folder above it, which the product may use too: users may add files and folders, as in ProgramData, and control
+; those that they added. They may not delete or rename those of others.
 !define PARENT_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)(A;CI;0x6;;;BU)(A;OICIIO;GA;;;CO)"
 ; The log folder: users list it and create files (0x1200ab), but no folders. They read and write all files, and only
 ; administrators delete a file or change its rights (0x12019f = FILE_GENERIC_READ | FILE_GENERIC_WRITE). The right to
@@ -69,8 +69,8 @@ Function CreateProgramFolder
   ${EndIf}
 FunctionEnd
 
-; Sets owner and access list of the open folder $R0, of this folder alone: its files keep theirs. (SetSecurityInfo
-; would change the files too, and so whatever a hard link among them leads to.) Out: $0 0 when it failed.
+; Sets owner and access list of the open folder $R0 but not of its files. (SetSecurityInfo would change the files too,
+; and with them the targets of hard links.) Out: $0 0 when it failed.
 Function SetRights
   Call MakeRights
   ; OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION

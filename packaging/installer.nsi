@@ -209,7 +209,7 @@ Function CopyProgram
   ${EndIf}
 FunctionEnd
 
-; A korsa.ini that was changed since it was installed stays, or moves along, as does one that an administrator placed.
+; A korsa.ini that was changed since it was installed, or that an administrator placed, is kept. A move takes it along.
 Function CopySeed
   StrCpy $R0 $INSTDIR
   Call ReadSeedState

@@ -14,7 +14,7 @@ output=$tree/QRTTavrelUtility-$version-setup.exe
 size=$((($(stat --format=%s "$program") + 1023) / 1024 + 64))  # 64 KiB: uninstaller and seed
 # The file gets the line ends of Windows.
 sed 's/$/\r/' "$tree/generated/korsa.ini" >"$tree/korsa.ini"
-# Paths may hold any letter.
+# A UTF-8 locale, because paths may contain any letter.
 LC_ALL=C.UTF-8 makensis -V2 -WX -NOCD -DVERSION="$version" -DPRODUCT_VERSION="$(version_of TAVREL_PRODUCT_VERSION)" -DSIZE="$size" \
   -DOUTPUT="$output" -DPROGRAM="$program" -DSEED="$tree/korsa.ini" -DICON="$repo/resources/app.ico" \
   ${TAVREL_SIGN:+-DSIGN="$TAVREL_SIGN"} "$repo/packaging/installer.nsi" >&2

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Prints the notices of what others wrote and the released programs contain: the copyright files of the Debian packages
-# that it came with.
+# Prints the notices for the third-party code in the released programs: the copyright files of the Debian packages from
+# which that code comes.
 set -euo pipefail
 print_package() {
   printf '\n\n======== %s\n======== Debian package %s %s\n\n' "$1" "$2" \

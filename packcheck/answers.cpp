@@ -17,7 +17,7 @@ bool IsVersionNumber(std::int64_t number) {
   return number >= 0 && number <= kLargestNumber;
 }
 
-/// The highest level and build of all packs, each read as if it were the list's only one.
+/// The highest level and build of all packs. Each pack is read as if it were the only one of the list.
 LatestPack HighestNumbers(const std::vector<std::wstring>& sections) {
   LatestPack highest;
   for (std::size_t i = 1; i < sections.size(); ++i) {
@@ -97,7 +97,7 @@ std::string PointedText(const Version& version) {
 std::set<LevelAndBuild> Thresholds(const Published& published) {
   const std::int64_t newest = published.newest.level;
   std::set<LevelAndBuild> found{{0, 0}, {newest, 0}, {newest, published.newest.build}, {newest + 1, 0}};
-  // A record's version is compared with the folded one, in which ten builds weigh as much as a level.
+  // The decision compares the record's version with the folded one, in which ten builds count like a level.
   const Version zero = VersionOf({0, 0});
   const std::int64_t ahead = std::int64_t{ParseRecordVersion(published.record.value_or(L"")).value_or(0)} -
                              text::FoldVersion(zero[0], zero[1], 0, 0);
@@ -114,7 +114,7 @@ std::set<LevelAndBuild> Thresholds(const Published& published) {
 std::optional<Version> FirstOfferedOlder(const Published& published) {
   Published recorded = published;
   recorded.record = RecordOf(published.sections);
-  // Such a record covers the list, so that only a version that is read from it can offer anything.
+  // This record covers the list, so only its version can cause an offer.
   if (!ParseRecordVersion(*recorded.record)) return std::nullopt;
   const LatestPack highest = HighestNumbers(published.sections);
   std::set<LevelAndBuild> candidates = Thresholds(recorded);

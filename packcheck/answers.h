@@ -11,8 +11,8 @@
 
 #include "update/pack_list.h"
 
-/// The clients' answers to a list of updates, from the clients' own decision. Names are as ReadSectionNames
-/// returns them.
+/// The answers of clients to a list of updates. The clients' own function computes them (update/decision.h).
+/// Names are as ReadSectionNames returns them.
 namespace packcheck {
 
 /// The file version of a product's executable.
@@ -24,7 +24,7 @@ using LevelAndBuild = std::pair<std::int64_t, std::int64_t>;
 /// The largest number that a file version holds.
 inline constexpr std::int64_t kLargestNumber = 65535;
 
-/// What clients read of a list.
+/// The data that clients read from a list, and their record.
 struct Published {
   std::vector<std::wstring> sections;  ///< those that fit the clients' buffer: a heading, then the packs
   LatestPack newest;                   ///< zeros when there is none
@@ -35,7 +35,7 @@ struct Published {
 Published ReadPublished(std::string_view list, std::optional<std::string_view> record,
                         std::vector<std::wstring>& lost);
 
-/// What a client does whose executable has the version `product`.
+/// The answer of a client whose executable has the version `product`.
 struct Client {
   Version product{};
   bool offered = false;
@@ -43,7 +43,7 @@ struct Client {
   bool record_deleted = false;
   std::vector<std::wstring> log;  ///< the entries of its comparison
 
-  /// Whether another client gets the same answer, whatever its version.
+  /// Whether both clients get the same answer; their versions and log entries are not compared.
   bool HasAnswerOf(const Client& other) const;
 };
 Client Ask(const Published& published, const Version& product);
@@ -54,13 +54,13 @@ Version VersionOf(const LevelAndBuild& numbers);
 /// A version as "15.0.2.5".
 std::string PointedText(const Version& version);
 
-/// Every level and build from which on the answer can differ from the one below it. Not each of them is a
-/// difference. Between two of them, all clients of this product version get the same answer.
+/// Candidate versions: every level and build at which the answer can change, a superset of those at which it
+/// does. From one candidate to the next, all clients of this product version get the same answer.
 std::set<LevelAndBuild> Thresholds(const Published& published);
 
-/// The first client version that has the record of this very list and is offered updates, although no pack of
-/// the list is newer. The reason is the record's version, in which a build of 10 counts like a level.
-/// Nothing: there is no such version.
+/// The first version of a client that is offered updates although its record names every pack of the list and
+/// no pack is newer. The cause is the record's version, in which a build of 10 counts like a level. Nothing
+/// when there is no such version.
 std::optional<Version> FirstOfferedOlder(const Published& published);
 
 }  // namespace packcheck

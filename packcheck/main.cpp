@@ -1,4 +1,4 @@
-// packcheck: tells a publisher what clients make of a list of updates, before it is published.
+// packcheck: shows a publisher, before publication, how clients read a list of updates and what they do.
 #include <algorithm>
 #include <optional>
 #include <string>
@@ -23,7 +23,7 @@ struct Options {
   std::vector<std::string> lists, ignored;
 };
 
-/// Four numbers of 16 bits between points, and nothing else.
+/// Parses exactly four 16-bit numbers that are separated by points.
 std::optional<packcheck::Version> ParseVersion(const std::string& text) {
   packcheck::Version version{};
   std::size_t field = 0, digits = 0;
@@ -56,7 +56,7 @@ std::string CheckCode(const std::string& text) {
              : "no warning has the code '" + text + "'";
 }
 
-/// What is wrong with how options are combined; empty when nothing is.
+/// The error in the combination of options; empty when there is none.
 std::string CheckUse(const Options& options) {
   if (options.compare && options.lists.size() != 2) return "--compare takes two lists, OLD and NEW";
   const auto inputs = std::count(options.lists.begin(), options.lists.end(), "-") + (options.record == "-");

@@ -19,7 +19,7 @@ constexpr std::size_t kRowsShown = 6;
 constexpr std::size_t kWarningsShown = 6;
 /// Longest part of a name that is shown, in UTF-16 code units.
 constexpr std::size_t kNameLength = 60;
-/// Where the second column of a table begins: after the longest version, and after a range of two.
+/// Start of the second column of a table: after the longest version, and after a range of two versions.
 constexpr std::size_t kAnswerColumn = 23;
 constexpr std::size_t kChangeColumn = 40;
 
@@ -33,7 +33,7 @@ std::string Shortened(const std::wstring& name) {
   return console::Printable(std::wstring_view(name).substr(0, kNameLength)) + "...";
 }
 
-/// The line that stands for what is not shown of `count` entries.
+/// The line in place of the entries, out of `count`, that are not shown; empty when all are shown.
 std::string More(std::size_t count, std::size_t shown, const std::string& remedy) {
   return count <= shown ? "" : "  ... and " + std::to_string(count - shown) + " more" + remedy + "\n";
 }

@@ -6,8 +6,8 @@
 #include "packcheck/report.h"
 
 /// The results as text for people, at most a screen of lines that end in "\n" and are safe on a terminal, or
-/// as JSON for programs, one object on a line. Both are ASCII or UTF-8. In names, a byte above 0x7F that no
-/// encoding explains is \x and two digits.
+/// as JSON for programs, one object on a line. Both are ASCII or UTF-8. In names, a byte that is not valid
+/// UTF-8 is \x and two digits.
 namespace packcheck {
 
 std::string AsText(const Report& report);

@@ -7,12 +7,12 @@
 
 #include "packcheck/answers.h"
 
-/// What a publisher wants to know about a list of updates before publishing it.
+/// The report on a list of updates for its publisher.
 namespace packcheck {
 
 struct Warning {
   std::string code;
-  std::wstring name;  ///< the section, line or client version that is meant; empty: the file as a whole
+  std::wstring name;  ///< the section, line or client version concerned; empty: the file as a whole
   std::string text;
 };
 
@@ -30,7 +30,7 @@ struct Report {
 /// Examines the bytes of a list, and those of a record of installed updates if there is one.
 Report Examine(std::string_view list, std::optional<std::string_view> record, std::optional<Version> product);
 
-/// Client versions from `from` to `to`, both included, whose answer is not the same for two lists.
+/// A range of client versions, `from` and `to` included, that get another answer from the second list.
 struct Change {
   Version from{}, to{};
   Client before, after;

@@ -41,7 +41,7 @@ struct Meaning {
 /// A list with more faults than this is not a list of updates.
 constexpr std::size_t kMostLineWarnings = 1000;
 
-/// What the name of each pack of this product begins with: "Varnexa15_0_".
+/// The prefix of the name of each pack of this product: "Varnexa15_0_".
 std::string PackPrefix() {
   std::wstring prefix = std::wstring(identity::kProductLabel) + L"_";
   text::ReplaceAll(prefix, L" ", L"");
@@ -51,7 +51,7 @@ std::string PackPrefix() {
 
 /// In the order of Code.
 const std::array<Meaning, kCodes>& Meanings() {
-  // One character of the clients' buffer ends the list of names.
+  // The last character of the clients' buffer is the null that ends the list of names.
   static const std::string limit = std::to_string(kSectionNamesCapacity - 1);
   static const std::array<Meaning, kCodes> meanings = {{
       {"no-sections", "clients find no section; begin with a heading in brackets, then the packs"},
@@ -86,7 +86,7 @@ void Warn(Report& report, Code code, std::wstring_view name = {}) {
   report.warnings.push_back({.code = meaning.code, .name = std::wstring(name), .text = meaning.text});
 }
 
-/// A field that holds a number and nothing else.
+/// Whether a field is a number and nothing else.
 bool IsNumber(std::wstring_view field) {
   if (field.starts_with(L'-') || field.starts_with(L'+')) field.remove_prefix(1);
   return !field.empty() && field.find_first_not_of(L"0123456789") == field.npos;
@@ -117,7 +117,7 @@ void WarnOfMark(std::string_view list, Report& report) {
   Warn(report, kByteOrderMark, names.front());
 }
 
-/// Warns of what the names no longer show: lines without a closing bracket, and nulls.
+/// Warns of faults that the names do not show: lines without a closing bracket, and control characters.
 void WarnOfLines(std::string_view list, Report& report) {
   if (list.starts_with(kUtf8Mark)) list.remove_prefix(kUtf8Mark.size());
   for (const std::wstring& line : ReadHeadingLines(list)) {

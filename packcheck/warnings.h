@@ -7,7 +7,8 @@
 
 namespace packcheck {
 
-/// Adds the warnings to a report that is otherwise complete. `list`: the bytes that were published.
+/// Adds the warnings to a report that is otherwise complete. `list`: the bytes from which `published` was
+/// read.
 void AddWarnings(std::string_view list, const Published& published, Report& report);
 
 /// Every code that a warning can have.

@@ -1,8 +1,8 @@
 // A stand-in for the installed product, for the demo and the tests.
 //
-// Started with arguments it does what a self-update is asked to do here: it leaves a note of how it was
-// started ("qrt-arguments.txt" beside its executable: one UTF-8 line per argument, then the current
-// folder) and ends. Started without arguments it shows a window until that is closed, five minutes at most.
+// Started with arguments it takes the place of the self-update: it writes how it was started to
+// "qrt-arguments.txt" beside its executable (one UTF-8 line per argument, then the current folder) and ends.
+// Started without arguments it shows a window until that is closed, five minutes at most.
 
 #include <windows.h>
 
@@ -36,7 +36,7 @@ std::wstring CurrentFolder() {
   return path;
 }
 
-// The note appears under its name only when it is whole, so that a reader never sees half of it.
+// The note gets its name only when it is complete, so that a reader never sees a part of it.
 bool WriteNote(const std::string& text) {
   const std::wstring path = OwnFolder() + L"\\qrt-arguments.txt";
   const std::wstring draft = path + L".new";

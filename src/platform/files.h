@@ -44,7 +44,8 @@ class TemporaryFile {
   std::wstring path_;
 };
 
-/// Calls `open` again, as WaitFor does, while it fails with a sharing violation. Returns the last call's file.
+/// Calls `open` again, as WaitFor does, while it fails with a sharing violation. Returns the last call's
+/// file.
 UniqueFile OpenWhenFree(const std::function<UniqueFile()>& open);
 /// Opens for writing, shared for reading and writing. `disposition` as for CreateFileW.
 UniqueFile OpenForWriting(const std::wstring& path, DWORD disposition);

@@ -68,8 +68,8 @@ void WriteProfileText(const std::wstring& file, const wchar_t* section, const wc
 }
 
 std::wstring ReadProfileSectionNames(const std::wstring& file, unsigned capacity) {
-  // The call ends every list with two nulls, even when it cuts the list, so a cut last name looks like a whole
-  // one. The buffer is one character longer to distinguish them: a whole name is followed by its null.
+  // The call ends every list with two nulls, even when it cuts the list, so a cut last name looks like a
+  // whole one. The buffer is one character longer to distinguish them: a whole name is followed by its null.
   std::wstring buffer(capacity + 1, L'\0');
   const DWORD length = GetPrivateProfileSectionNamesW(buffer.data(), capacity + 1, file.c_str());
   return buffer.substr(0, length < capacity ? length : capacity - 1);

@@ -13,7 +13,8 @@ std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, c
 /// Writes an ASCII value with RewriteFile, which creates a missing file. A failure is ignored. The profile
 /// function edits a copy in the folder for temporary files. The value is not written when `condition`, called
 /// with the path of the unedited copy, returns false; the file cannot change between that call and the write.
-/// A caller uses `condition` so that a value that it could not read for a moment is not replaced by a default.
+/// A caller uses `condition` so that a value that it could not read for a moment is not replaced by a
+/// default.
 void WriteProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
                       const wchar_t* value,
                       const std::function<bool(const std::wstring& copy)>& condition = nullptr);

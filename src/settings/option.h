@@ -2,7 +2,8 @@
 
 #include <string>
 
-/// The value of a settings key that should be "TRUE" or "FALSE" (in any case, with or without blanks around it).
+/// The value of a settings key that should be "TRUE" or "FALSE" (in any case, with or without blanks around
+/// it).
 enum class OptionText {
   missing,    ///< no such key, only blanks, or a file that cannot be read at this moment
   malformed,  ///< any other text

@@ -95,7 +95,7 @@ std::optional<Measure> MeasureRun(const std::wstring& program, const wchar_t* ar
   Measure measure{.first_thread = run.first_thread};
   bool reached = false;
   while (!reached && Now() - began < kLongestRunMs) {
-    // Wine tells the memory of a process only while it runs.
+    // Wine reports the memory of a process only while it runs.
     measure.kib = std::max(measure.kib, PeakMemory(run.process.get()));
     reached = WaitForSingleObject(run.process.get(), 1) == WAIT_OBJECT_0;
     if (until == Until::painted) reached = IsPainted(run.id);

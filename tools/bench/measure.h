@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-/// Up to where a run is measured: the end of its process, or the moment at which its property sheet is
-/// visible and all of it is painted.
+/// The end of a measurement: the end of the process, or the moment at which its property sheet is visible and
+/// completely painted.
 enum class Until { ended, painted };
 
 struct Measure {
