@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-/// Texts of the about box. It names the program's version shorter than the program does elsewhere.
+/// Texts of the about box. Its version has two numbers only, unlike elsewhere in the program.
 namespace about_texts {
 
 inline constexpr wchar_t kMenuItem[] = L"About...";

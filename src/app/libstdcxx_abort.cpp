@@ -33,7 +33,7 @@ void operator delete(void* block, std::size_t) noexcept {
 }
 
 #ifdef __GLIBCXX__
-// NOLINTBEGIN(bugprone-reserved-identifier): the runtime's own names.
+// NOLINTBEGIN(bugprone-reserved-identifier): libstdc++'s names.
 
 extern "C" void __cxa_pure_virtual() {
   End();

@@ -4,8 +4,8 @@
 #include "platform/system_library.h"
 
 int WINAPI wWinMain(_In_ HINSTANCE instance, _In_opt_ HINSTANCE, _In_ LPWSTR, _In_ int) {
-  // Before anything is loaded by name. The static imports are KnownDLLs, so no file beside the program can
-  // replace them.
+  // Called before any library is loaded by name. Our static imports are KnownDLLs, so they cannot be
+  // hijacked.
   platform::SearchSystemFolderOnly();
   CQRTTavrelUtilityApp app;
   return app.Run(instance);

@@ -33,7 +33,7 @@ CTavrelSheet::CTavrelSheet(RunState& run)
 
 INT_PTR CTavrelSheet::Run() {
   const INT_PTR result = DoModal();
-  // The page writes the header, and a sheet that could not be shown had no page.
+  // The page writes the header, but a sheet that could not be shown had no page.
   if (!run_.LaunchedFromPatchCheck && SheetLogText().empty()) WriteRegularRunHeader();
   run_.DatedLog().OpenSystemLog();
   return result;
@@ -51,7 +51,7 @@ bool CTavrelSheet::OnCommand(int id) {
       ShowMessage(AboutText(), MB_OK | MB_ICONINFORMATION, about_texts::kTitle);
       return true;
     case IDHELP:
-      // The program has no help: the button closes the sheet.
+      // The program has no help, so the button closes the sheet.
       EndDialog(IDCANCEL);
       return true;
     case kHelpCommand:

@@ -15,7 +15,8 @@ class CTavrelSheet : public CPropertySheet, public SheetUpdateCheck {
   /// `run` outlives the sheet.
   explicit CTavrelSheet(RunState& run);
 
-  /// DoModal, then writes what is pending to the dated log file, also when the sheet could not be shown.
+  /// Calls DoModal and returns its result. Then writes the pending entries to the dated log file, also when
+  /// the sheet could not be shown.
   INT_PTR Run();
 
  protected:

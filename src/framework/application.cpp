@@ -15,10 +15,10 @@ platform::SystemFunction<decltype(&::CoUninitialize)> UninitializeCom(ole, "CoUn
 
 CWinApp* g_application = nullptr;
 
-/// For the first ShowWindow of a process Windows takes what the starting program asked for instead of the
-/// argument. Hidden or minimised, a sheet or message box would wait unseen for ever; so a window that no
-/// display shows, a layered one without attributes, makes this first call.
-void SpendFirstShowWindow() {
+/// Windows applies the show command of the starting program to the first ShowWindow call of a process,
+/// instead of the argument. A hidden or minimised sheet or message box would then wait for ever. So this
+/// function makes that first call with a window that stays invisible, a layered one without attributes.
+void ConsumeStartUpShowCommand() {
   STARTUPINFOW start = {};
   start.cb = sizeof(start);
   GetStartupInfoW(&start);
@@ -42,7 +42,7 @@ void SpendFirstShowWindow() {
 
 }  // namespace
 
-/// COM for the user-interface thread, as the shell's calls and dialogs want it.
+/// COM for the user-interface thread, which the shell's functions and dialogs require.
 class ComSession {
  public:
   ComSession() : result_(InitializeCom(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
@@ -88,7 +88,7 @@ void CWinApp::PrepareWindows() {
     common_controls::InitCommonControlsEx(&classes);
   }
   self->com_ = std::make_unique<ComSession>();
-  SpendFirstShowWindow();
+  ConsumeStartUpShowCommand();
 }
 
 int CWinApp::ExitInstance() {

@@ -10,7 +10,7 @@ class CCommandLineInfo;
 class ComSession;
 class CWnd;
 
-/// The application object: one per process, made before `Run` and alive until the process ends.
+/// The application object: one per process, created before `Run` and alive until the process ends.
 class CWinApp {
  public:
   CWinApp();
@@ -18,7 +18,7 @@ class CWinApp {
   CWinApp(const CWinApp&) = delete;
   CWinApp& operator=(const CWinApp&) = delete;
 
-  /// The process's application object; null before it is made and after it is gone.
+  /// The process's application object; null before its construction and after its destruction.
   static CWinApp* Current();
 
   /// InitInstance, then ExitInstance; returns the latter's value, the process's exit code. There is no
@@ -31,20 +31,20 @@ class CWinApp {
   CWnd* MainWindow() const { return main_window_; }
   void SetMainWindow(CWnd* window) { main_window_ = window; }
 
-  /// Title of message boxes that are given none.
+  /// Title of message boxes that set no other title.
   const std::wstring& Title() const { return title_; }
   void SetTitle(std::wstring_view title) { title_ = title; }
 
-  /// Keeps the name of the vendor key under which stored settings of the program would stand.
+  /// Stores the name of the vendor key for program settings. No settings are stored under it.
   void SetRegistryKey(std::wstring_view name) { registry_key_ = name; }
   const std::wstring& RegistryKey() const { return registry_key_; }
 
-  /// Sets the classes of common controls (ICC_…) that PrepareWindows loads, so that a run without a window
-  /// does without them.
+  /// Sets the classes of common controls (ICC_…) that PrepareWindows loads. A run without a window does not
+  /// load them.
   void UseCommonControls(DWORD classes) { common_controls_ = classes; }
-  /// Initialises common controls and COM, and sees to it that a program started hidden or minimised shows its
-  /// windows. The framework calls it before every window, message box and dialog of the shell; only the first
-  /// call after InitInstance has an effect. What fails is silently left out.
+  /// Initialises common controls and COM, and makes the windows visible when the program was started hidden
+  /// or minimised. The framework calls it before every window, message box and dialog of the shell; only the
+  /// first call after InitInstance has an effect. Failures are ignored.
   static void PrepareWindows();
 
   /// Calls `info` for every argument of the process's command line.
@@ -54,8 +54,8 @@ class CWinApp {
   virtual int ExitInstance();
 
  protected:
-  /// Enables PrepareWindows; an override calls it first. The return value, whether a message loop is to
-  /// follow, is ignored by `Run`.
+  /// Enables PrepareWindows; an override calls it first. `Run` ignores the return value, which says whether a
+  /// message loop should follow.
   virtual BOOL InitInstance();
 
  private:

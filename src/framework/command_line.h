@@ -1,6 +1,6 @@
 #pragma once
 
-/// Receives the arguments of a command line, one call for each, program name left out.
+/// Receives the arguments of a command line, without the program's name, one in each call.
 class CCommandLineInfo {
  public:
   /// `text` is one argument, without its leading "/" or "-" when it is a switch.

@@ -6,7 +6,7 @@
 
 #include "platform/system_library.h"
 
-/// What the framework uses of the common controls library, loaded with the first window.
+/// The functions of the common controls library that the framework uses. The first call loads the library.
 namespace common_controls {
 
 template <class Type>

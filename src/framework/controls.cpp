@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr WPARAM kSelectAllCharacter = 1;  // what Ctrl+A types
+constexpr WPARAM kSelectAllCharacter = 1;  // WM_CHAR of Ctrl+A
 
 bool IsSelectAllKey(WPARAM key) {
   return key == 'A' && GetKeyState(VK_CONTROL) < 0 && GetKeyState(VK_MENU) >= 0;
@@ -17,7 +17,7 @@ void CButton::SetCheck(bool checked) {
 bool CReadOnlyEdit::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
   switch (message) {
     case WM_GETDLGCODE:
-      // Left to itself the edit keeps Tab, Enter and Escape, and selects everything when it takes the focus.
+      // By default an edit handles Tab, Enter and Escape, and selects everything when it gets the focus.
       result = Default(message, wparam, lparam) & ~(DLGC_WANTALLKEYS | DLGC_WANTTAB | DLGC_HASSETSEL);
       return true;
     case WM_SETFOCUS:

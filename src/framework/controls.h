@@ -13,8 +13,8 @@ class CButton : public CWnd {
   void SetCheck(bool checked);
 };
 
-/// A read-only multi-line edit that behaves as a text to read: no caret, Ctrl+A selects everything, and Tab,
-/// Enter and Escape go to the dialog.
+/// A read-only multi-line edit without a caret. Ctrl+A selects everything; Tab, Enter and Escape go to the
+/// dialog.
 class CReadOnlyEdit : public CWnd {
  protected:
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;

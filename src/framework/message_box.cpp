@@ -18,7 +18,7 @@ int ShowMessage(const std::wstring& text, UINT flags, const std::wstring& title)
   const CWinApp* application = CWinApp::Current();
   const std::wstring& caption = title.empty() && application != nullptr ? application->Title() : title;
   const HWND owner = MessageOwner(application);
-  // Without an owner nothing else would bring the box before the program that started this one.
+  // Without an owner, only this flag brings the box in front of the program that started this one.
   if (owner == nullptr) flags |= MB_SETFOREGROUND;
   return MessageBoxW(owner, text.c_str(), caption.c_str(), flags);
 }

@@ -50,7 +50,7 @@ void CPropertyPage::FocusSoon() {
 void CPropertyPage::MoveFocus() const {
   const HWND control = FocusChoice();
   if (control == nullptr || !IsWindowVisible(Handle())) return;
-  // The dialog's own way to move the focus keeps the default button right.
+  // Unlike SetFocus, WM_NEXTDLGCTL also updates the default button.
   SendMessageW(sheet_->Handle(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
 }
 
@@ -95,7 +95,7 @@ bool CPropertyPage::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESUL
       return true;
     case WM_NOTIFY:
       if (reinterpret_cast<const NMHDR*>(lparam)->code != PSN_SETACTIVE) return false;
-      // The tab's texture would lie under the page alone, not under the controls that colour themselves.
+      // The tab's texture would fill the page but not the background of controls that set their own colours.
       EnableDialogTexture(Handle(), ETDT_DISABLE);
       result = OnSetActive() ? 0 : -1;
       return true;
@@ -123,7 +123,7 @@ INT_PTR CALLBACK CPropertyPage::DialogProcedure(HWND window, UINT message, WPARA
     self->Adopt(window);
     return self->OnInitDialog();
   }
-  // Messages before WM_INITDIALOG, WM_SETFONT among them, find no page yet.
+  // Messages before WM_INITDIALOG, such as WM_SETFONT, have no page yet.
   auto* self = reinterpret_cast<CPropertyPage*>(GetWindowLongPtrW(window, DWLP_USER));
   return self == nullptr ? FALSE : self->HandleMessage(message, wparam, lparam);
 }

@@ -19,7 +19,7 @@ void DDX_Control(const CDataExchange& exchange, int id, CWnd& control);
 /// Check state of control `id`: 0 or 1.
 void DDX_Check(const CDataExchange& exchange, int id, int& value);
 
-/// A page of a property sheet, made from a dialog template when it is first shown.
+/// A page of a property sheet, created from a dialog template when it is first shown.
 class CPropertyPage : public CWnd {
  public:
   /// `template_id`: the dialog template; its caption is the tab's.
@@ -31,28 +31,28 @@ class CPropertyPage : public CWnd {
   /// Ends the sheet; its DoModal returns `result`.
   void EndDialog(INT_PTR result);
 
-  /// Moves the focus to FocusChoice() once the message in hand is done, since the sheet sets a focus of its
-  /// own when it shows a page. Nothing happens when another page is shown then.
+  /// Moves the focus to FocusChoice() after the current message, because the sheet sets the focus itself when
+  /// it shows a page. Does nothing if another page is visible then.
   void FocusSoon();
-  /// Calls OnSiblingChanged of every page whose window was made.
+  /// Calls OnSiblingChanged of every page whose window exists.
   void TellSiblings();
-  /// For a thread that was blocked: drops the clicks on this page and the keys that came meanwhile, since the
-  /// user meant what the page showed then. Escape and Alt+F4 still close the sheet.
+  /// For a thread that was blocked: drops the clicks on this page and the keys that arrived meanwhile,
+  /// because they refer to what the page showed then. Escape and Alt+F4 still close the sheet.
   void DiscardInput();
 
   /// Runs DoDataExchange in the given direction.
   void UpdateData(bool save);
   virtual void DoDataExchange(const CDataExchange& exchange) = 0;
 
-  /// The page's window was made. The base attaches the controls. True: the framework sets the focus.
+  /// Called when the page's window exists. The base attaches the controls. True: Windows sets the focus.
   virtual bool OnInitDialog();
-  /// The page is about to be shown. False refuses.
+  /// Called before the page is shown. False refuses.
   virtual bool OnSetActive();
-  /// The control of the page or the sheet that the user goes on with; null: none.
+  /// The control, of the page or the sheet, that the user needs next; null: none.
   virtual HWND FocusChoice() const { return nullptr; }
-  /// A page changed what other pages show.
+  /// Called after another page has changed data that this page shows.
   virtual void OnSiblingChanged() {}
-  /// A control's notification: `code` as in WM_COMMAND.
+  /// Called for a control's notification. `id`: the control. `code`: as in WM_COMMAND.
   virtual void OnCommand(int id, int code) = 0;
 
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;

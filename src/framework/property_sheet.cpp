@@ -6,13 +6,13 @@
 
 namespace {
 
-// Commands of the system menu from here on are Windows' own.
+// Windows reserves the commands of the system menu from this one on.
 constexpr WPARAM kFirstSystemCommand = 0xF000;
 
-/// The sheet that DoModal opens: the callback of PropertySheetW gets nothing but the window.
+/// The sheet that DoModal opens. The callback of PropertySheetW gets only the window.
 CPropertySheet* g_opening = nullptr;
 
-/// Moves `window` to the middle of its monitor's free area; what does not fit begins at its top left corner.
+/// Centres `window` in its monitor's work area. A window that does not fit starts at the top left corner.
 void CenterOnMonitor(HWND window) {
   MONITORINFO monitor = {};
   monitor.cbSize = sizeof(monitor);
@@ -87,7 +87,7 @@ void CPropertySheet::ShowIcon() {
   const HICON title_icon = SharedIcon(icon_id_, SM_CXSMICON, SM_CYSMICON);
   SendMessageW(Handle(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(taskbar_icon));
   SendMessageW(Handle(), WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(title_icon));
-  // A dialog frame shows no icon in its title bar.
+  // Windows shows no icon in the title bar of a dialog frame.
   const LONG_PTR style = GetWindowLongPtrW(Handle(), GWL_EXSTYLE);
   SetWindowLongPtrW(Handle(), GWL_EXSTYLE, style & ~static_cast<LONG_PTR>(WS_EX_DLGMODALFRAME));
   SetWindowPos(Handle(), nullptr, 0, 0, 0, 0,

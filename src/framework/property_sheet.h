@@ -19,21 +19,21 @@ class CPropertySheet : public CWnd {
 
   explicit CPropertySheet(std::wstring_view title) : title_(title) {}
 
-  /// Adds a page after those added before; it must outlive the sheet's run.
+  /// Adds a page after those added before. `page` must outlive DoModal.
   void AddPage(CPropertyPage& page);
   /// The page shown first, counted from 0.
   void SetActivePage(int index) { start_page_ = index; }
   /// Resource identifier of the icon in the title bar and in the taskbar; 0: none.
   void SetIcon(int icon_id) { icon_id_ = icon_id; }
 
-  /// Shows the sheet and returns when it has ended: IDOK, IDCANCEL or the value given to EndDialog; -1 at
-  /// once when the sheet cannot be shown.
+  /// Shows the sheet and returns when it has ended: IDOK, IDCANCEL or the value given to EndDialog. Returns
+  /// -1 when the sheet cannot be shown.
   INT_PTR DoModal();
-  /// Ends DoModal with `result` after the messages that wait already.
+  /// Ends DoModal with `result` after the messages that are already in the queue.
   void EndDialog(INT_PTR result);
 
  protected:
-  /// The sheet's window exists and is not visible yet. Under Wine its pages do not exist yet.
+  /// Called when the sheet's window exists and is not visible yet. Under Wine its pages do not exist yet.
   virtual void OnInitDialog() = 0;
   /// A command of a button of the sheet itself, of the system menu below 0xF000, or of F1 (kHelpCommand).
   /// True: handled.

@@ -11,7 +11,7 @@ HCURSOR g_replaced_cursor = nullptr;
 void BeginWaitCursor() {
   const HCURSOR wait = LoadCursorW(nullptr, IDC_WAIT);
   const HCURSOR replaced = SetCursor(wait);
-  // A wait that was never ended must not become what a later one goes back to.
+  // After a wait that was never ended, the wait cursor must not count as the replaced one.
   if (replaced != wait) g_replaced_cursor = replaced;
 }
 

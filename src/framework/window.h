@@ -26,7 +26,7 @@ class CWnd {
   void SetText(const std::wstring& text);
   void Enable(bool enable);
   void Show(bool show);
-  /// Invalidates the whole window, erases it and paints at once.
+  /// Invalidates the whole window, erases it and paints it before it returns.
   void RedrawNow();
   /// Paints the invalid parts of the window and its children and has the screen show them, for a thread that
   /// is about to block.
@@ -44,7 +44,7 @@ class CWnd {
   /// Sends a parent's WM_CTLCOLOR… message to the object of the control that it concerns.
   static bool ReflectColor(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result);
 
-  /// For windows whose messages arrive another way (dialog pages): keeps the handle without subclassing.
+  /// Keeps the handle without subclassing, for dialog pages, whose messages arrive by the dialog procedure.
   void Adopt(HWND window) { handle_ = window; }
 
  private:

@@ -6,14 +6,14 @@
 #include "log/log_sink.h"
 #include "log/system_log.h"
 
-/// File version of this program from its own version resource, e.g. "2.0.3.0"; empty until start-up read it.
+/// File version of this program from its own version resource, e.g. "2.0.3.0"; empty until it is read.
 inline std::wstring g_strProgramFileVersion;
 
-/// The application's own in-memory account of a run; nothing truncates it. Owns the run's dated log, which
-/// gets every entry too.
+/// The application's in-memory log of a run; it is never truncated. Owns the run's dated log, which also gets
+/// every entry.
 class ActivityLog : public LogSink {
  public:
-  /// Adds `text` and "\n\n"; an empty text adds the separator all the same.
+  /// Adds `text` and "\n\n", for an empty text "\n\n" only.
   void AppendLogLine(std::wstring_view text);
   /// Adds `text` and "\n" to the notes.
   void AppendNote(std::wstring_view text);
@@ -21,8 +21,8 @@ class ActivityLog : public LogSink {
 
   /// Appends the run header and sets the administrator flag and the build line.
   void WriteRunHeader();
-  /// Puts `file_version` in the place of "NA" wherever the build line stands in the log and in what the dated
-  /// log has not written yet. The build line itself keeps its text, so a later call finds nothing to replace.
+  /// Replaces "NA" by `file_version` in every build line of the log and of the dated log's pending text.
+  /// BuildLine() keeps its text, so a later call finds nothing to replace.
   void ApplyBuildVersionToLog(std::wstring_view file_version);
 
   const std::wstring& LogText() const { return log_text_; }

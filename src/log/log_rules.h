@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-/// Rules of the log that need no call of Windows: how its texts are written, which file gets them.
+/// Rules of the log that call no function of Windows: the format of its text, and the choice of the file.
 namespace log_rules {
 
 /// Removes the blank lines between the entries of a log: replaces "\n\n\n" by "\n", then "\n\n" by "\n"
@@ -17,15 +17,15 @@ std::wstring Normalise(std::wstring text);
 /// Replaces every `build_line` in `log` by that line with `file_version` in place of "NA".
 void ReplaceBuildLine(std::wstring& log, std::wstring_view build_line, std::wstring_view file_version);
 
-/// "\n" as carriage return and line feed, as a file in text mode has it.
+/// Replaces "\n" by "\r\n", as text mode does when it writes a file.
 std::string WithCrLf(std::string_view text);
-/// The lines of a file read in text mode: every line, whatever its end, followed by "\n".
+/// Replaces "\r\n" by "\n", as text mode does when it reads a file, and ends the last line with "\n".
 std::string WithLf(std::string_view bytes);
 
-/// Whether a file of the log folder belongs to this program, by its name (case-sensitive, anywhere in it).
+/// Whether a file's name contains the prefix of this program's log files, case-sensitive, at any position.
 bool IsLogFileName(std::wstring_view name);
 
-/// A log file as the folder lists it.
+/// A file of the log folder.
 struct LogFileEntry {
   std::wstring name;
   std::uint64_t last_write = 0;  ///< in any unit that grows with time

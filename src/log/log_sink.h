@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-/// Where a step of the check writes its entries. Each entry is handed over without its separator.
+/// Receives the entries of the steps of a check. `entry` has no separator at its end.
 class LogSink {
  public:
   virtual void Append(std::wstring_view entry) = 0;

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-/// The log's fixed texts. Support tools read them: blanks and spelling ("verfication") are kept as they are.
+/// The log's fixed texts. Keep their blanks and spelling ("verfication"): support tools search for them.
 namespace log_texts {
 
 // Run headers.

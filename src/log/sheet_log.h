@@ -7,23 +7,23 @@
 
 class SystemLog;
 
-/// Copy of the build line that the last regular run header carried.
+/// Build line of the last regular run header.
 inline std::wstring g_strBuildLine;
 
-/// The main sheet's running message text: what its checks logged and what its pages showed the user.
+/// The main sheet's log: the entries of its checks and the failure messages of its pages.
 class SheetLog : public LogSink {
  public:
   /// `dated_log` outlives this log.
   explicit SheetLog(SystemLog& dated_log) : dated_log_(dated_log) {}
 
-  /// Adds `text` and "\n\n", or "\n" when `single`; an empty text adds nothing. The dated log does not get
-  /// it: for texts that the dated log has from another log already.
+  /// Adds `text` and "\n\n", or "\n" when `single`; an empty text adds nothing. Does not write to the dated
+  /// log, for texts that the dated log already has.
   void AppendSheetLine(std::wstring_view text, bool single = false);
-  /// AppendSheetLine, and the same for the dated log.
+  /// Adds `entry` and "\n\n" to this log and to the dated log; an empty entry adds nothing.
   void Append(std::wstring_view entry) override;
 
-  /// Appends the header of a run started by the user and makes it the dated log's; copies the build line into
-  /// `g_strBuildLine`. Returns whether the process runs with administrator rights.
+  /// Appends the header of a run started by the user, sets it as the dated log's header, and copies its build
+  /// line to `g_strBuildLine`. Returns whether the process has administrator rights.
   bool WriteRegularRunHeader();
   /// As ActivityLog::ApplyBuildVersionToLog, on this log.
   void ApplyBuildVersionToLog(std::wstring_view file_version);

@@ -19,10 +19,11 @@
 
 namespace {
 
-// A log that grew beyond this is not carried over into a new file: it counts as one that cannot be opened.
+// In bytes. A larger log is not copied to a new file; it counts as one that cannot be opened.
 constexpr std::size_t kHistoryLimit = 64 * 1024 * 1024;
 
-/// Nothing when the folder cannot be listed to its end: what is not seen must not count as missing.
+/// Returns nothing when the folder cannot be listed completely, because an unseen file must not count as
+/// missing.
 std::optional<std::vector<log_rules::LogFileEntry>> FindLogFiles(const std::wstring& folder) {
   std::vector<log_rules::LogFileEntry> files;
   WIN32_FIND_DATAW data{};

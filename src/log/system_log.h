@@ -6,26 +6,26 @@
 /// Full path of the log file that was last written successfully; empty until then.
 inline std::wstring g_strCurrentLogFile;
 
-/// A run's account in the dated log files under the common application data folder: what waits to be written,
-/// in the order of events. Nothing here is ever shown to the user.
+/// Writes the log of a run to the dated log files under the common application data folder. Holds the text
+/// that is not written yet, in the order of events. Never shows anything to the user.
 class SystemLog {
  public:
-  /// The text that the run's first write puts before everything else. A later call replaces it until then;
-  /// one after the first write has no effect, since a run has one header.
+  /// Sets the text that the run's first write puts before everything else. A later call replaces it until
+  /// that write; afterwards a call has no effect, because a run has one header.
   void SetHeader(std::wstring_view header);
-  /// Adds an entry and its separator to what the next write puts into the file.
+  /// Adds an entry and "\n\n" to the pending text.
   void AppendEntry(std::wstring_view entry) { pending_.append(entry).append(L"\n\n"); }
-  /// Replaces the build line as log_rules::ReplaceBuildLine does, in the texts not written yet.
+  /// Calls log_rules::ReplaceBuildLine for the pending header and text.
   void ApplyBuildVersion(std::wstring_view build_line, std::wstring_view file_version);
   /// Adds `text`, prefixed with the local time, as a line to the pending text and to the error text; an
   /// empty text adds nothing.
   void AppendErrorLine(std::wstring_view text);
 
-  /// Writes what is pending, normalised, as UTF-8 without a mark and with CRLF, to the file that was written
-  /// last (`g_strCurrentLogFile`); where that is none or cannot be opened, to the file that it finds or
-  /// creates. After a successful write nothing is pending and `g_strCurrentLogFile` names the file. Nothing
-  /// happens when nothing is pending. A folder that is missing or cannot be listed is silent; every other
-  /// failure becomes an error line; what is pending stays so for the next call.
+  /// Writes header and pending text, normalised, as UTF-8 without a byte order mark and with CR LF. Writes to
+  /// `g_strCurrentLogFile`; when that is empty or cannot be opened, finds or creates the log file. After a
+  /// successful write nothing is pending and `g_strCurrentLogFile` names the file. Does nothing when nothing
+  /// is pending. Ignores a folder that is missing or cannot be listed; any other failure becomes an error
+  /// line. After a failure the text stays pending for the next call.
   void OpenSystemLog();
 
   std::wstring PendingText() const { return header_ + pending_; }

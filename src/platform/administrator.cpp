@@ -7,12 +7,12 @@
 namespace platform {
 namespace {
 
-// The rights that the descriptor below grants and the check asks for. They belong to no object type of
-// Windows: the numbers only have to agree with each other.
+// The rights that the descriptor below grants and the check asks for. They are arbitrary bits, because the
+// descriptor belongs to no object of Windows.
 constexpr DWORD kRead = 1;
 constexpr DWORD kWrite = 2;
 
-UniqueKernelHandle OpenOwnToken() {
+UniqueKernelHandle OpenCurrentToken() {
   constexpr DWORD access = TOKEN_DUPLICATE | TOKEN_QUERY;
   UniqueKernelHandle token;
   if (OpenThreadToken(GetCurrentThread(), access, TRUE, token.put())) return token;
@@ -32,7 +32,8 @@ UniqueSid AdministratorsGroup() {
 }
 
 bool IsGranted(HANDLE token, SECURITY_DESCRIPTOR& descriptor) {
-  GENERIC_MAPPING mapping{kRead, kWrite, 0, kRead | kWrite};
+  GENERIC_MAPPING mapping{
+      .GenericRead = kRead, .GenericWrite = kWrite, .GenericExecute = 0, .GenericAll = kRead | kWrite};
   PRIVILEGE_SET privileges{};
   DWORD size = sizeof privileges;
   DWORD granted = 0;
@@ -44,10 +45,11 @@ bool IsGranted(HANDLE token, SECURITY_DESCRIPTOR& descriptor) {
 }  // namespace
 
 bool IsRunningAsAdmin() {
-  const UniqueKernelHandle own = OpenOwnToken();
-  if (!own) return false;
+  const UniqueKernelHandle current = OpenCurrentToken();
+  if (!current) return false;
+  // AccessCheck requires an impersonation token.
   UniqueKernelHandle token;
-  if (!DuplicateToken(own.get(), SecurityImpersonation, token.put())) return false;
+  if (!DuplicateToken(current.get(), SecurityImpersonation, token.put())) return false;
   const UniqueSid group = AdministratorsGroup();
   if (!group) return false;
 

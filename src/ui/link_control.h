@@ -13,7 +13,7 @@ class CSysURL : public CStatic {
  public:
   CSysURL();
 
-  /// Sets the text colour and redraws at once. A caller that sets m_crText directly has to redraw as well.
+  /// Sets the text colour and redraws. A caller that sets m_crText directly has to redraw as well.
   CSysURL& SetLinkColor(COLORREF color);
 
   COLORREF m_crText = GetSysColor(COLOR_WINDOWTEXT);
@@ -33,7 +33,7 @@ class CSysURL : public CStatic {
   platform::UniqueFont m_font;
 
  public:
-  // For the user of the control, which does not read them.
+  // For users of the control. The control does not read them.
   int m_bReserved0 = 0;
   int m_bReserved1 = 1;
   HCURSOR m_hCursor = nullptr;  ///< shown over the control; null: the standard cursor

@@ -45,7 +45,8 @@ void CLogFileLink::ShowPath(const std::wstring& path, int widest) {
 bool CLogFileLink::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
   switch (message) {
     case WM_GETDLGCODE: {
-      // Not a static to the dialog, so that Tab stops here; Enter comes here instead of pressing OK.
+      // Without DLGC_STATIC, Tab stops here. With DLGC_WANTMESSAGE, Enter opens the link instead of pressing
+      // OK.
       const auto* key = reinterpret_cast<const MSG*>(lparam);
       const bool opens = key != nullptr && key->message == WM_KEYDOWN && key->wParam == VK_RETURN;
       result = opens ? DLGC_WANTMESSAGE : 0;

@@ -4,14 +4,14 @@
 
 #include "ui/link_control.h"
 
-/// The link to the dated log file: as wide as its text, in the colour of links, and a stop of the Tab key
-/// where Space or Enter opens it.
+/// The link to the dated log file. It is as wide as its text and has the colour of links. Tab moves the focus
+/// to it; Space or Enter opens it.
 class CLogFileLink : public CSysURL {
  public:
   CLogFileLink();
 
-  /// Shows `path`, ellipsis included where it is longer than the control may be; hides the control when
-  /// `path` is empty. `widest` is the width, in pixels, that the control may take.
+  /// Shows `path`, with an ellipsis when it is wider than `widest` pixels. Hides the control when `path` is
+  /// empty.
   void ShowPath(const std::wstring& path, int widest);
 
  protected:

@@ -22,7 +22,7 @@ void CLogTrace::DoDataExchange(const CDataExchange& exchange) {
 
 bool CLogTrace::OnInitDialog() {
   CPropertyPage::OnInitDialog();
-  SendMessageW(m_edtLog.Handle(), EM_SETLIMITTEXT, 0, 0);  // as much as there is memory for
+  SendMessageW(m_edtLog.Handle(), EM_SETLIMITTEXT, 0, 0);  // 0: the largest limit
   ShowLog();
   return true;
 }
@@ -45,11 +45,11 @@ void CLogTrace::OnSiblingChanged() {
 }
 
 void CLogTrace::ShowLog() {
-  // An unchanged text is left alone, with what is selected in it and how far it is scrolled.
+  // An unchanged text keeps its selection and scroll position.
   if (m_strLog != log_.SheetLogText()) {
     m_strLog = log_.SheetLogText();
     m_edtLog.SetText(EditText(m_strLog));
-    // The end of the log has the result of the last check.
+    // Scrolls to the end, where the result of the last check is.
     const LRESULT end = GetWindowTextLengthW(m_edtLog.Handle());
     SendMessageW(m_edtLog.Handle(), EM_SETSEL, static_cast<WPARAM>(end), end);
     SendMessageW(m_edtLog.Handle(), EM_SCROLLCARET, 0, 0);

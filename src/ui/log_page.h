@@ -32,5 +32,5 @@ class CLogTrace : public CPropertyPage {
   CReadOnlyEdit m_edtLog;
   CButton m_btnSave;
   CLogFileLink m_lnkLogFile;
-  std::wstring m_strLog;  ///< the sheet log as it was when the page was last shown
+  std::wstring m_strLog;  ///< copy of the sheet log that the page shows
 };

@@ -4,11 +4,11 @@
 #include <string>
 #include <string_view>
 
-/// The log page's texts and names, apart from its window.
+/// The text and the file names of the log page, without its window.
 
-/// `log` as an edit control shows it: "\n" as carriage return and line feed.
+/// `log` for an edit control: "\r\n" replaces "\n".
 std::wstring EditText(std::wstring_view log);
 
-/// The file that the log is saved to when the user chose `path`: ".txt" is added when there is no extension.
-/// Nothing when there is another one; the comparison is case-sensitive.
+/// The file that the log is saved to when the user has chosen `path`. Adds ".txt" when there is no extension.
+/// Returns nothing when there is another extension; the comparison is case-sensitive.
 std::optional<std::wstring> SavedLogPath(std::wstring_view path);

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The failure that the page has to tell of; empty when there is none.
+/// The error text of the failure that the page has to show; empty when there is none.
 std::wstring_view FailureDetail(const PageResults& results) {
   if (results.interactive) return results.sheet_check_failed ? results.sheet_error_text : std::wstring_view();
   return results.last_check_failed ? results.last_check_error : std::wstring_view();
@@ -18,7 +18,7 @@ void OfferUpdates(const PageResults& results, PageState& state) {
   state.continue_offered = !results.interactive;
 }
 
-void TellFailure(std::wstring_view detail, PageState& state) {
+void ShowFailure(std::wstring_view detail, PageState& state) {
   // The status number distinguishes a server that has no list from one that was not reached.
   const bool not_found = detail.find(ui_texts::kNotFoundStatus) != std::wstring_view::npos;
   state.text = not_found ? ui_texts::kListNotFound : ui_texts::kConnectionFailed;
@@ -34,7 +34,7 @@ PageState DecidePageState(const PageResults& results) {
   if (results.sheet_updates_available) {
     OfferUpdates(results, state);
   } else if (!detail.empty()) {
-    TellFailure(detail, state);
+    ShowFailure(detail, state);
   } else if (results.interactive || !results.last_updates_found) {
     state.text = ui_texts::kNoUpdates;
   } else if (!results.last_check_failed) {

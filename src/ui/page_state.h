@@ -2,9 +2,9 @@
 
 #include <string>
 
-/// What the patch update page shows, decided from results alone.
+/// Decides the content of the patch update page from the results of the checks.
 
-/// The results that the page knows of.
+/// The results that the content depends on.
 struct PageResults {
   bool interactive = true;         ///< false: patch verification mode
   bool product_installed = false;  ///< the registered product version is the expected one
@@ -18,8 +18,9 @@ struct PageResults {
   bool last_updates_found = false;
 };
 
+/// The content of the page.
 struct PageState {
-  std::wstring text;
+  std::wstring text;  ///< the message
   bool install_enabled = false;
   bool retry_enabled = false;
   bool continue_offered = false;  ///< "Continue without updates" is visible and enabled

@@ -48,8 +48,8 @@ bool PatchApply::OnInitDialog() {
     return true;
   }
   if (g_nUpdateCheckCount == 0) m_bAdministrator = sheet_.WriteRegularRunHeader();
-  // The check blocks this thread for as long as the server takes: the sheet is shown before it. No posted
-  // message is dealt with until then.
+  // The check blocks this thread until the server has answered, so the sheet must be visible first. Windows
+  // dispatches no posted message before that.
   m_bFirstCheckPending = true;
   UpdatePageState();
   PostMessageW(Handle(), kFirstCheckMessage, 0, 0);
@@ -119,7 +119,7 @@ void PatchApply::BuildUpdaterCommand() {
 }
 
 void PatchApply::OnInstallUpdates() {
-  // Where the launch is not made, the cursor is left to the next message that sets it.
+  // When nothing is launched, the next message that sets the cursor ends the wait cursor.
   BeginWaitCursor();
   const std::wstring obstacle = LaunchObstacle(m_strUpdaterFolder, m_strUpdaterFile);
   if (!obstacle.empty()) {
@@ -127,7 +127,7 @@ void PatchApply::OnInstallUpdates() {
     ShowMessage(obstacle + L"\n\n");
     return;
   }
-  // No is the default: the product is closed without a chance to save.
+  // No is the default, because the product is closed without a chance to save.
   constexpr UINT kQuestion = MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2;
   if (m_bInteractiveMode && ShowMessage(ui_texts::kCloseProduct, kQuestion) != IDYES) return;
 
@@ -167,7 +167,7 @@ void PatchApply::RetryPatchCheck() {
   if (check.m_bCheckFailed) m_strLastCheckError = check.m_strErrorText;
   if (check.m_bUpdatesAvailable) {
     m_strUpdaterFolder = text::SplitAtLastBackslash(check.TagTwo).folder;
-    // Updates that any check found stay offered until a later check fails.
+    // Updates that one check has found stay offered until a later check fails.
     m_bLastUpdatesFound = true;
   }
   sheet_.ClearSheetLog();
@@ -192,16 +192,14 @@ void PatchApply::UpdatePageState() {
     ShowState({});
     return;
   }
-  PageResults results;
-  results.interactive = m_bInteractiveMode;
-  results.product_installed = g_bProductInstalled;
-  results.sheet_updates_available = sheet_.SheetUpdatesAvailable;
-  results.sheet_check_failed = sheet_.SheetCheckFailed;
-  results.sheet_error_text = sheet_.SheetErrorText;
-  results.last_check_failed = m_bLastCheckFailed;
-  results.last_check_error = m_strLastCheckError;
-  results.last_updates_found = m_bLastUpdatesFound;
-  ShowState(DecidePageState(results));
+  ShowState(DecidePageState({.interactive = m_bInteractiveMode,
+                             .product_installed = g_bProductInstalled,
+                             .sheet_updates_available = sheet_.SheetUpdatesAvailable,
+                             .sheet_check_failed = sheet_.SheetCheckFailed,
+                             .sheet_error_text = sheet_.SheetErrorText,
+                             .last_check_failed = m_bLastCheckFailed,
+                             .last_check_error = m_strLastCheckError,
+                             .last_updates_found = m_bLastUpdatesFound}));
 }
 
 void PatchApply::ShowState(const PageState& state) {

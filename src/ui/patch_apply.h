@@ -68,6 +68,6 @@ class PatchApply : public CPropertyPage, private UpdateOptions {
   std::wstring m_strLastCheckError;
   bool m_bLastUpdatesFound = false;
 
-  bool m_bAdministrator = false;      ///< as the regular run header says
+  bool m_bAdministrator = false;      ///< as in the regular run header
   bool m_bFirstCheckPending = false;  ///< the sheet's first check has not run yet
 };

@@ -4,6 +4,6 @@
 
 #include <initializer_list>
 
-/// The first of `colors` in which a text can be read on the system's face colour, which pages have as their
-/// background; where the user's colours, such as white on black, leave none, that of the texts on buttons.
+/// The first of `colors` that is readable on the system's face colour, the background of the pages. When none
+/// is, as with white text on black, the system's colour of button texts.
 COLORREF ReadableOnFace(std::initializer_list<COLORREF> colors);

@@ -4,7 +4,7 @@
 
 #include "version.h"
 
-/// Fixed texts of the pages. Leading and doubled blanks and missing ones are kept as they are.
+/// Fixed texts of the pages. Keep leading, doubled and missing blanks.
 namespace ui_texts {
 
 // Status of the patch update page.
@@ -21,7 +21,7 @@ inline constexpr std::wstring_view kConnectionFailed =
 inline constexpr std::wstring_view kNoUpdates = L" No new patches available on our server.";
 inline constexpr std::wstring_view kNotInstalled =
     L" Varnexa " TAVREL_PRODUCT_VERSION L" application is not installed in this machine.";
-/// What an error text contains when the server answered without the update information.
+/// Part of an error text when the server has answered without the update information.
 inline constexpr std::wstring_view kNotFoundStatus = L"404";
 
 inline constexpr wchar_t kNote[] =

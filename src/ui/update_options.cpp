@@ -22,8 +22,8 @@ void UpdateOptions::LoadUpdateOptions(const std::wstring& settings_file) {
   if (hide == OptionText::missing) {
     RepairOption(settings_file, kIgnorePatchErrorKey, false, kIgnorePatchErrorKey, hide);
   }
-  // On purpose the other key: a value that cannot be understood switches the check at start-up off and stays
-  // in the file for the user to see.
+  // This writes the other key on purpose: a malformed value switches off the check at start-up, and stays in
+  // the file so that the user sees it.
   if (hide == OptionText::malformed) {
     RepairOption(settings_file, kCheckUpdatesKey, false, kIgnorePatchErrorKey, hide);
   }
