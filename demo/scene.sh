@@ -8,7 +8,8 @@
 # settings.ini (korsa.ini as the run left it), started.txt (how the product was started, if it was).
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/../scripts/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
+check_usage 5 "$@"
 [[ -n ${TAVREL_SANDBOX-} ]] || die "runs in a sandbox only (run.sh makes one)"
 
 scene=$1 mode=$2 seconds=$3 output=$4 build=$5

@@ -3,6 +3,9 @@
 #   packaging/bill-of-materials.sh VERSION COMMIT SECONDS FILE…
 # SECONDS is the commit's time since 1970. A FILE that is no .exe is a program for Linux.
 set -euo pipefail
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
+check_usage 4 "$@"
 version=$1 commit=$2 seconds=$3
 shift 3
 

@@ -2,6 +2,9 @@
 # Fails unless every FILE is a Windows program with address randomisation (0x40), data execution prevention (0x100),
 # no terminal server compatibility layer (0x8000) and subsystem version 6.1:   packaging/hardened.sh FILE…
 set -euo pipefail
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
+check_usage 1 "$@"
 for file; do
   headers=$(i686-w64-mingw32-objdump -p "$file" 2>/dev/null || true)
   field() { sed -n "s/^$1\\s*\\([0-9a-f]*\\)\$/\\1/p" <<<"$headers"; }

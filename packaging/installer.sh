@@ -4,7 +4,8 @@
 # With TAVREL_SIGN, a command that signs the file named after it, the uninstaller is signed as well.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/../scripts/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
+check_usage 1 "$@"
 
 tree=$(realpath -- "$1")
 program=$(realpath -- "${2:-$tree/QRTTavrelUtility.exe}")

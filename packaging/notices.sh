@@ -2,6 +2,9 @@
 # Prints the notices for the third-party code in the released programs: the copyright files of the Debian packages from
 # which that code comes.
 set -euo pipefail
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
+check_usage 0 "$@"
 print_package() {
   printf '\n\n======== %s\n======== Debian package %s %s\n\n' "$1" "$2" \
     "$(dpkg-query --show --showformat '${Version}' "$2")"

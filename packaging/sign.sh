@@ -9,6 +9,9 @@
 #                              signature as soon as the certificate has expired
 # A token needs OpenSSL's engine pkcs11 (Debian: libengine-pkcs11-openssl).
 set -euo pipefail
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
+check_usage 1 "$@"
 fail() { echo "sign.sh: $*" >&2; exit 1; }
 [[ -n ${TAVREL_SIGN_CERTIFICATE-} ]] || fail "TAVREL_SIGN_CERTIFICATE names no certificate"
 [[ -n ${TAVREL_SIGN_TIMESTAMP-} ]] || fail "TAVREL_SIGN_TIMESTAMP names no time-stamp server"

@@ -19,6 +19,18 @@ die() {
 # For scripts whose usage text is the comment at their top: prints it.
 usage() { sed -n '2,/^[^#]/s/^#$//p; 2,/^[^#]/s/^# //p' "$0"; }
 
+# For such scripts: prints the usage text for --help, and ends with 2 when there are too few arguments:
+# check_usage COUNT "$@"
+check_usage() {
+  local count=$1
+  shift
+  if [[ ${1-} == --help || ${1-} == -h ]]; then
+    usage
+    exit
+  fi
+  (($# >= count)) || die "needs at least $count argument(s); $0 --help tells more"
+}
+
 make_build_root() {
   # shellcheck disable=SC2015  # either failing means the same
   mkdir -p "$build_root" 2>/dev/null && [[ -w $build_root ]] ||

@@ -3,7 +3,8 @@
 #   scenes.sh ARCH BUILD [SCENE]…
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
+check_usage 2 "$@"
 
 # All scenes run in one sandbox.
 if [[ -z ${TAVREL_SANDBOX-} ]]; then exec "$repo/scripts/sandbox.sh" --name scenes --arch "$1" -- "$0" "$@"; fi

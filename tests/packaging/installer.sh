@@ -3,7 +3,8 @@
 # shellcheck disable=SC2317  # check() calls the functions
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
+check_usage 2 "$@"
 
 if [[ -z ${TAVREL_SANDBOX-} ]]; then exec "$repo/scripts/sandbox.sh" --name installer --arch "$1" -- "$0" "$@"; fi
 build=$2 work=$(mktemp -d -p "$TAVREL_TMP") failed=0

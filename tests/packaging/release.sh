@@ -2,7 +2,8 @@
 # Signing, and the refusals that keep a wrong release from going out: release.sh BUILD-TREE
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/../../scripts/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
+check_usage 1 "$@"
 program=$1/QRTTavrelUtility.exe work=$(mktemp -d) failed=0
 trap 'kill $(jobs -p) 2>/dev/null || true; rm -rf "$work"' EXIT
 cd "$work"

@@ -2,7 +2,10 @@
 # Makes a summary, tables and plots from what tools/bench/run.sh measured: report.sh FOLDER ROUNDS
 # FOLDER holds measured.csv and requests.csv and gets summary.csv, figures.md, scenes.svg and growth.svg.
 set -euo pipefail
-cd "$(dirname -- "${BASH_SOURCE[0]}")"
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
+check_usage 2 "$@"
+cd "$repo/tools/bench"
 folder=$1
 rounds=$2
 
