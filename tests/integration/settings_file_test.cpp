@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <filesystem>
 #include <optional>
 
 #include "platform/file_rewrite.h"
@@ -46,11 +45,18 @@ BOOL WriteHalf(const ImportHook<WriteFile>& hook, HANDLE file, const void* bytes
 }  // namespace
 
 TEST_CASE("a value is written in the file's place, and everything else in the file stays") {
-  SettingsFile file;
-  std::filesystem::create_hard_link(file.path, file.folder + L"\\link");
-  CHECK(file.Write(1) == kNew);
-  CHECK(ReadBytes(file.folder + L"\\link") == kNew);
-  CHECK(file.Write(1, L"longer-than-the-new-one") == kOld);
+  SettingsFile linked;
+  REQUIRE(CreateHardLinkW((linked.folder + L"\\link").c_str(), linked.path.c_str(), nullptr));
+  CHECK(linked.Write(1) == kNew);
+  CHECK(ReadBytes(linked.folder + L"\\link") == kNew);
+  CHECK(linked.Write(1, L"longer-than-the-new-one") == kOld);
+  for (const DWORD attribute : {FILE_ATTRIBUTE_READONLY, FILE_ATTRIBUTE_HIDDEN}) {
+    SettingsFile file;
+    REQUIRE(SetFileAttributesW(file.path.c_str(), attribute));
+    CHECK(file.Write() == (attribute == FILE_ATTRIBUTE_READONLY ? kOld : kNew));
+    CHECK((GetFileAttributesW(file.path.c_str()) & attribute) != 0);
+    SetFileAttributesW(file.path.c_str(), FILE_ATTRIBUTE_NORMAL);
+  }
 
   using namespace std::string_literals;
   CHECK(SettingsFile("\xff\xfe[\0S\0]\0\n\0A\0=\0\xe4\0\xe4\0\xe4\0\r\0\n\0"s).Write() ==
