@@ -1,13 +1,13 @@
 #!/bin/bash
-# What is delivered: tests/delivery.sh BUILD-TREE. Fails when the executable needs a library that somebody
-# could plant beside it, lost its hardening or its manifest, or is not the same when linked again.
+# Checks the delivered executable: tests/delivery.sh BUILD-TREE. Fails when it needs a library that another user could
+# plant beside it, has no hardening or manifest, or differs when it is linked again.
 set -euo pipefail
 tree=$1
 program=$tree/QRTTavrelUtility.exe
 failed=0
 fail() { echo "delivery: $*"; failed=1; }
 
-# Windows takes these from its own folder, whatever lies beside the program.
+# Windows loads these from its own folder only.
 allowed=' advapi32 gdi32 kernel32 msvcrt shell32 shlwapi user32 '
 headers=$(i686-w64-mingw32-objdump -p "$program")
 for library in $(sed -n 's/.*DLL Name: \(.*\)\.[dD][lL][lL]$/\L\1/p' <<<"$headers"); do

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr DWORD kLongestWaitMs = 20000;
-constexpr wchar_t kStageFolder[] = L"C:\\tavrel-acceptance";
+constexpr wchar_t kFolder[] = L"C:\\tavrel-acceptance";
 
 /// The control of a dialog or of one of the pages in it.
 HWND Item(HWND dialog, int id) {
@@ -21,7 +21,8 @@ HWND Item(HWND dialog, int id) {
 
 }  // namespace
 
-Stage::Stage() : Installation(kStageFolder, platform::DocumentsFolder(), platform::CommonAppDataFolder()) {
+InstalledMachine::InstalledMachine()
+    : Installation(kFolder, platform::DocumentsFolder(), platform::CommonAppDataFolder()) {
   support::MakeFolder(LogFolder());
   support::CopyOver(TAVREL_UTILITY, program);
   PlaceExecutable(L"15.0.2.5");
@@ -29,16 +30,16 @@ Stage::Stage() : Installation(kStageFolder, platform::DocumentsFolder(), platfor
   WriteSettings("CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
 }
 
-std::wstring Stage::File(const std::wstring& name) const {
+std::wstring InstalledMachine::File(const std::wstring& name) const {
   return name == L"korsa.ini" ? SettingsFile() : root_ + L"\\" + name;
 }
 
-std::wstring Stage::LogFile() const {
+std::wstring InstalledMachine::LogFile() const {
   const std::vector<std::wstring> names = support::FileNames(LogFolder());
   return names.size() == 1 ? LogFolder() + L"\\" + names[0] : std::wstring();
 }
 
-Run::Run(const std::wstring& program, const std::wstring& arguments, bool hidden)
+Run::Run(const std::wstring& program, const std::wstring& arguments)
     : job_(CreateJobObjectW(nullptr, nullptr)) {
   JOBOBJECT_EXTENDED_LIMIT_INFORMATION limit{};
   limit.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
@@ -46,7 +47,6 @@ Run::Run(const std::wstring& program, const std::wstring& arguments, bool hidden
   std::wstring command = L"\"" + program + L"\" " + arguments;
   STARTUPINFOW start{};
   start.cb = sizeof start;
-  start.dwFlags = hidden ? STARTF_USESHOWWINDOW : 0;  // wShowWindow is SW_HIDE
   CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr,
                  &start, &process_);
   AssignProcessToJobObject(job_.get(), process_.hProcess);

@@ -10,9 +10,9 @@
 
 /// The machine as an installer and a user leave it, in the prefix's own registry and folders: the product at
 /// 15.0.2.5, the utility, its settings and log folder. Each object begins afresh.
-struct Stage : support::Installation {
-  Stage();
-  ~Stage() { support::RemoveTree(root_); }
+struct InstalledMachine : support::Installation {
+  InstalledMachine();
+  ~InstalledMachine() { support::RemoveTree(root_); }
 
   /// The path of "korsa.ini"; of anything else below the root folder.
   std::wstring File(const std::wstring& name) const;
@@ -26,8 +26,7 @@ struct Stage : support::Installation {
 /// What is not found in time is a null handle, which has no text and is neither enabled nor visible.
 class Run {
  public:
-  /// `hidden`: as a program that is asked to hide its window starts another one.
-  explicit Run(const std::wstring& program, const std::wstring& arguments = {}, bool hidden = false);
+  explicit Run(const std::wstring& program, const std::wstring& arguments = {});
   Run(const Run&) = delete;
   ~Run();
 

@@ -68,13 +68,12 @@ bool IsPainted(HWND control) {
 
 /// One session of a user. Each step checks what it has to find.
 struct Session {
-  Stage stage;
+  InstalledMachine machine;
   support::HttpReply reply = Reply(200, kOnePack);
   support::HttpServer server{[this] { return reply; }};
   std::deque<Run> products;
   std::optional<Run> run;
   HWND save_dialog = nullptr;
-  bool hidden = false;
   std::string page, log_file;  ///< texts of the log page and the log file when they were looked at last
   std::optional<support::ShareLock> lock;
 
@@ -105,29 +104,28 @@ struct Session {
     if (f[2].empty()) support::RemoveRegistryValue(key, f[1].c_str());
   }
   void Write(const Fields& f) {
-    const std::wstring path = stage.File(f[1]);
+    const std::wstring path = machine.File(f[1]);
     // The utility keeps the settings file open for a moment after it has written it.
     WaitUntil([&] { return std::ofstream(std::filesystem::path(path), std::ios::app).is_open(); });
     support::WriteBytes(path, Text(f[2], "\r\n"));
   }
-  void Lock(const Fields& f) { lock.emplace(stage.File(f[1]), FILE_SHARE_READ); }
+  void Lock(const Fields& f) { lock.emplace(machine.File(f[1]), FILE_SHARE_READ); }
   void Launch(const Fields& f) {
-    const std::wstring program = stage.File(f[1]);
-    if (!ReadBytes(program)) support::CopyOver(stage.ProductFolder() + L"\\Qrt.exe", program);
+    const std::wstring program = machine.File(f[1]);
+    if (!ReadBytes(program)) support::CopyOver(machine.ProductFolder() + L"\\Qrt.exe", program);
     REQUIRE(products.emplace_back(program).Idle());
   }
   void Plant(const Fields& f) {
     constexpr wchar_t kRule[] = L"native,builtin";  // files before Wine's own
     for (const std::wstring& name : support::Split(f[1])) {
       RegSetKeyValueW(HKEY_CURRENT_USER, kLibraryRules, name.c_str(), REG_SZ, kRule, sizeof kRule);
-      support::WriteBytes(stage.ProgramFolder() + L"\\" + name + L".dll", "none");
+      support::WriteBytes(machine.ProgramFolder() + L"\\" + name + L".dll", "none");
     }
   }
-  void Hidden(const Fields&) { hidden = true; }
   void Begin(const Fields& f) {
     page.clear();
     run.reset();
-    run.emplace(stage.program, f[1], std::exchange(hidden, false));
+    run.emplace(machine.program, f[1]);
   }
   void Answered(const Fields&) { REQUIRE(run->Answered()); }
   void Ended(const Fields&) { CHECK(run->End() == "exit code 0"); }
@@ -155,7 +153,7 @@ struct Session {
     PostMessageW(run->Control(IDC_SAVE_LOG), BM_CLICK, 0, 0);
     save_dialog = run->Dialog(nullptr);
     if (f[2] == L"cancel") return Answer(save_dialog, f[2]);
-    const std::wstring path = stage.File(f[1]);
+    const std::wstring path = machine.File(f[1]);
     const HWND name = GetDlgItem(save_dialog, cmb13);
     Ask(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
     PostMessageW(GetDlgItem(save_dialog, IDOK), BM_CLICK, 0, 0);
@@ -186,7 +184,7 @@ struct Session {
   void Log(const Fields& f) {
     ShowPage(1);
     page = WindowText(run->Control(IDC_LOG_TEXT));
-    CHECK(WindowText(run->Control(IDC_LOG_FILE)) == Utf8(stage.LogFile()));
+    CHECK(WindowText(run->Control(IDC_LOG_FILE)) == Utf8(machine.LogFile()));
     ShowPage(0);
     CHECK_MESSAGE(Count(page, Text(f[2])) == std::stoi(f[1]), page);
   }
@@ -205,7 +203,7 @@ struct Session {
     CHECK(place() == chosen);
   }
   void LogFile(const Fields& f) {
-    const std::string log = stage.Log();
+    const std::string log = machine.Log();
     REQUIRE(log.starts_with(log_file));
     const std::string added = log.substr(log_file.size());
     // The file has the settings' lines between the header and the first check.
@@ -219,7 +217,7 @@ struct Session {
     std::optional<std::string> wanted;
     if (f.size() > 2) wanted = Text(f[2], "\r\n");
     if (wanted == "log page") wanted = std::regex_replace(page, std::regex("\n"), "\r\n");
-    const auto there = [&] { return ReadBytes(stage.File(f[1])); };
+    const auto there = [&] { return ReadBytes(machine.File(f[1])); };
     CHECK(WaitUntil([&] { return there() == wanted; }));
     CHECK(there().value_or("none") == wanted.value_or("none"));
   }
@@ -240,15 +238,18 @@ struct Step {
   std::size_t least, most;
 };
 const std::map<std::wstring, Step> kSteps{
-    {L"server", {&S::Server, 2, 3}},      {L"fact", {&S::Fact, 3, 3}},   {L"write", {&S::Write, 3, 3}},
-    {L"lock", {&S::Lock, 2, 2}},          {L"plant", {&S::Plant, 2, 2}}, {L"launch", {&S::Launch, 2, 2}},
-    {L"hidden", {&S::Hidden, 1, 1}},      {L"begin", {&S::Begin, 2, 2}}, {L"start", {&S::Start, 2, 2}},
-    {L"answered", {&S::Answered, 1, 1}},  {L"ended", {&S::Ended, 1, 1}}, {L"press", {&S::Press, 2, 2}},
-    {L"command", {&S::Command, 2, 2}},    {L"keys", {&S::Keys, 2, 2}},   {L"box", {&S::Box, 4, 4}},
-    {L"save", {&S::Save, 3, 3}},          {L"page", {&S::Page, 3, 3}},   {L"painted", {&S::Painted, 3, 3}},
-    {L"ticked", {&S::Ticked, 2, 2}},      {L"log", {&S::Log, 3, 3}},     {L"place", {&S::Place, 1, 1}},
-    {L"log file", {&S::LogFile, 3, 3}},   {L"file", {&S::File, 2, 3}},   {L"running", {&S::Running, 2, 2}},
-    {L"connected", {&S::Connected, 2, 2}}};
+    {L"server", {&S::Server, 2, 3}},     {L"fact", {&S::Fact, 3, 3}},
+    {L"write", {&S::Write, 3, 3}},       {L"lock", {&S::Lock, 2, 2}},
+    {L"plant", {&S::Plant, 2, 2}},       {L"launch", {&S::Launch, 2, 2}},
+    {L"begin", {&S::Begin, 2, 2}},       {L"start", {&S::Start, 2, 2}},
+    {L"answered", {&S::Answered, 1, 1}}, {L"ended", {&S::Ended, 1, 1}},
+    {L"press", {&S::Press, 2, 2}},       {L"command", {&S::Command, 2, 2}},
+    {L"keys", {&S::Keys, 2, 2}},         {L"box", {&S::Box, 4, 4}},
+    {L"save", {&S::Save, 3, 3}},         {L"page", {&S::Page, 3, 3}},
+    {L"painted", {&S::Painted, 3, 3}},   {L"ticked", {&S::Ticked, 2, 2}},
+    {L"log", {&S::Log, 3, 3}},           {L"place", {&S::Place, 1, 1}},
+    {L"log file", {&S::LogFile, 3, 3}},  {L"file", {&S::File, 2, 3}},
+    {L"running", {&S::Running, 2, 2}},   {L"connected", {&S::Connected, 2, 2}}};
 
 }  // namespace
 

@@ -17,21 +17,21 @@ namespace {
 
 constexpr char kHost[] = "[KORSA_URL]\r\nUPDATE_LOC=updates.varnexa.example\r\nTIMEOUT=20\r\n";
 
-/// TAVREL_STRESS_SEED plays other moments.
+/// TAVREL_STRESS_SEED selects other moments for the kills.
 unsigned Seed() {
   const char* const seed = std::getenv("TAVREL_STRESS_SEED");
   return seed == nullptr ? 20250307 : static_cast<unsigned>(std::strtoul(seed, nullptr, 10));
 }
 
-/// TAVREL_STRESS_KILLS: more than the usual ones.
+/// TAVREL_STRESS_KILLS sets the number of kills.
 int Kills() {
   const char* const kills = std::getenv("TAVREL_STRESS_KILLS");
   return kills == nullptr ? 100 : std::atoi(kills);
 }
 
-/// The log file without the lines that the clock writes.
-std::string LogOf(const Stage& stage) {
-  return std::regex_replace(stage.Log(), std::regex("Varnexa 15.0 Tavrel Utility Date/Time[^\n]*\n"), "");
+/// The log file without its lines with a time.
+std::string LogOf(const InstalledMachine& machine) {
+  return std::regex_replace(machine.Log(), std::regex("Varnexa 15.0 Tavrel Utility Date/Time[^\n]*\n"), "");
 }
 
 std::string Repeat(const std::string& text, int count) {
@@ -42,55 +42,55 @@ std::string Repeat(const std::string& text, int count) {
 
 }  // namespace
 
-TEST_CASE("ten utilities at once: one hangs, reports another list, cuts an entry in two or loses a file") {
-  // A list that takes a while to read, and whose pack is the installed one: whoever sees less says so.
-  // Whoever gets no list does not wait for another's turn at it: all reach the log file at once.
+TEST_CASE("each of ten utilities at once ends, sees the whole list and writes its whole log") {
+  // The list is long, and its pack is the installed one: a utility that reads a part of it logs another
+  // result. Without a list no utility waits for the list's mutex, so that all reach the log file at once.
   const std::string list =
       "[Update Packs for Versions]\r\n" + Repeat("key=value\r\n", 20000) + "[Varnexa15_0_2_5]\r\n";
   constexpr int kRounds = 5, kTogether = 10;
   for (const int status : {200, 404}) {
     const HttpServer server(Reply(status, list));
-    Stage stage;
-    stage.WriteSettings("IGNORE_PATCH_ERROR=TRUE\r\nTIMEOUT=20\r\n");
-    CHECK(Run(stage.program, L"2").End() == "exit code 0");
-    const std::string alone = LogOf(stage);
+    InstalledMachine machine;
+    machine.WriteSettings("IGNORE_PATCH_ERROR=TRUE\r\nTIMEOUT=20\r\n");
+    CHECK(Run(machine.program, L"2").End() == "exit code 0");
+    const std::string alone = LogOf(machine);
     CHECK(alone.find(status == 200 ? "matching with existing information" : " Error : 404") != alone.npos);
     for (int round = 0; round < kRounds; ++round) {
       std::deque<Run> runs;
-      while (runs.size() < kTogether) runs.emplace_back(stage.program, L"2");
+      while (runs.size() < kTogether) runs.emplace_back(machine.program, L"2");
       for (const Run& run : runs) CHECK(run.End() == "exit code 0");
     }
-    CHECK(LogOf(stage) == Repeat(alone, 1 + kRounds * kTogether));
-    CHECK(ReadBytes(stage.SettingsFile()).value_or("").find("TIMEOUT=20\r\n") != std::string::npos);
+    CHECK(LogOf(machine) == Repeat(alone, 1 + kRounds * kTogether));
+    CHECK(ReadBytes(machine.SettingsFile()).value_or("").find("TIMEOUT=20\r\n") != std::string::npos);
   }
 }
 
 TEST_CASE("a utility killed at any moment leaves settings and record whole, and the next one works") {
   const HttpServer server(Reply(200, kOnePack));
-  Stage stage;
+  InstalledMachine machine;
   const std::string record = "Varnexa15_0_2_7";
   const std::string settings = std::string(kHost) + "CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n";
-  WriteBytes(stage.File(L"program\\korsa.ini"), kHost);
+  WriteBytes(machine.File(L"program\\korsa.ini"), kHost);
   std::mt19937 random(Seed());
   for (int i = 0; i < Kills(); ++i) {
-    // Seeded afresh, or with both defaults to be written back; the record is ahead of the executable.
-    DeleteFileW(stage.SettingsFile().c_str());
-    if (i % 2 == 0) WriteBytes(stage.SettingsFile(), kHost);
-    WriteBytes(stage.Record(), record);
+    // Without settings, or with settings that lack both defaults; the record is ahead of the executable.
+    DeleteFileW(machine.SettingsFile().c_str());
+    if (i % 2 == 0) WriteBytes(machine.SettingsFile(), kHost);
+    WriteBytes(machine.Record(), record);
     {
-      const Run run(stage.program, i % 3 == 0 ? L"" : L"2");
+      const Run run(machine.program, i % 3 == 0 ? L"" : L"2");
       Sleep(random() % 300);
     }
     CAPTURE(i);
-    const std::wstring folder = std::filesystem::path(stage.SettingsFile()).parent_path().wstring();
-    CHECK(support::FileNames(folder).size() == (ReadBytes(stage.SettingsFile()) ? 1 : 0));
-    const std::string left = ReadBytes(stage.SettingsFile()).value_or(kHost);
+    const std::wstring folder = std::filesystem::path(machine.SettingsFile()).parent_path().wstring();
+    CHECK(support::FileNames(folder).size() == (ReadBytes(machine.SettingsFile()) ? 1 : 0));
+    const std::string left = ReadBytes(machine.SettingsFile()).value_or(kHost);
     const bool whole = left.starts_with(kHost) && settings.starts_with(left);
     CHECK_MESSAGE(whole, left);
-    CHECK(ReadBytes(stage.Record()).value_or(record) == record);
+    CHECK(ReadBytes(machine.Record()).value_or(record) == record);
   }
-  stage.PlaceExecutable(L"15.0.2.7");
-  CHECK(Run(stage.program, L"2").End() == "exit code 0");
-  CHECK(ReadBytes(stage.SettingsFile()) == settings);
-  CHECK(stage.Log().ends_with("Check Product Updates Availability : End ============\r\n"));
+  machine.PlaceExecutable(L"15.0.2.7");
+  CHECK(Run(machine.program, L"2").End() == "exit code 0");
+  CHECK(ReadBytes(machine.SettingsFile()) == settings);
+  CHECK(machine.Log().ends_with("Check Product Updates Availability : End ============\r\n"));
 }

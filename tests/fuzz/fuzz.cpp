@@ -23,7 +23,7 @@ namespace {
 using Text = std::wstring;
 using View = std::wstring_view;
 
-// Bytes above 0x7F stand for the characters that the parsers could stumble on.
+// Bytes above 0x7F stand for characters that are special to a parser.
 Text Decode(const std::uint8_t* data, std::size_t size) {
   constexpr View beyond = L"\u0085\u00A0\u2000\u200A\u2028\u3000\u017F\u0663\u200B\uFEFF\uD7FF\uFFFF";
   Text result(data, data + size);
@@ -130,7 +130,7 @@ void Logs(const Text& in) {
   assert(edit == in);
 }
 
-// Whatever a log holds, each of its lines is read once, and each check has advice.
+// Each line of a log is read at most once, and each check has advice.
 void LogRuns(const Text& in) {
   std::size_t lines = 0;
   logcheck::ReadLog(in, [&](const logcheck::Run& run) {

@@ -30,9 +30,9 @@ namespace {
 
 using Setup = std::map<std::wstring, std::wstring>;
 
-/// The list of an earlier check. A check that does not empty the file finds its pack.
+/// The list of an earlier check, with a pack that a check must not find.
 const std::string kOldList = std::string(999, '\n') + "[Varnexa15_0_9_9]\r\n";
-/// The set-up of a row where the row itself does not say otherwise.
+/// The set-up without the words of a row.
 constexpr wchar_t kUsual[] =
     L"address=http://updates.varnexa.example/patches/updates.ini|settings=|product=15.0.2.5|packs=2_7|"
     L"status=200|refuse=|layout=one|missing=|waits=60000|";
@@ -41,7 +41,7 @@ const std::wregex kWord(
     L"(address|settings|product|packs|record|late|then|build)=.*|missing=(Display(Version|Icon)|"
     L"URLUpdateInfo|Installpath)|refuse=\\w+-\\d+|"
     L"status=(\\d{3}|none)|waits=\\d+|layout=(one|two|both)|silent=(status|body)|"
-    L"down|endless|hours|competing|gone|taken|start-up|interactive");
+    L"down|endless|hours|competing|taken|start-up|interactive");
 
 std::string Results(bool failed, bool available, const std::wstring& error_text) {
   return (failed ? "failed" : "ok") + std::string(available ? " yes" : " no") + Utf8(error_text);
@@ -112,7 +112,6 @@ void Prepare(Machine& machine, Setup& setup) {
     support::WriteBytes(machine.Record(), Packs(setup[L"record"], "", "") + " \r\n");
   }
   support::WriteBytes(machine.UpdateList(), kOldList);
-  if (setup.contains(L"gone")) support::RemoveTree(machine.Temp());
 }
 
 std::wstring WholeLog(bool interactive, const Row& row) {
@@ -162,9 +161,7 @@ struct Asked {
 void CheckTraces(const Process& process, const Machine& machine, Setup& setup, const Row& row,
                  const HttpServer& server, Asked& asked) {
   const std::string settings = ReadBytes(machine.SettingsFile()).value_or("");
-  // The default is written by way of the temporary folder.
-  const bool stays = process.interactive || setup.contains(L"gone");
-  CHECK((settings.find("IGNORE_PATCH_ERROR=maybe") != settings.npos) == stays);
+  CHECK((settings.find("IGNORE_PATCH_ERROR=maybe") != settings.npos) == process.interactive);
   const bool record_there = GetFileAttributesW(machine.Record().c_str()) != INVALID_FILE_ATTRIBUTES;
   CHECK(record_there ==
         ((setup.contains(L"record") || setup.contains(L"late")) && row[3].find(L"DELETED") == row[3].npos));

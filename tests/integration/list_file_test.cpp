@@ -17,7 +17,7 @@
 using support::ImportHook;
 using support::Machine;
 
-TEST_CASE("list file: only the file that was written is read, and nothing else can change it meanwhile") {
+TEST_CASE("list file: only the file that was written is read, and no other process can change it meanwhile") {
   const Machine machine;
   const std::wstring path = machine.UpdateList();
   std::vector<std::wstring> names;

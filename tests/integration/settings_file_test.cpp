@@ -20,7 +20,7 @@ namespace {
 const std::string kOld = "[S]\r\nA=longer-than-the-new-one\r\n[T]\r\nB=1\r\n";
 const std::string kNew = "[S]\r\nA=2\r\n[T]\r\nB=1\r\n";
 
-/// A settings file and, after each writing, a look for files that were left.
+/// A settings file; each write is checked for files that it leaves.
 struct SettingsFile {
   support::Machine machine;
   std::wstring folder = machine.Documents(), path = folder + L"\\korsa.ini";
@@ -80,7 +80,7 @@ TEST_CASE("a failure while the file is written leaves its old content") {
   CHECK(SettingsFile().Write() == kOld);
 }
 
-TEST_CASE("what the profile function makes of the copy is refused when more than one line differs") {
+TEST_CASE("an edited copy in which more than one line differs is refused") {
   for (const char* const copy :
        {"", "[S]\r\nA=2\r\n", "[S]\r\nA=\r\n[T]\r\nB=1\r\n", "[S]\r\nA=2\r\n[T]\r\nB=2\r\n"}) {
     const ImportHook<WritePrivateProfileStringW> edit(
@@ -90,7 +90,7 @@ TEST_CASE("what the profile function makes of the copy is refused when more than
   }
 }
 
-TEST_CASE("a file that another process holds is waited for, and stays as it is when it is not let go") {
+TEST_CASE("a write waits for a process that holds the file, and changes nothing when that does not end") {
   SettingsFile file;
   std::optional<ShareLock> holder(std::in_place, file.path, static_cast<DWORD>(FILE_SHARE_READ));
   CHECK(file.Write() == kOld);

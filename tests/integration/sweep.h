@@ -23,8 +23,9 @@ struct Call {
 };
 
 struct Plan {
-  std::map<std::size_t, DWORD> faults;  ///< calls, counted from 0 in the order of the run, and their codes
-  bool from_then_on = false;            ///< a function that failed fails for the rest of the run as well
+  std::map<std::size_t, DWORD>
+      faults;                 ///< the numbers of calls, from 0 in the order of the run, and their codes
+  bool from_then_on = false;  ///< a function that failed fails for the rest of the run as well
 };
 
 struct Run {

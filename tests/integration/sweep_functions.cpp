@@ -23,7 +23,7 @@ constexpr int kCode = INT_MAX;
 
 /// A function that is watched, as Watch takes it.
 struct Function {
-  void* other;  ///< what does not stand in the import table: the hook, or the function itself
+  void* other;  ///< the hook or the original function, whichever is not in the import table
   std::wstring name{};
   int failed{};
   std::vector<DWORD> codes{};

@@ -10,16 +10,16 @@ namespace support {
 namespace {
 
 constexpr int kLookMs = 20;
-/// Longest wait for a client: one that is killed can leave its connection open behind it.
+/// Longest wait for a client: a killed one can leave its connection open.
 constexpr int kPatienceMs = 3000;
 
 }  // namespace
 
-HttpReply Reply(int status, std::string_view body, std::string_view headers) {
+HttpReply Reply(int status, std::string_view body) {
   HttpReply reply;
   reply.bytes = "HTTP/1.1 " + std::to_string(status) + " Scripted\r\nContent-Type: text/plain\r\n" +
-                "Connection: close\r\nContent-Length: " + std::to_string(body.size()) + "\r\n";
-  reply.bytes.append(headers).append("\r\n").append(body);
+                "Connection: close\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n";
+  reply.bytes.append(body);
   return reply;
 }
 
@@ -59,8 +59,7 @@ std::vector<std::string> HttpServer::Requests() const {
   return requests_;
 }
 
-// Every socket is asked whether it is ready before it is used: an operation that is still under way when its
-// socket is closed can bring down Wine's server process.
+// Waits before each use of a socket: closing a socket during an operation can crash Wine's server process.
 bool HttpServer::Ready(std::uintptr_t socket, short use) const {
   for (int looks = 0; socket == listener_ || looks < kPatienceMs / kLookMs; ++looks) {
     const bool last_look = stopping_;

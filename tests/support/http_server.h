@@ -11,21 +11,21 @@
 
 namespace support {
 
-/// What goes over the wire in answer to one request, byte for byte.
+/// The bytes of the answer to one request.
 struct HttpReply {
   std::string bytes;      ///< status line, headers and body
   unsigned pause_ms = 0;  ///< wait before them
-  std::string tail;       ///< sent behind `bytes`, again and again until the client has enough of it
-  /// Nothing more comes, until the client has enough of it or three seconds have passed.
+  std::string tail;       ///< sent after `bytes`, repeatedly until the client closes the connection
+  /// The connection then stays open without data, until the client closes it or three seconds have passed.
   bool silent = false;
 };
 
-/// A complete answer with its length and "Connection: close". `headers`: further ones, each with its "\r\n".
-HttpReply Reply(int status, std::string_view body, std::string_view headers = {});
+/// A complete answer with its length and "Connection: close".
+HttpReply Reply(int status, std::string_view body);
 
 /// An HTTP server on loopback in a thread of this program; serves one connection at a time. In the sandbox
 /// the update host and the probe address are 127.0.0.1, so it answers both; the probe only connects.
-/// It calls imported functions on its own thread: a hook that counts or fails calls looks at the thread.
+/// Its thread calls imported functions too, so a hook that counts or fails calls must look at the thread.
 class HttpServer {
  public:
   using Answer = std::function<HttpReply()>;
@@ -38,12 +38,12 @@ class HttpServer {
   ~HttpServer() { Stop(); }
 
   void Start();
-  /// From here on connections are refused; one that is being served is cut off.
+  /// Refuses connections from now on and closes a present one.
   void Stop();
 
   /// Request lines and headers.
   std::vector<std::string> Requests() const;
-  /// Those that asked nothing included; all there were, once the server is stopped.
+  /// Connections so far, also those without a request; final after Stop().
   unsigned Connections() const { return connections_; }
 
  private:

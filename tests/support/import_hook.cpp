@@ -9,15 +9,15 @@
 namespace support {
 namespace {
 
-/// A function that is looked up by name. Who looked it up calls `jump`, which goes where `target` points.
+/// A function that is looked up by name. Callers get `jump`, which jumps to `target`.
 struct LateFunction {
   std::string dll, name;
   void* target;
   void* jump;
 };
-std::deque<LateFunction> late_functions;  // in their places for good
+std::deque<LateFunction> late_functions;  // a deque, because `jump` has their addresses
 
-/// Libraries of which the program looks up functions.
+/// The libraries whose functions the program looks up by name.
 constexpr const wchar_t* kLateLibraries[] = {L"comctl32", L"comdlg32", L"ole32",
                                              L"uxtheme",  L"version",  L"wininet"};
 
@@ -53,7 +53,7 @@ LateFunction* FindLate(HMODULE module, std::string_view name) {
   return &late;
 }
 
-/// Stands for GetProcAddress in the import table.
+/// Replaces GetProcAddress in the import table.
 FARPROC WINAPI LookUp(HMODULE module, LPCSTR name) {
   const LateFunction* late = FindLate(module, name);
   return late == nullptr ? nullptr : reinterpret_cast<FARPROC>(late->jump);

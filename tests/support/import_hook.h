@@ -20,27 +20,25 @@ struct ImportSlot {
   void** address = nullptr;
 };
 
-/// Every entry of the import table, in its order: of this program, or of another one that was loaded to be
-/// looked at.
+/// Every entry of the import table, in its order, of this program or of another module.
 std::vector<ImportSlot> AllImports(HMODULE module = nullptr);
 /// Every function that this program has looked up by name so far, or that FindImport was asked for.
 std::vector<ImportSlot> LateImports();
-/// The entry for `name` ("InternetOpenW"), of whichever DLL; ends the program with a message when it neither
-/// imports such a function nor can look it up, because a hook that replaces nothing would let a test pass for
-/// nothing.
+/// The entry for `name` ("InternetOpenW") of any DLL. Ends the program with a message when it neither imports
+/// such a function nor can look it up, because a test with a hook that replaces nothing could not fail.
 void** FindImport(std::string_view name);
-/// Puts `function` into the entry and returns what stood there.
+/// Puts `function` into the entry and returns the previous one.
 void* ExchangeImport(void** slot, void* function);
 
-/// Builds a replacement's failing answer: sets the last error and returns `result`.
+/// Sets the last error and returns `result`, as a failing function does.
 template <class Result>
 Result Fail(DWORD error, Result result) {
   SetLastError(error);
   return result;
 }
 
-/// Replaces one function from construction to destruction by anything that can be called with its
-/// arguments. One hook for each function at a time. `original()` is the function that was replaced.
+/// Replaces one function while the object exists by anything that can be called with its arguments. One hook
+/// for each function at a time. `original()` is the function that was replaced.
 ///
 ///   ImportHook<InternetOpenW> hook("InternetOpenW", [&](auto...) { ++calls; return nullptr; });
 template <auto Function, class Type = decltype(Function)>

@@ -44,8 +44,8 @@ void RequirePermission() {
   std::exit(3);
 }
 
-/// On Windows, Winsock and WinInet read their configuration below HKEY_LOCAL_MACHINE when they are first
-/// used. They are used once here, before a test redirects that key.
+/// On Windows, Winsock and WinInet read their configuration below HKEY_LOCAL_MACHINE at their first use,
+/// which must come before a test redirects that key.
 void InitialiseNetwork() {
   static bool initialised = false;
   if (std::exchange(initialised, true)) return;
@@ -58,7 +58,7 @@ void InitialiseNetwork() {
   InternetQueryOptionW(nullptr, INTERNET_OPTION_CONNECT_TIMEOUT, &timeout, &size);
 }
 
-/// Takes `key` for the registry's `root`, with `path` as what this shell folder is.
+/// Redirects `root` of the registry to `key`, in which `path` is the path of this shell folder.
 void Redirect(HKEY root, HKEY key, const wchar_t* shell_folder, const std::wstring& path) {
   const DWORD size = static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t));
   Need(RegSetKeyValueW(key, L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders",

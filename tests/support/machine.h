@@ -13,7 +13,7 @@
 
 namespace support {
 
-// --- Files. Paths are Windows paths. Whatever cannot be done ends the program with a message.
+// --- Files. Paths are Windows paths. A failure ends the program with a message.
 void MakeFolder(const std::wstring& path);  ///< with every folder above it
 void WriteBytes(const std::wstring& path, std::string_view bytes);
 std::optional<std::string> ReadBytes(const std::wstring& path);
@@ -21,15 +21,15 @@ std::vector<std::wstring> FileNames(const std::wstring& folder);  ///< sorted; f
 /// Last write time, in 100 ns since 1601.
 void SetWriteTime(const std::wstring& path, std::uint64_t time);
 void RemoveTree(const std::wstring& path);
-/// Copies a file over another one, if there is one.
+/// Copies a file and replaces the target.
 void CopyOver(const std::wstring& from, const std::wstring& to);
 
-/// Keeps a file open so that others may do no more than `share` allows (error 32 else).
+/// Keeps a file open; other processes may do only what `share` allows, and get error 32 otherwise.
 struct ShareLock : platform::UniqueFile {
   explicit ShareLock(const std::wstring& path, DWORD share = 0);
 };
 
-// --- Registry, under HKEY_LOCAL_MACHINE: with a Machine around, its own, else the prefix's.
+// --- Registry, below HKEY_LOCAL_MACHINE: that of the Machine if there is one, else that of the Wine prefix.
 void SetRegistryBytes(const std::wstring& key, const wchar_t* name, DWORD type, std::string_view bytes);
 void SetRegistryText(const std::wstring& key, const wchar_t* name, std::wstring_view text);
 void RemoveRegistryValue(const std::wstring& key, const wchar_t* name);
@@ -68,9 +68,9 @@ class Installation {
   const std::wstring root_, documents_, common_;
 };
 
-/// A machine of the test's own, for as long as the object lives: HKEY_LOCAL_MACHINE and HKEY_CURRENT_USER are
+/// A private machine while the object exists: HKEY_LOCAL_MACHINE and HKEY_CURRENT_USER are
 /// empty keys of this process, and Documents, common application data, the temporary folder and the program's
-/// own folder are empty folders below one that goes away with the object.
+/// own folder are empty folders; the destructor removes them.
 class Machine : public Installation {
  public:
   Machine();

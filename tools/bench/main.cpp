@@ -75,7 +75,7 @@ class Bench {
   unsigned rounds_;
   bool traces_requests_ = false;
   std::vector<Program> programs_;
-  Stage machine_;
+  InstalledMachine machine_;
   std::string body_ = ListOf(1);
   const HttpServer server_{[this] { return Reply(200, body_); }};
 };
