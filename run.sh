@@ -83,7 +83,7 @@ output=$build_root/run/$scene-$mode-$arch
 if [[ $display == virtual ]]; then
   say "Running the utility on a virtual display"
 else
-  say "Running the utility on your desktop; it goes on when you close its window"
+  say "Running the utility on your desktop; this script continues when you close its window"
 fi
 code=0
 "$repo/scripts/sandbox.sh" --name demo --arch "$arch" --display "$display" --limit 3600 -- \

@@ -16,7 +16,7 @@ namespace {
 
 using Path = std::filesystem::path;
 
-/// Far beyond any log: a run is about a kilobyte.
+/// In bytes; far more than a log has, because a run takes about a kilobyte.
 constexpr std::size_t kLogSizeLimit = 256 * 1024 * 1024;
 
 struct Options {

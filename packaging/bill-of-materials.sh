@@ -1,5 +1,5 @@
 #!/bin/bash
-# The software bill of materials (CycloneDX 1.5, JSON) of what is released:
+# Prints the software bill of materials (CycloneDX 1.5, JSON) of a release:
 #   packaging/bill-of-materials.sh VERSION COMMIT SECONDS FILE…
 # SECONDS is the commit's time since 1970. A FILE that is no .exe is a program for Linux.
 set -euo pipefail

@@ -1,4 +1,4 @@
-; Folders with rights of their own. Values are passed in $R0 and $R1, results in $0; $1 to $6 are scratch.
+; Creates folders with explicit rights. Values are passed in $R0 and $R1, results in $0; $1 to $6 are scratch.
 ; System::Call writes types as: i number, p address, w text, r1 or R1 the variable $1 or $R1, a dot before a result.
 
 !define NOTICE "README.txt"
@@ -108,7 +108,7 @@ Function IsOwnedByAdministrators
   System::Call 'kernel32::LocalFree(p r2)'
 FunctionEnd
 
-; Opens the folder $R0 itself, not what a link of that name leads to. Until the handle is closed no other process can
+; Opens the folder $R0 itself, not the target of a link of that name. Until the handle is closed no other process can
 ; rename or delete the folder. Out: $0 the handle, or "link", or "foreign": not a folder of the administrators.
 Function OpenFolder
   ; READ_CONTROL | WRITE_DAC | WRITE_OWNER | FILE_READ_ATTRIBUTES | FILE_LIST_DIRECTORY (the share mode counts only

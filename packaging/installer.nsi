@@ -66,8 +66,7 @@ VIAddVersionKey ProductVersion "${VERSION}.0"
 
 ; The folder of an installation that moves, or "".
 Var OldFolder
-; korsa.ini in $OldFolder: "none"; "installed", as the installer left it; "changed"; "taken", copied to $INSTDIR.
-Var OldSeed
+!include "${__FILEDIR__}/seed.nsh"
 
 !macro Common un
 Function ${un}RequireRights
@@ -102,21 +101,6 @@ Function ${un}WaitForUtility
   Quit
 FunctionEnd
 
-; Out: $0 the state of korsa.ini in the folder $R0 (see $OldSeed), $1 when it was last written.
-Function ${un}ReadSeedState
-  StrCpy $0 "none"
-  ClearErrors
-  GetFileTime "$R0\korsa.ini" $2 $3
-  ${IfNot} ${Errors}
-    StrCpy $0 "changed"
-    StrCpy $1 "$2 $3"
-    ReadRegStr $2 HKLM "${ENTRY}" "SeedWritten"
-    ${If} $1 == $2
-      StrCpy $0 "installed"
-    ${EndIf}
-  ${EndIf}
-FunctionEnd
-
 ; Deletes the installer's own files in the folder $R0, and the folder when nothing else is in it. korsa.ini is in the
 ; state $R1. Out: $0 0 when the program is still there.
 Function ${un}RemoveFiles
@@ -140,7 +124,7 @@ FunctionEnd
 !insertmacro Common ""
 !insertmacro Common "un."
 
-; Chooses $INSTDIR: the folder of /D=, else of the installed utility, else of the product, else a folder of its own.
+; Chooses $INSTDIR: the folder of /D=, else of the installed utility, else of the product, else the default folder.
 Function .onInit
   SetShellVarContext all
   Call CheckCommandLine
@@ -209,30 +193,7 @@ Function CopyProgram
   ${EndIf}
 FunctionEnd
 
-; A korsa.ini that was changed since it was installed, or that an administrator placed, is kept. A move takes it along.
-Function CopySeed
-  StrCpy $R0 $INSTDIR
-  Call ReadSeedState
-  ${If} $0 == "none"
-  ${AndIf} $OldFolder != ""
-  ${AndIf} $OldSeed == "changed"
-    System::Call 'kernel32::CopyFileW(w "$OldFolder\korsa.ini", w "$INSTDIR\korsa.ini", i 1) i .r0'
-    ${If} $0 = 0
-      !insertmacro Fail ${EXIT_FAILED} "$OldFolder\korsa.ini cannot be copied to $INSTDIR."
-    ${EndIf}
-    StrCpy $OldSeed "taken"
-  ${ElseIf} $0 != "changed"
-    ClearErrors
-    File "/oname=korsa.ini" "${SEED}"
-    ${If} ${Errors}
-      !insertmacro Fail ${EXIT_FAILED} "korsa.ini cannot be written to $INSTDIR."
-    ${EndIf}
-    Call ReadSeedState
-    WriteRegStr HKLM "${ENTRY}" "SeedWritten" $1
-  ${EndIf}
-FunctionEnd
-
-; An entry of that name can be the product's own: it stays, and is not recorded.
+; The product can have a shortcut of that name: it stays, and is not recorded.
 Function AddToStartMenu
   StrCpy $5 "$SMPROGRAMS\Varnexa\${PRODUCT} Update.lnk"
   ReadRegStr $0 HKLM "${ENTRY}" "StartMenuEntry"
@@ -263,7 +224,7 @@ Function Register
 FunctionEnd
 
 Section
-  ; What the functions write, in KiB.
+  ; The size, in KiB, of the files that the functions write.
   AddSize ${SIZE}
   StrCpy $R0 $INSTDIR
   Call WaitForUtility

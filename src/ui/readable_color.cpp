@@ -4,8 +4,9 @@
 
 namespace {
 
-constexpr int kReadableDifference = 80;  // of 255
+constexpr int kReadableDifference = 80;  // in brightness, of 255
 
+/// 0 to 255. The weights are those of the luma of ITU-R BT.601.
 int Brightness(COLORREF color) {
   return (GetRValue(color) * 299 + GetGValue(color) * 587 + GetBValue(color) * 114) / 1000;
 }

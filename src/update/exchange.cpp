@@ -20,7 +20,8 @@ namespace {
 constexpr DWORD kReadBlock = 4096;
 constexpr DWORD kStatusOk = 200;
 constexpr DWORD kStatusNotFound = 404;
-/// Replaces a time-out of zero or less, with which every exchange would fail immediately or wait for ever.
+/// Replaces a time-out of zero or less, with which every exchange would fail immediately or wait for ever. It
+/// is the default of the settings.
 constexpr DWORD kFallbackTimeoutMs = 60000;
 /// Longest time for a body, in milliseconds. The receive time-out limits each pause of the server, not their
 /// sum.

@@ -1,7 +1,7 @@
 // Measures whole runs.
 //
 // tavrel_bench ROUNDS [PROGRAM…] measures the utility, the floors and the other programs in each round, in
-// rotating order, so that other load on the machine affects all of them alike. It prints one line of comma
+// rotating order, so that other load on the machine affects all of them equally. It prints one line of comma
 // separated values for each measurement:
 //   kind,scene,x,program,round,milliseconds,processor milliseconds,KiB
 // "scene" and "growth" rows are whole runs, "retry" rows one check of many in one window, "facts" rows a

@@ -5,7 +5,7 @@
 # system calls (tools/bench/floor.cpp) and beside PROGRAM, which can be another build of the utility; any other program
 # is measured in the silent scenes only. ROUNDS is 20 unless given. Every measurement, a summary, its tables and its
 # plots are left in build/bench/; the tables are printed. With --document they go into docs/performance.md and
-# docs/performance/ as well. Figures of one run compare; those of two runs or machines do not, except the requests.
+# docs/performance/ as well. Only figures of one run can be compared, except the requests.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
