@@ -235,3 +235,10 @@ TEST_CASE("a default does not replace a value that could not be read, or only in
     CHECK(ReadBytes(path) == "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
   }
 }
+
+TEST_CASE("the page writes the default of an option that the start could not repair") {
+  Machine machine;
+  machine.WriteSettings("CHECKUPDATES=maybe\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
+  UpdateOptions().LoadUpdateOptions(machine.SettingsFile());
+  CHECK(ReadBytes(machine.SettingsFile()) == FileOf("CHECKUPDATES=TRUE|IGNORE_PATCH_ERROR=TRUE"));
+}
