@@ -17,7 +17,7 @@ die() {
 }
 
 # For scripts whose usage text is the comment at their top: prints it.
-usage() { sed -n '2,/^[^#]/s/^#$//p; 2,/^[^#]/s/^# //p' "$0"; }
+usage() { sed -n '/^# shellcheck/d; 2,/^[^#]/s/^#$//p; 2,/^[^#]/s/^# //p' "$0"; }
 
 # For such scripts: prints the usage text for --help, and ends with 2 when there are too few arguments:
 # check_usage COUNT "$@"
