@@ -52,6 +52,11 @@ struct Sheet : CTavrelSheet {
     CHECK_MESSAGE(log.ends_with(L"Registered Data Entries Check : End ===========\r\n\r\n"), Utf8(log));
     CHECK(IsWindowEnabled(GetDlgItem(page, IDC_SAVE_LOG)));
     CHECK(GetFocus() == GetDlgItem(page, IDC_SAVE_LOG));
+    std::wstring opened = L"nothing";
+    const ImportHook<ShellExecuteW> shell(
+        "ShellExecuteW", [&](auto, auto, auto file, auto...) { return opened = file, HINSTANCE{}; });
+    SendDlgItemMessageW(page, IDC_LOG_FILE, WM_LBUTTONDOWN, 0, 0);
+    CHECK(Utf8(opened) == Utf8(g_strCurrentLogFile));
     EndDialog(IDOK);
     return true;
   }
