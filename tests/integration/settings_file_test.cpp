@@ -63,6 +63,7 @@ TEST_CASE("a value is written in the file's place, and everything else in the fi
         "\xff\xfe[\0S\0]\0\r\0\n\0A\0=\0"
         "2\0\r\0\n\0"s);
   CHECK(SettingsFile("[T]\r\nB=1\r\n").Write() == "[T]\r\nB=1\r\n[S]\r\nA=2\r\n");
+  CHECK(SettingsFile("[S]\r\nA=1").Write() == "[S]\r\nA=2\r\n");
 }
 
 TEST_CASE("a failure while the file is written leaves its old content") {
