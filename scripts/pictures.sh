@@ -47,9 +47,7 @@ regular-not-installed  |not-installed|regular|3|
 regular-install        |offered      |regular|3|Return
 regular-log            |offered      |regular|3|ctrl+Tab
 patch-offered          |offered      |patch  |3|
-patch-failed           |not-found    |patch  |3|
 patch-missing-facts    |missing-facts|patch  |3|
-patch-log              |not-found    |patch  |3|ctrl+Tab
 about                  |offered      |regular|4|alt+space Up Return
 '
 if ! [[ $dpi =~ ^[1-9][0-9]{1,2}$ ]] || ((dpi < 96 || dpi > 384)); then
