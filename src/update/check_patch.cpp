@@ -22,40 +22,43 @@ void CheckLog::Append(std::wstring_view entry) {
   text_ += entry;
 }
 
-CCheckPatch::CCheckPatch(RunState& run) : log_(run), engine_(run, log_, kStartUpCheck) {
+CCheckPatch::CCheckPatch(RunState& run) : run_(run), log_(run), engine_(run, log_, kStartUpCheck) {
   const bool first_check = g_nUpdateCheckCount == 0;
   if (!first_check) log_.Append(update_texts::kRetry);
   log_.Append(update_texts::kEntriesStart);
-  ReadFacts(run, first_check);
+  ReadFacts(first_check);
   log_.Append(update_texts::kEntriesEnd);
   log_.Append(update_texts::kUpdatesStart);
-  CheckAvailability(run);
+  CheckAvailability();
   ++g_nUpdateCheckCount;
   log_.Append(update_texts::kUpdatesEnd);
   g_strPatchMessageText = MessageText();
 }
 
-void CCheckPatch::ReadFacts(RunState& run, bool first_check) {
-  RegisteredDataEntries& entries = engine_.entries;
-  entries.IdentifyRegistryMode();
-  engine_.settings.ReadUpdateSettings(run.SettingsFilePath, run.UpdateLocUrlMode,
+void CCheckPatch::ReadUpdateSettings() {
+  engine_.settings.ReadUpdateSettings(run_.SettingsFilePath, run_.UpdateLocUrlMode,
                                       UpdateSettings::WriteBack::defaults);
-  entries.ReadTagOne();
-  entries.ReadTagTwo();
-  entries.ReadTagThree();
-  entries.ReadInstallPath();
-  if (first_check && !entries.GetInstallPath().empty()) {
-    entries.ReadProductFileVersion();
-    run.ApplyBuildVersionToLog(ProductFileVersion);
+}
+
+void CCheckPatch::ReadFacts(bool first_check) {
+  IdentifyRegistryMode();
+  ReadUpdateSettings();
+  ReadTagOne();
+  ReadTagTwo();
+  ReadTagThree();
+  ReadInstallPath();
+  if (first_check && !GetInstallPath().empty()) {
+    ReadProductFileVersion();
+    run_.ApplyBuildVersionToLog(ProductFileVersion);
   }
 }
 
-void CCheckPatch::CheckAvailability(RunState& run) {
+void CCheckPatch::CheckAvailability() {
   if (TagOne.empty() || TagTwo.empty() || TagThree.empty()) {
-    if (run.WarnUser) run.WarnUser(update_texts::kMissingFacts);
+    if (run_.WarnUser) run_.WarnUser(update_texts::kMissingFacts);
     engine_.comparison.SetUpdatesAvailable(false);
     return;
   }
   engine_.exchange.FillNetworkErrorCodes();
-  engine_.comparison.CompareUpdates(TagTwo, TagOne);
+  CompareUpdates(TagTwo, TagOne);
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "log/log_sink.h"
@@ -22,8 +23,10 @@ class CheckLog : public LogSink {
 };
 
 /// The check at start-up. Constructing one runs a complete check on the calling thread; afterwards its
-/// members are the results. The mirrors of process_state.h follow them.
+/// members are the results. The mirrors of process_state.h follow them. The operations and results are those
+/// of the check's steps, whose classes document them.
 class CCheckPatch {
+  RunState& run_;
   CheckLog log_;
   UpdateEngine engine_;
 
@@ -36,7 +39,32 @@ class CCheckPatch {
   /// Entries of this check, joined by two newlines.
   const std::wstring& MessageText() const { return log_.Text(); }
 
-  // Results of the steps, which document them.
+  bool IdentifyRegistryMode() { return engine_.entries.IdentifyRegistryMode(); }
+  void ReadUpdateSettings();
+  void ReadTagOne() { engine_.entries.ReadTagOne(); }
+  void ReadTagTwo() { engine_.entries.ReadTagTwo(); }
+  void ReadTagThree() { engine_.entries.ReadTagThree(); }
+  void ReadInstallPath() { engine_.entries.ReadInstallPath(); }
+  std::wstring GetInstallPath() const { return engine_.entries.GetInstallPath(); }
+  void ReadProductFileVersion() { engine_.entries.ReadProductFileVersion(); }
+  void ReadProductVersionNumber() { engine_.entries.ReadProductVersionNumber(); }
+
+  std::wstring GetUpdatePathFromTagThree() { return engine_.exchange.GetUpdatePathFromTagThree(); }
+  void DownloadUpdateList(std::vector<std::wstring>& sections) {
+    engine_.exchange.DownloadUpdateList(sections);
+  }
+  void MatchNetworkErrorCode(std::wstring_view code) { engine_.exchange.MatchNetworkErrorCode(code); }
+  void SetErrorText(std::wstring_view text) { engine_.exchange.SetErrorText(text); }
+
+  void CompareUpdates(const std::wstring& productIconPath, const std::wstring& productVersion) {
+    engine_.comparison.CompareUpdates(productIconPath, productVersion);
+  }
+  void FindLatestPack() { engine_.comparison.FindLatestPack(); }
+  void ReadRecordVersion(std::wstring_view text) { engine_.comparison.ReadRecordVersion(text); }
+  std::wstring ReadInstalledRecord(const std::wstring& path) {
+    return engine_.comparison.ReadInstalledRecord(path);
+  }
+
   const std::wstring& TagOne = engine_.entries.TagOne;
   const std::wstring& TagTwo = engine_.entries.TagTwo;
   const std::wstring& TagThree = engine_.entries.TagThree;
@@ -62,6 +90,6 @@ class CCheckPatch {
   const std::int32_t& RecordVersionNumber = engine_.comparison.RecordVersionNumber;
 
  private:
-  void ReadFacts(RunState& run, bool first_check);
-  void CheckAvailability(RunState& run);
+  void ReadFacts(bool first_check);
+  void CheckAvailability();
 };
