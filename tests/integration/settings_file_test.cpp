@@ -50,7 +50,7 @@ TEST_CASE("a value is written in the file's place, and everything else in the fi
   CHECK(linked.Write(1) == kNew);
   CHECK(ReadBytes(linked.folder + L"\\link") == kNew);
   CHECK(linked.Write(1, L"longer-than-the-new-one") == kOld);
-  for (const DWORD attribute : {FILE_ATTRIBUTE_READONLY, FILE_ATTRIBUTE_HIDDEN}) {
+  for (const DWORD attribute : {DWORD{FILE_ATTRIBUTE_READONLY}, DWORD{FILE_ATTRIBUTE_HIDDEN}}) {
     SettingsFile file;
     REQUIRE(SetFileAttributesW(file.path.c_str(), attribute));
     CHECK(file.Write() == (attribute == FILE_ATTRIBUTE_READONLY ? kOld : kNew));
