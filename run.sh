@@ -11,7 +11,7 @@ Usage: ./run.sh [OPTION]…
 Installs what is missing (Debian 12 and 13, as root or with sudo for apt), builds the utility and runs it in a
 sandbox with a stand-in for the installed product and an update server: on the desktop where there is a
 display, otherwise on a virtual one, leaving a picture of its window. Nothing outside this folder is
-changed, apart from Debian packages; the sandbox knows no other machine.
+changed, apart from Debian packages. The sandbox reaches no other machine where the system permits namespaces.
 
   --scene NAME    what the utility finds (below)
   --mode MODE     regular (default): the user starts it, the window opens at once
@@ -24,7 +24,7 @@ changed, apart from Debian packages; the sandbox knows no other machine.
   --help          this text
 
   TAVREL_BUILD_ROOT     folder for everything that is built (default: build); needed in a read-only checkout
-  TAVREL_HAVE_PACKAGES  1: installs nothing, all packages are there, under whatever name
+  TAVREL_HAVE_PACKAGES  1: install nothing; all packages are installed, possibly under other names
 
 Scenes:
 EOF

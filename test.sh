@@ -14,7 +14,7 @@
 #   --help            this text
 #
 # TAVREL_BUILD_ROOT     folder for everything that is built (default: build); needed in a read-only checkout
-# TAVREL_HAVE_PACKAGES  1: installs nothing, all packages are there, under whatever name
+# TAVREL_HAVE_PACKAGES  1: install nothing; all packages are installed, possibly under other names
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/scripts/lib.sh"

@@ -87,7 +87,7 @@ register_product() {
       done
     fi
   } >"$file"
-  # On a 64-bit Windows the 64-bit program: Wine redirects the entries that the 32-bit one writes.
+  # In a 64-bit prefix the 64-bit regedit is needed, because Wine redirects the entries that the 32-bit one writes.
   local loader=wine
   if [[ $WINEARCH == win64 ]]; then loader=/usr/lib/wine/wine64; fi
   timeout 60 "$loader" regedit /S "$file"

@@ -98,7 +98,10 @@ class LogCheck {
       if (foreign && !input.named) return;
       if (!shown) PrintName(input.path);
       shown = true;
-      if (!judged.verdicts.empty()) last_is_good = judged.verdicts.back().outcome <= logcheck::Outcome::none;
+      if (!judged.verdicts.empty()) {
+        const logcheck::Outcome last = judged.verdicts.back().outcome;
+        last_is_good = last == logcheck::Outcome::offered || last == logcheck::Outcome::none;
+      }
       Show(judged, input.path);
     });
     if (last_is_good || (!shown && !input.named)) return;

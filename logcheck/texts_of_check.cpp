@@ -194,12 +194,12 @@ std::span<const Text> AfterCheckTexts() {
 }
 
 std::span<const TextGroup> TextGroups() {
-  static const TextGroup groups[] = {{"Header of a run", HeaderTexts()},
-                                     {"Settings file (korsa.ini)", SettingsTexts()},
-                                     {"Registry values of the product", RegisteredTexts()},
-                                     {"Exchange with the server", ExchangeTexts()},
-                                     {"Comparison", ComparisonTexts()},
-                                     {"At any time", AfterCheckTexts()}};
+  static const TextGroup groups[] = {{.title = "Header of a run", .texts = HeaderTexts()},
+                                     {.title = "Settings file (korsa.ini)", .texts = SettingsTexts()},
+                                     {.title = "Registry values of the product", .texts = RegisteredTexts()},
+                                     {.title = "Exchange with the server", .texts = ExchangeTexts()},
+                                     {.title = "Comparison", .texts = ComparisonTexts()},
+                                     {.title = "At any time", .texts = AfterCheckTexts()}};
   return groups;
 }
 

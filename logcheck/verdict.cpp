@@ -16,21 +16,22 @@ struct OutcomeText {
 };
 
 constexpr std::array<OutcomeText, 6> kOutcomes = {{
-    {"offered", "an update is offered"},
-    {"none", "no update is offered"},
-    {"failed", "the exchange with the server failed, or the log ends before the check does"},
-    {"settings-mismatch", "the settings and the product's address of the list do not fit together"},
-    {"facts-missing", "a value of the product is missing (WARNING: 101), so nothing could be compared"},
-    {"not-installed", "no product of version 15.0 is registered"},
+    {.name = "offered", .means = "an update is offered"},
+    {.name = "none", .means = "no update is offered"},
+    {.name = "failed", .means = "the exchange with the server failed, or the log ends before the check does"},
+    {.name = "settings-mismatch",
+     .means = "the settings and the product's address of the list do not fit together"},
+    {.name = "facts-missing",
+     .means = "a value of the product is missing (WARNING: 101), so nothing could be compared"},
+    {.name = "not-installed", .means = "no product of version 15.0 is registered"},
 }};
 
 constexpr std::string_view kNoPack =
     "the server handed out a list without a pack; open updates.ini in the user's %TEMP%: a web page in it "
-    "comes from a "
-    "portal or proxy that answers for the server, a list without packs from the publisher";
+    "comes from a portal or proxy that answers for the server, a list without packs from the publisher";
 constexpr std::string_view kOffered =
-    "an update is offered; the user installs it with Install Updates in the window that the Start menu entry "
-    "opens";
+    "an update is offered; the user installs it with Install Updates in the window that the Start menu "
+    "entry opens";
 constexpr std::string_view kUpToDate =
     "the newest pack of the server's list is installed; nothing is to be done";
 constexpr std::string_view kNoExecutable =
@@ -155,8 +156,8 @@ class Judgement {
   /// Decides the outcome of a check that ended before it asked a server; false when it did not end there.
   bool DecideBeforeServer() {
     const Entry* missing = FindMissingValue(entries_);
-    if (const Entry* gate = Find(entries_, Role::not_installed)) {
-      Set(Outcome::not_installed, FirstOf({missing}, *gate));
+    if (const Entry* refusal = Find(entries_, Role::not_installed)) {
+      Set(Outcome::not_installed, FirstOf({missing}, *refusal));
       if (Find(entries_, Role::value_read)) result_.advice = Sentence(std::string(kOtherVersion));
       return true;
     }

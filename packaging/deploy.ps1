@@ -7,8 +7,8 @@ New-Item -Force -ItemType Directory $program | Out-Null
 Copy-Item "$PSScriptRoot\QRTTavrelUtility.exe" $program
 if (-not (Test-Path "$program\korsa.ini")) { Copy-Item "$PSScriptRoot\korsa.ini" $program }
 
-# The log folder, unless it exists. It is completed under another name: users get rights on it only when it holds a
-# file that they cannot delete, and nothing is done to it under a name that they could have taken first.
+# Creates the log folder unless it exists: under a random name, which no user can have created first, and renames
+# it when it is complete. Users get rights on it only after it holds a file that they cannot delete.
 if (-not (Test-Path "$env:ProgramData\Varnexa\QRT15")) {
     $new = "$env:ProgramData\$([guid]::NewGuid())"
     $rights = New-Object Security.AccessControl.DirectorySecurity

@@ -127,7 +127,7 @@ Function OpenFolder
     System::Call '*$1(i .r2)'
   ${EndIf}
   System::Free $1
-  ; Wine shows a link by its name only.
+  ; Wine reports the attribute of a link only for a path, not for an open handle.
   System::Call 'kernel32::GetFileAttributesW(w R0) i .r3'
   IntOp $3 $3 | $2
   IntOp $3 $3 & 0x400 ; FILE_ATTRIBUTE_REPARSE_POINT

@@ -1,6 +1,7 @@
 ; The installer of the update utility. Built by packaging/installer.sh, which gives:
 ;   VERSION, PRODUCT_VERSION  as in CMakeLists.txt      OUTPUT  the installer to make
-;   PROGRAM, SEED, ICON       files that go into it     SIGN    optional: command that signs the file named after it
+;   PROGRAM, SEED, ICON       files that go into it
+;   SIGN                      optional: command that signs a file; the file's path is appended to it
 ; docs/administrator.md describes what it does, its options and its exit codes.
 
 Unicode true
@@ -165,7 +166,7 @@ FunctionEnd
   ${EndIf}
 !macroend
 
-; The new files are complete before the first of them replaces an old one, so a full disk costs nothing.
+; The new files are complete before the first of them replaces an old one, so a full disk damages no installation.
 Function CopyProgram
   ${If} $OldFolder != ""
     Delete "$OldFolder\${IMAGE}.new"
@@ -174,7 +175,7 @@ Function CopyProgram
   SetOutPath $INSTDIR
   File "/oname=${IMAGE}.new" "${PROGRAM}"
   WriteUninstaller "$INSTDIR\${UNINSTALLER}.new"
-  ; Another name of the same folder, by a link or a short name, is no move.
+  ; If the new file is in $OldFolder too, that is $INSTDIR under another name (a link or a short name): no move.
   ${If} ${FileExists} "$OldFolder\${IMAGE}.new"
     StrCpy $OldFolder ""
   ${EndIf}

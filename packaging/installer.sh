@@ -1,7 +1,7 @@
 #!/bin/bash
 # Makes the installer and prints its path: packaging/installer.sh BUILD-TREE [PROGRAM]
 # BUILD-TREE is one of the preset release; PROGRAM takes the place of the program in it (a signed one).
-# With TAVREL_SIGN, a command that signs the file named after it, the uninstaller is signed as well.
+# If TAVREL_SIGN is set, it is the command that signs the uninstaller; the file's path is appended to it.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"

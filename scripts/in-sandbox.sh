@@ -55,7 +55,7 @@ fi
 version=$1 screen=$3 limit=$4
 export TAVREL_DISPLAY=$2
 shift 4
-# The prefix counts as whole again when this run has ended in good order.
+# The prefix counts as whole again when this run has ended cleanly.
 rm -f "$TAVREL_SANDBOX/whole"
 if [[ $TAVREL_DISPLAY == virtual ]]; then start_display "$screen"; fi
 start_wine </dev/null >"$TAVREL_SANDBOX/log/wine.log" 2>&1 || die "Wine does not start; see $TAVREL_SANDBOX/log/wine.log"

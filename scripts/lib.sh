@@ -37,9 +37,9 @@ make_build_root() {
     die "cannot write to $build_root; set TAVREL_BUILD_ROOT to a folder that can be written"
 }
 
-# Prints how sandboxes are isolated here: bubblewrap where this user may make namespaces; plain (one sandbox at a
-# time, on the machine's own network) where nothing else is possible, as in a container with its engine's default
-# confinement. Fails with bubblewrap's message where neither works: port 80 is reserved for root.
+# Prints the kind of sandbox that is possible here. "bubblewrap" needs the right to create namespaces. "plain" (one
+# sandbox at a time, on the machine's own network) is for containers that forbid namespaces; it needs the right to
+# use port 80. If neither is possible, prints bubblewrap's error message and fails.
 sandbox_kind() {
   local refusal unprivileged_port
   if refusal=$(bwrap --ro-bind / / --proc /proc --unshare-net --unshare-pid true 2>&1); then

@@ -9,15 +9,15 @@ usage() {
 Usage: scripts/sandbox.sh [OPTION]… -- COMMAND [ARGUMENT]…
        scripts/sandbox.sh [--arch ARCH] --prepare
 
-Runs COMMAND in a sandbox with a display and a Wine prefix of its own. Where the system permits namespaces,
+Runs COMMAND in a sandbox with its own display and Wine prefix. Where the system permits namespaces,
 bubblewrap isolates it: it has its own loopback network (nothing reaches another machine, and port 80 is free
-for every user), its own /etc/hosts and /tmp, and of the machine's files it can write to this clone and the
-build folder only. Elsewhere, as in a container with default confinement, it has its own names of hosts and its
-own folder for temporary files; only one sandbox runs at a time, on the container's network.
+for every user), its own /etc/hosts and /tmp, and it can write only to this clone and the build folder.
+Elsewhere, as in a container with default confinement, it has its own host names and its own folder for
+temporary files; only one sandbox runs at a time, on the container's network.
 
-Every process that COMMAND leaves behind ends with it, and the sandbox ends with the process that called this
+When COMMAND ends, all processes that it started are ended. The sandbox ends with the process that called this
 script. Commands in one sandbox wait for each other. The prefix is kept for the next command; after a run that
-did not end in good order it is made anew. The exit code is COMMAND's, 124 when its time was over.
+did not end cleanly it is created again. The exit code is COMMAND's, or 124 after a time-out.
 
   --name NAME      the sandbox (default: TAVREL_PREFIX_NAME or main); sandboxes have no files in common
   --arch ARCH      kind of Wine prefix: win32 (default: TAVREL_ARCH or this) or win64
@@ -86,10 +86,10 @@ lock_sandbox() {
   fi
 }
 
-# A prefix is whole when its last run ended in good order and used the Wine version that is installed now.
+# A prefix is whole when its last run ended cleanly and used the Wine version that is installed now.
 is_whole() { [[ -e $1/whole && $(<"$1/whole") == "$wine_version" ]]; }
 
-# Becomes the first process of the sandbox in the folder $1, which runs a command: DISPLAY SCREEN SECONDS COMMAND…
+# Replaces this shell with the first process of a sandbox: enter_sandbox FOLDER DISPLAY SCREEN SECONDS COMMAND…
 enter_sandbox() {
   export TAVREL_SANDBOX=$1
   shift
@@ -116,7 +116,7 @@ enter_bubblewrap() {
   fi
   for folder in "$repo" "$build_root"; do mounts+=(--bind "$folder" "$folder"); done
   [[ $PWD/ != /tmp/* || $PWD/ == "$repo"/* || $PWD/ == "$build_root"/* ]] ||
-    die "the sandbox has a /tmp of its own, so $PWD is not there: start from another folder"
+    die "the sandbox has its own /tmp, so $PWD is not there: start from another folder"
   export TAVREL_TMP=/tmp TAVREL_HOSTS=/etc/hosts
   # Without CAP_DAC_OVERRIDE root cannot write to read-only files, as an ordinary user cannot.
   # A devices folder of the sandbox's own (--dev) would come with a second user namespace, in which an ordinary
@@ -146,7 +146,7 @@ enter_plain() {
   exec setpriv --pdeathsig KILL "${bounding[@]}" -- "$@"
 }
 
-# A prefix of each kind is made once, in a sandbox of its own, and copied from then on.
+# A prefix of each kind is made once, in its own sandbox, and copied from then on.
 make_template() (
   new=$root/new-$arch
   is_whole "$template" && return

@@ -5,7 +5,7 @@
 # or with sudo for apt and dpkg alone; on other systems with apt it tries. Where everything is there it does nothing. At
 # the end it says how sandboxes are isolated on this machine, or why none is possible.
 #
-# TAVREL_HAVE_PACKAGES  1: installs nothing, all packages are there, under whatever name
+# TAVREL_HAVE_PACKAGES  1: install nothing; all packages are installed, possibly under other names
 # TAVREL_BUILD_ROOT     folder for everything that is built, and for the log (default: build)
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
@@ -67,7 +67,7 @@ install_missing() { run_apt install -y --no-install-recommends --fix-broken "${m
 
 is_debian_12_or_13() { [[ $ID == debian && ($VERSION_CODENAME == bookworm || $VERSION_CODENAME == trixie) ]]; }
 
-# Of the missing packages those that this system's sources do not have.
+# Prints the missing packages that this system's package sources do not offer.
 unknown_packages() {
   local package policy
   for package in "${missing[@]}"; do
@@ -80,7 +80,7 @@ is_container() {
   systemd-detect-virt --quiet --container 2>/dev/null || [[ -e /.dockerenv || -e /run/.containerenv ]]
 }
 
-# Of apt's report of an installation the packages that it replaces by older ones.
+# Reads apt's output for an installation; prints the packages that it downgrades.
 older_packages() { sed -n '/will be DOWNGRADED/,/^[^ ]/s/^  //p' | tr '\n' ' '; }
 
 # On a machine that is no container, the person at the terminal decides whether packages are replaced by older ones.
@@ -185,11 +185,11 @@ if [[ ${TAVREL_HAVE_PACKAGES-} != 1 ]]; then
   if ((${#missing[@]})); then install_packages; fi
 fi
 kind=$(sandbox_kind) ||
-  die "this machine lets $(id -un) neither make namespaces, which isolate a sandbox ($kind), nor use port 80; go on as" \
-    "root, or let root allow them: sysctl user.max_user_namespaces=10000 kernel.unprivileged_userns_clone=1" \
-    "kernel.apparmor_restrict_unprivileged_userns=0 (as far as they exist)"
+  die "no sandbox is possible: $(id -un) may neither create namespaces ($kind) nor use port 80; run this as" \
+    "root, or allow namespaces: sysctl user.max_user_namespaces=10000 kernel.unprivileged_userns_clone=1" \
+    "kernel.apparmor_restrict_unprivileged_userns=0 (those that exist)"
 if [[ $kind == bubblewrap ]]; then
-  say "Sandboxes: isolated by bubblewrap, each with a network of its own"
+  say "Sandboxes: isolated by bubblewrap, each with its own network"
 else
   say "Sandboxes: without namespaces, which this system does not permit: one at a time, on this container's network"
 fi

@@ -72,8 +72,8 @@ void __throw_out_of_range_fmt(const char*, ...) {
 }
 
 #if _GLIBCXX_RELEASE >= 13
-// From this release on the library has one function of std::basic_string in an object file that throws and
-// catches.
+// From release 13 on libstdc++ keeps _M_replace_cold in an object file that links the unwinder. These
+// instantiations take its place.
 template void basic_string<char>::_M_replace_cold(char*, size_type, const char*, size_type, size_type);
 template void basic_string<wchar_t>::_M_replace_cold(wchar_t*, size_type, const wchar_t*, size_type,
                                                      size_type);

@@ -1,5 +1,9 @@
 #include "app/tavrel_app.h"
 
+#include <windows.h>
+
+#include <commctrl.h>
+
 #include "app/tavrel_sheet.h"
 #include "framework/command_line.h"
 #include "framework/message_box.h"
@@ -48,8 +52,7 @@ BOOL CQRTTavrelUtilityApp::InitInstance() {
 }
 
 void CQRTTavrelUtilityApp::InitialiseFramework() {
-  // List-view, tree-view, bar, tab, up-down, progress, hot-key and animation classes.
-  UseCommonControls(0xFF);
+  UseCommonControls(ICC_WIN95_CLASSES);
   CWinApp::InitInstance();
   SetRegistryKey(L"Local AppWizard-Generated Applications");
 }

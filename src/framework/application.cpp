@@ -75,14 +75,14 @@ int CWinApp::Run(HINSTANCE instance) {
 }
 
 BOOL CWinApp::InitInstance() {
-  windows_wanted_ = true;
+  windows_pending_ = true;
   return FALSE;
 }
 
 void CWinApp::PrepareWindows() {
   CWinApp* const self = g_application;
-  if (self == nullptr || !self->windows_wanted_) return;
-  self->windows_wanted_ = false;
+  if (self == nullptr || !self->windows_pending_) return;
+  self->windows_pending_ = false;
   if (self->common_controls_ != 0) {
     const INITCOMMONCONTROLSEX classes{sizeof classes, self->common_controls_};
     common_controls::InitCommonControlsEx(&classes);

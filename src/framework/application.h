@@ -64,6 +64,6 @@ class CWinApp {
   std::wstring title_;
   std::wstring registry_key_;
   DWORD common_controls_ = 0;
-  bool windows_wanted_ = false;  ///< PrepareWindows has not run yet
+  bool windows_pending_ = false;  ///< true from InitInstance until PrepareWindows has run
   std::unique_ptr<ComSession> com_;
 };

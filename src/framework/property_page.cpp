@@ -43,18 +43,18 @@ void CPropertyPage::EndDialog(INT_PTR result) {
   sheet_->EndDialog(result);
 }
 
-void CPropertyPage::FocusSoon() {
+void CPropertyPage::PostFocus() {
   PostMessageW(Handle(), kFocusMessage, 0, 0);
 }
 
 void CPropertyPage::MoveFocus() const {
-  const HWND control = FocusChoice();
+  const HWND control = FocusTarget();
   if (control == nullptr || !IsWindowVisible(Handle())) return;
   // Unlike SetFocus, WM_NEXTDLGCTL also updates the default button.
   SendMessageW(sheet_->Handle(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
 }
 
-void CPropertyPage::TellSiblings() {
+void CPropertyPage::NotifySiblings() {
   SendMessageW(sheet_->Handle(), PSM_QUERYSIBLINGS, 0, 0);
 }
 

@@ -14,9 +14,10 @@ struct CDataExchange {
   bool saving = false;  ///< true: from the controls into the members
 };
 
-/// Attaches `control` to the dialog's control `id`, in both directions, when it is not attached yet.
+/// Attaches `control` to the dialog's control `id`, whatever the direction of the exchange. No effect when it
+/// is already attached to that control.
 void DDX_Control(const CDataExchange& exchange, int id, CWnd& control);
-/// Check state of control `id`: 0 or 1.
+/// Exchanges the check state of control `id` with `value`: 0 or 1.
 void DDX_Check(const CDataExchange& exchange, int id, int& value);
 
 /// A page of a property sheet, created from a dialog template when it is first shown.
@@ -31,11 +32,11 @@ class CPropertyPage : public CWnd {
   /// Ends the sheet; its DoModal returns `result`.
   void EndDialog(INT_PTR result);
 
-  /// Moves the focus to FocusChoice() after the current message, because the sheet sets the focus itself when
+  /// Moves the focus to FocusTarget() after the current message, because the sheet sets the focus itself when
   /// it shows a page. Does nothing if another page is visible then.
-  void FocusSoon();
+  void PostFocus();
   /// Calls OnSiblingChanged of every page whose window exists.
-  void TellSiblings();
+  void NotifySiblings();
   /// For a thread that was blocked: drops the clicks on this page and the keys that arrived meanwhile,
   /// because they refer to what the page showed then. Escape and Alt+F4 still close the sheet.
   void DiscardInput();
@@ -49,7 +50,7 @@ class CPropertyPage : public CWnd {
   /// Called before the page is shown. False refuses.
   virtual bool OnSetActive();
   /// The control, of the page or the sheet, that the user needs next; null: none.
-  virtual HWND FocusChoice() const { return nullptr; }
+  virtual HWND FocusTarget() const { return nullptr; }
   /// Called after another page has changed data that this page shows.
   virtual void OnSiblingChanged() {}
   /// Called for a control's notification. `id`: the control. `code`: as in WM_COMMAND.

@@ -17,7 +17,7 @@ bool CWnd::Attach(HWND window) {
   if (window == handle_) return window != nullptr;
   Detach();
   // Without the library's own processing the window would lose its messages.
-  if (!common_controls::DefSubclassProc.IsThere()) return false;
+  if (!common_controls::DefSubclassProc.IsAvailable()) return false;
   if (!common_controls::SetWindowSubclass(window, &CWnd::Procedure, kSubclassId,
                                           reinterpret_cast<DWORD_PTR>(this))) {
     return false;

@@ -13,9 +13,9 @@ inline std::wstring g_strProgramFileVersion;
 /// every entry.
 class ActivityLog : public LogSink {
  public:
-  /// Adds `text` and "\n\n", for an empty text "\n\n" only.
+  /// Adds `text` and "\n\n" to this log and to the dated log, also when `text` is empty.
   void AppendLogLine(std::wstring_view text);
-  /// Adds `text` and "\n" to the notes.
+  /// Adds `text` and "\n" to the notes: the entries about the settings file. The program does not show them.
   void AppendNote(std::wstring_view text);
   void Append(std::wstring_view entry) override { AppendLogLine(entry); }
 

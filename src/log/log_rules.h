@@ -31,9 +31,9 @@ struct LogFileEntry {
   std::uint64_t last_write = 0;  ///< in any unit that grows with time
 };
 
-/// The file that a run's log is appended to, as an index into `files` (in enumeration order). Nothing when a
-/// new file is to be created: there is none, or exactly two have the same time. Of three or more the newest
-/// is taken, of equally new ones the one enumerated last.
+/// Returns the index of the file that a run's log is appended to: the newest one, and of equally new ones the
+/// last. `files` is in enumeration order. Returns nothing when the caller has to create a file: `files` is
+/// empty, or consists of two files with the same time.
 std::optional<std::size_t> ChooseLogFile(const std::vector<LogFileEntry>& files);
 
 }  // namespace log_rules

@@ -96,7 +96,7 @@ void SystemLog::AppendTo(const std::wstring& folder, const std::wstring& name) {
     std::optional<std::string> bytes = platform::ReadAll(file.get(), kHistoryLimit);
     const DWORD error = GetLastError();
     if (!bytes && error != ERROR_FILE_TOO_LARGE) {
-      ReportException(error);
+      ReportFailure(error);
       return;
     }
     if (bytes) history = std::move(bytes);
@@ -111,7 +111,7 @@ SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long
   std::string bytes(history);
   bytes += platform::ToUtf8(log_rules::Normalise(PendingText()));
   if (!platform::AppendAll(file.get(), log_rules::WithCrLf(bytes))) {
-    ReportException(GetLastError());
+    ReportFailure(GetLastError());
     return Outcome::failed;
   }
   header_written_ = true;
@@ -121,6 +121,6 @@ SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long
   return Outcome::written;
 }
 
-void SystemLog::ReportException(unsigned long error) {
+void SystemLog::ReportFailure(unsigned long error) {
   AppendErrorLine(std::wstring(log_texts::kUpdateFailed).append(platform::SystemMessage(error)));
 }

@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// The local time in the C library's format `format`, at most 127 characters, with English names. A time that
-/// cannot be converted ends the program through the runtime's invalid-argument handler.
+/// The local time as wcsftime formats it with `format`, with English names; empty when that has more than 127
+/// characters. A time that the C runtime cannot convert ends the program.
 std::wstring FormatLocalTime(const wchar_t* format);
 
 }  // namespace platform

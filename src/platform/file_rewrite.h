@@ -22,7 +22,7 @@ inline constexpr std::size_t kRewriteLimit = 1024 * 1024;
 /// leaves either the old content or the new. (Wine can cut the write at a multiple of 4 KiB.) The bytes are
 /// flushed to the disk. After a failure the function writes the old bytes back.
 ///
-/// Returns false when `change` returned nothing, and with the last error when the function failed.
+/// Returns false when `change` returned nothing. On failure returns false with the last error set.
 bool RewriteFile(const std::wstring& path,
                  const std::function<std::optional<std::string>(std::string_view)>& change);
 

@@ -56,7 +56,7 @@ UniqueFile OpenForReading(const std::wstring& path, DWORD share = FILE_SHARE_REA
 std::optional<std::string> ReadAll(HANDLE file, std::size_t limit);
 /// The bytes of a whole file, as ReadAll.
 std::optional<std::string> ReadWholeFile(const std::wstring& path, std::size_t limit);
-/// Writes every byte. Returns false with the last error set.
+/// Writes every byte. On failure returns false with the last error set.
 bool WriteAll(HANDLE file, std::string_view bytes);
 /// Appends every byte. On failure returns false with the last error and cuts the file to its old length.
 /// Processes that call this function wait for each other, so that their texts do not mix. A process whose

@@ -9,8 +9,9 @@
 namespace platform {
 
 /// A mutex that protects a resource shared by the processes of one session. A caller that does not get it in
-/// time continues without it, because waiting for ever would do more harm than unprotected access. Take fails
-/// when an elevated process owns the mutex and this process may not open it (ERROR_ACCESS_DENIED).
+/// time continues without it, because waiting for ever would do more harm than unprotected access. When an
+/// elevated process has created the mutex, this process may not open it; Take then returns at once, and
+/// IsHeld stays false.
 class NamedMutex {
  public:
   explicit NamedMutex(const wchar_t* name) : mutex_(CreateMutexW(nullptr, FALSE, name)) {}

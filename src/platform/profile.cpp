@@ -25,18 +25,17 @@ std::vector<std::string> Lines(std::string_view bytes) {
   return lines;
 }
 
-/// Whether writing `value` changed or added one line, and at most a section's heading above it. This check is
-/// needed because Wine reports no failure on a full disk and drops bytes that are not text, and because
-/// another program could change the copy.
-bool ChangesOneLine(std::string_view before, std::string_view after, std::string_view value) {
+/// Whether `after` equals `before`, except for at most one changed or added line, which ends with `ending`,
+/// and one section heading added above it. WriteProfileText checks this because Wine reports no failure on a
+/// full disk and drops bytes that are not text, and because another program could change the copy.
+bool ChangesOneLine(std::string_view before, std::string_view after, std::string_view ending) {
   const std::vector<std::string> old_lines = Lines(before), lines = Lines(after);
   const auto front = std::mismatch(old_lines.begin(), old_lines.end(), lines.begin(), lines.end());
   const auto back = std::mismatch(old_lines.rbegin(), std::make_reverse_iterator(front.first), lines.rbegin(),
                                   std::make_reverse_iterator(front.second));
-  const auto replaced = back.first.base() - front.first, written = back.second.base() - front.second;
-  return written == 0
-             ? replaced == 0
-             : replaced <= 1 && written <= 2 - replaced && (back.second.base() - 1)->ends_with(value);
+  const auto removed = back.first.base() - front.first, added = back.second.base() - front.second;
+  if (added == 0) return removed == 0;
+  return removed <= 1 && added <= 2 - removed && (back.second.base() - 1)->ends_with(ending);
 }
 
 }  // namespace

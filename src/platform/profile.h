@@ -6,8 +6,8 @@
 namespace platform {
 
 /// A private-profile value, at most `capacity` - 1 characters, not trimmed; empty when it is missing or the
-/// file cannot be read. Takes no lock and does not wait for other processes; the profile functions of Windows
-/// wait for the few milliseconds in which WriteProfileText writes.
+/// file cannot be read. Takes no lock; the function of Windows that it calls waits for the few milliseconds
+/// in which WriteProfileText writes the file.
 std::wstring ReadProfileText(const std::wstring& file, const wchar_t* section, const wchar_t* key,
                              unsigned capacity);
 /// Writes an ASCII value with RewriteFile, which creates a missing file. A failure is ignored. The profile

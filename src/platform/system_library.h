@@ -45,12 +45,12 @@ class SystemFunction<Result(WINAPI*)(Arguments...)> {
   constexpr SystemFunction(SystemLibrary& library, const char* name, Failure failure = {})
       : library_(library), name_(name), failure_(failure) {}
 
-  bool IsThere() {
+  bool IsAvailable() {
     if (function_ == nullptr) function_ = std::bit_cast<Type>(library_.Find(name_));
     return function_ != nullptr;
   }
   Result operator()(Arguments... arguments) {
-    return IsThere() ? function_(arguments...) : static_cast<Result>(failure_);
+    return IsAvailable() ? function_(arguments...) : static_cast<Result>(failure_);
   }
 
  private:

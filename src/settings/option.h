@@ -11,11 +11,12 @@ enum class OptionText {
   no
 };
 
+/// Reads `key` of the section kSettingsSection; logs nothing.
 OptionText ReadOption(const std::wstring& settings_file, const wchar_t* key);
 /// Writes "TRUE" or "FALSE"; a failure is ignored.
 void WriteOption(const std::wstring& settings_file, const wchar_t* key, bool value);
-/// Writes `key` because `read_key` was read as `read`. Reads `read_key` again while no other process can
-/// change the file, and writes nothing if it differs: the first read had failed, or the file has changed. A
-/// failure is ignored.
+/// Writes `value` to `key`, but only if `read_key` still reads as `read`. This second read happens while no
+/// other process can change the file. Its result differs when the first read failed for a moment or another
+/// process has changed the file since. A failure is ignored.
 void RepairOption(const std::wstring& settings_file, const wchar_t* key, bool value, const wchar_t* read_key,
                   OptionText read);

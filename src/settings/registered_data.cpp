@@ -132,20 +132,20 @@ std::wstring RegisteredDataEntries::FindProductExecutable() const {
   return {};
 }
 
-std::optional<platform::FileVersion> RegisteredDataEntries::ReadExecutable() const {
+std::optional<platform::FileVersion> RegisteredDataEntries::ReadExecutableVersion() const {
   const std::wstring path = FindProductExecutable();
   return path.empty() ? std::nullopt : platform::ReadFileVersion(path);
 }
 
 void RegisteredDataEntries::ReadProductFileVersion() {
-  executable_ = ReadExecutable();
-  if (executable_) ProductFileVersion = platform::FileVersionText(*executable_);
+  executable_version_ = ReadExecutableVersion();
+  if (executable_version_) ProductFileVersion = platform::FileVersionText(*executable_version_);
 }
 
 void RegisteredDataEntries::ReadProductVersionNumber() {
-  if (!executable_) executable_ = ReadExecutable();
-  if (!executable_) return;
-  const auto& [first, second, third, fourth] = *executable_;
+  if (!executable_version_) executable_version_ = ReadExecutableVersion();
+  if (!executable_version_) return;
+  const auto& [first, second, third, fourth] = *executable_version_;
   ProductVersionThird = text::FormatDecimal(third);
   ProductVersionFourth = text::FormatDecimal(fourth);
   ProductVersionNumber = text::FoldVersion(first, second, third, fourth);

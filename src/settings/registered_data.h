@@ -11,8 +11,9 @@
 
 struct RegisteredReader;
 
-/// The facts that the product's installer recorded, read by one check. Every operation logs to the sink of
-/// the constructor; a failure is logged with its code and leaves the field unchanged.
+/// The facts that the product's installer recorded, read by one check. The functions that read the registry
+/// log to the sink of the constructor, failures with their code; ReadInstallPath logs nothing. A value that
+/// is empty or cannot be read leaves its field unchanged.
 class RegisteredDataEntries {
  public:
   RegisteredDataEntries(RegistryFacts& facts, LogSink& log) : facts_(facts), log_(log) {}
@@ -29,8 +30,8 @@ class RegisteredDataEntries {
   /// Decides which registry layout the product's keys have and rebuilds both key paths. Returns the new
   /// `RegistryModeOne`.
   bool IdentifyRegistryMode();
-  /// When the first place has no value (error 2), these two readers try the keys directly under "SOFTWARE\".
-  /// A value found there switches the rest of the check to those keys.
+  /// In mode one, ReadTagOne and ReadClientVersion read the key directly under "SOFTWARE\" when the first key
+  /// or its value does not exist (error 2). If that succeeds, the rest of the check uses the keys there.
   void ReadTagOne();
   void ReadClientVersion();
   /// Also copies the value into `IconPath`.
@@ -43,9 +44,9 @@ class RegisteredDataEntries {
   std::wstring GetInstallPath() const { return facts_.InstallPath; }
   const RegistryFacts& Facts() const { return facts_; }
 
-  /// Both look for "Qrt.exe", then "qrt.exe", in the install path. They leave their fields as they were when
-  /// neither exists or the file has no version resource. The second uses the version that the first has
-  /// read: an object serves one check, which calls both within moments.
+  /// Both read the version of "Qrt.exe", or else "qrt.exe", in the install path, and log nothing. Without the
+  /// file or its version resource the fields keep their values. ReadProductVersionNumber sets the last three
+  /// fields, and does not open the file again when ReadProductFileVersion has read it.
   void ReadProductFileVersion();
   void ReadProductVersionNumber();
 
@@ -60,9 +61,9 @@ class RegisteredDataEntries {
   void Store(const std::wstring& value, std::wstring& field, std::wstring_view found,
              std::wstring_view empty);
   std::wstring FindProductExecutable() const;
-  std::optional<platform::FileVersion> ReadExecutable() const;
+  std::optional<platform::FileVersion> ReadExecutableVersion() const;
 
   RegistryFacts& facts_;
   LogSink& log_;
-  std::optional<platform::FileVersion> executable_;  ///< nothing until its version has been read
+  std::optional<platform::FileVersion> executable_version_;  ///< nothing until it has been read
 };

@@ -35,8 +35,9 @@ class RunState : public ActivityLog, public RegistryFacts {
   /// Shows a text to the user and waits for OK. Set by the application object.
   std::function<void(std::wstring_view)> WarnUser;
 
-  /// Prepares folder and file of the settings. Returns whether updates are to be checked; true after every
-  /// failure. Logs to the activity log and the notes.
+  /// Creates the profile settings folder if it is missing and copies korsa.ini into it. Replaces a missing or
+  /// malformed CHECKUPDATES by "TRUE". Returns false only when CHECKUPDATES is "FALSE". Logs to the activity
+  /// log and the notes.
   bool PrepareServerSettings();
   /// Copies korsa.ini from the program's folder to `destination`. Logs two entries and returns false on
   /// failure.

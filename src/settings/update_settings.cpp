@@ -25,8 +25,8 @@ void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool&
     return;
   }
 
-  // A UPDATE_LOC_URL of blanks wins over the host, because it is trimmed afterwards; it then counts as
-  // missing.
+  // UPDATE_LOC_URL takes precedence over UPDATE_LOC and is trimmed only afterwards. A value of blanks
+  // therefore selects the default host, even when UPDATE_LOC is set.
   const std::wstring url = Read(settings_file, settings_texts::kUpdateLocUrlKey);
   const std::wstring host = Read(settings_file, settings_texts::kUpdateLocKey);
   if (!url.empty()) update_loc_url_mode = true;

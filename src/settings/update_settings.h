@@ -13,7 +13,7 @@ struct UpdateSettings {
   std::wstring UpdateLocation;    ///< host name, or a complete address when it came from "UPDATE_LOC_URL"
   bool UpdateLocationSet = true;  ///< true after every reading
   bool IgnorePatchError = true;   ///< "IGNORE_PATCH_ERROR" is "TRUE"
-  std::int32_t TimeoutMs = 60;    ///< milliseconds; no bound is applied
+  std::int32_t TimeoutMs = 60;    ///< milliseconds, also zero or negative; replaced by every reading
 
   /// Whether a missing or malformed "IGNORE_PATCH_ERROR" is replaced by "FALSE" in the file.
   enum class WriteBack { defaults, nothing };

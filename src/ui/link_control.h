@@ -33,8 +33,7 @@ class CSysURL : public CStatic {
   platform::UniqueFont m_font;
 
  public:
-  // For users of the control. The control does not read them.
-  int m_bReserved0 = 0;
-  int m_bReserved1 = 1;
+  int m_bReserved0 = 0;         ///< the control does not read it
+  int m_bReserved1 = 1;         ///< the control does not read it
   HCURSOR m_hCursor = nullptr;  ///< shown over the control; null: the standard cursor
 };

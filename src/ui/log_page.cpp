@@ -32,7 +32,7 @@ bool CLogTrace::OnSetActive() {
   return CPropertyPage::OnSetActive();
 }
 
-HWND CLogTrace::FocusChoice() const {
+HWND CLogTrace::FocusTarget() const {
   return m_btnSave.Handle();
 }
 
@@ -58,7 +58,7 @@ void CLogTrace::ShowLog() {
   GetWindowRect(m_edtLog.Handle(), &text_area);
   m_lnkLogFile.ShowPath(g_strCurrentLogFile, text_area.right - text_area.left);
   m_btnSave.Enable(!m_strLog.empty());
-  if (!m_strLog.empty()) FocusSoon();
+  if (!m_strLog.empty()) PostFocus();
 }
 
 void CLogTrace::OnSave() {

@@ -20,7 +20,7 @@ class CLogTrace : public CPropertyPage {
   bool OnInitDialog() override;
   bool OnSetActive() override;
   void OnSiblingChanged() override;
-  HWND FocusChoice() const override;
+  HWND FocusTarget() const override;
   void OnCommand(int id, int code) override;
 
  private:

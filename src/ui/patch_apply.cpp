@@ -43,13 +43,13 @@ bool PatchApply::OnInitDialog() {
   if (!m_bInteractiveMode) {
     TakeStartUpResult();
     UpdatePageState();
-    FocusSoon();
+    PostFocus();
     run_.DatedLog().OpenSystemLog();
     return true;
   }
-  if (g_nUpdateCheckCount == 0) m_bAdministrator = sheet_.WriteRegularRunHeader();
-  // The check blocks this thread until the server has answered, so the sheet must be visible first. Windows
-  // dispatches no posted message before that.
+  if (g_nUpdateCheckCount == 0) sheet_.WriteRegularRunHeader();
+  // The check blocks this thread until the server has answered, so the sheet must be visible first. A posted
+  // message is dispatched only after Windows has shown the sheet.
   m_bFirstCheckPending = true;
   UpdatePageState();
   PostMessageW(Handle(), kFirstCheckMessage, 0, 0);
@@ -220,12 +220,12 @@ void PatchApply::ClearBeforeCheck() {
 void PatchApply::ShowResult() {
   DiscardInput();
   UpdatePageState();
-  FocusSoon();
+  PostFocus();
   run_.DatedLog().OpenSystemLog();
-  TellSiblings();
+  NotifySiblings();
 }
 
-HWND PatchApply::FocusChoice() const {
+HWND PatchApply::FocusTarget() const {
   for (const CButton* action : {&m_btnInstall, &m_btnRetry}) {
     if (IsWindowEnabled(action->Handle())) return action->Handle();
   }

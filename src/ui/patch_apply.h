@@ -23,7 +23,7 @@ class PatchApply : public CPropertyPage, private UpdateOptions {
   void DoDataExchange(const CDataExchange& exchange) override;
   bool OnInitDialog() override;
   bool OnSetActive() override;
-  HWND FocusChoice() const override;
+  HWND FocusTarget() const override;
   void OnCommand(int id, int code) override;
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
 
@@ -68,6 +68,5 @@ class PatchApply : public CPropertyPage, private UpdateOptions {
   std::wstring m_strLastCheckError;
   bool m_bLastUpdatesFound = false;
 
-  bool m_bAdministrator = false;      ///< as in the regular run header
   bool m_bFirstCheckPending = false;  ///< the sheet's first check has not run yet
 };

@@ -22,9 +22,10 @@ class CheckLog : public LogSink {
   std::wstring text_;
 };
 
-/// The check at start-up. Constructing one runs a complete check on the calling thread; afterwards its
-/// members are the results. The mirrors of process_state.h follow them. The operations and results are those
-/// of the check's steps, whose classes document them.
+/// The check at start-up. The constructor runs a complete check on the calling thread; afterwards the members
+/// hold its results, and the globals of process_state.h hold copies. The functions and members are those of
+/// the check's steps (update_engine.h), whose classes document them. The private members come first, because
+/// the references below are initialised from `engine_`.
 class CCheckPatch {
   RunState& run_;
   CheckLog log_;

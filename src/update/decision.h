@@ -17,7 +17,7 @@ struct CheckFacts {
   std::int32_t product_version = 0;  ///< the executable's version, folded
   /// The last two numbers of that version, as text; empty: the executable or its version is missing.
   std::wstring_view product_level, product_build;
-  std::int32_t record_version = 0;  ///< of a record whose own text has none
+  std::int32_t record_version = 0;  ///< used when `record` contains no version
 };
 
 /// The outcome of a check: the path that it takes, and what Comparison does and logs to carry it out.
@@ -29,7 +29,7 @@ struct Decision {
     std::wstring_view failed;  ///< any other error; the next entry is "Error : " and its code
   };
 
-  int exit_code = 0;  ///< 1: the record counts, 2: it or the list is empty, 3: there is none
+  int exit_code = 0;  ///< 1: the record and the list have content; 2: one of them is empty; 3: no record
   /// Nothing when the product's version is missing: then earlier results stay and nothing is logged.
   std::optional<bool> offered;
   bool record_covers_list = false;  ///< the record names every pack, so the versions decide

@@ -28,9 +28,10 @@ class Exchange {
   /// Replaces the content of `NetworkErrorCodes` by the thirteen codes.
   void FillNetworkErrorCodes();
   /// Fetches the update information file into the temporary folder (list_file.h) and appends its section
-  /// names to `sections`. Every failure sets `m_bCheckFailed` and `m_strErrorText` and is logged with its
-  /// code; a completed download clears the flag. With a status other than 200 and 404 the body is still
-  /// downloaded, and the number is left as the error text. All handles are closed.
+  /// names to `sections`. A failure is logged and sets `m_bCheckFailed` and `m_strErrorText`, with two
+  /// exceptions: a time-out that cannot be set, and a file that is gone after the download, are only logged.
+  /// Success clears `m_bCheckFailed`. With a status other than 200 and 404 the body is still downloaded, and
+  /// `m_strErrorText` holds the status number. All handles are closed.
   void DownloadUpdateList(std::vector<std::wstring>& sections);
   /// The request path; empty when the address does not name the update location's host, or the location is a
   /// complete address. Logs the case.
@@ -41,6 +42,8 @@ class Exchange {
   void SetErrorText(std::wstring_view text);
 
  private:
+  // These return false after a failure, which they have logged and stored. `request` is a HINTERNET.
+  // `pending_error` receives a status that is neither 200 nor 404, in decimal.
   bool ProbeConnection();
   bool FetchToFile(const std::wstring& path, ListFile& file, std::wstring& pending_error);
   bool CheckStatus(void* request, std::wstring& pending_error);

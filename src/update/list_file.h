@@ -19,11 +19,12 @@ class ListFile {
   ~ListFile();
 
   /// Creates the file, or empties it. Waits for the mutex, and while another process's handle denies access.
-  /// Other processes cannot delete or rename the file until this object ends. Returns false with the last
-  /// error set.
+  /// Other processes cannot delete or rename the file until this object is destroyed. On failure returns
+  /// false with the last error set.
   bool Create();
-  /// Appends all bytes. Returns false with the last error set.
+  /// Appends all bytes. On failure returns false with the last error set.
   bool Write(std::string_view bytes);
+  /// Ends the writing, so that ReadNames can open the file.
   void Close();
   bool Exists() const;
   /// Appends the names of the file's sections, as far as they fit kSectionNamesCapacity characters. Waits

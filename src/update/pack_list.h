@@ -21,8 +21,9 @@ struct PackFields {
 std::optional<PackFields> SplitPackName(std::wstring_view name);
 
 /// Updates `latest` from the section names of an update information file. The first name is the file's own
-/// heading; each further one names a pack by its last two underscore-separated numbers, level and build.
-/// `latest` keeps its values when the list holds several packs and the best level or build is below 1.
+/// heading; the others name packs (SplitPackName). Of several packs, one without a level has the level of the
+/// pack before it, and `latest` keeps its values when the best level or build is below 1. A single pack sets
+/// the fields that its name has.
 void FindLatestPack(const std::vector<std::wstring>& sections, LatestPack& latest);
 
 /// Whether the installed executable (third and fourth number of its version) is older than `latest`.

@@ -7,7 +7,7 @@
 
 /// Number of finished start-up checks (CCheckPatch).
 inline std::int32_t g_nUpdateCheckCount = 0;
-/// Mirrors of the latest start-up check's results.
+/// Copies of the latest start-up check's results.
 inline bool g_bUpdatesAvailable = false;
 inline bool g_bCheckFailed = false;
 inline std::wstring g_strPatchErrorText;

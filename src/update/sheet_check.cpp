@@ -23,7 +23,7 @@ void SheetUpdateCheck::RunUpdateCheck() {
   engine.entries.IdentifyRegistryMode();
   engine.settings.ReadUpdateSettings(run_.SettingsFilePath, facts_.UpdateLocUrlMode,
                                      UpdateSettings::WriteBack::nothing);
-  if (!PassVersionGate(engine.entries)) return;
+  if (!CheckProductVersion(engine.entries)) return;
   ReadEntries(engine.entries);
   Append(update_texts::kEntriesEnd);
   Append(update_texts::kUpdatesStart);
@@ -41,7 +41,7 @@ void SheetUpdateCheck::ClearStatus() {
   SheetCheckFailed = false;
 }
 
-bool SheetUpdateCheck::PassVersionGate(RegisteredDataEntries& entries) {
+bool SheetUpdateCheck::CheckProductVersion(RegisteredDataEntries& entries) {
   entries.ReadClientVersion();
   SheetClientVersion = entries.ClientVersion;
   g_bProductInstalled = SheetClientVersion == identity::kProductVersion;

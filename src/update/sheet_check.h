@@ -30,7 +30,8 @@ class SheetUpdateCheck : public SheetLog {
 
  private:
   void ClearStatus();
-  bool PassVersionGate(RegisteredDataEntries& entries);
+  /// Sets and returns `g_bProductInstalled`; logs two more entries when it is false.
+  bool CheckProductVersion(RegisteredDataEntries& entries);
   void ReadEntries(RegisteredDataEntries& entries);
   void Compare(UpdateEngine& engine);
 
