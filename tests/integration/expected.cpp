@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <shlobj.h>
 #include <shlwapi.h>
 #include <wininet.h>
 
@@ -36,15 +35,6 @@ std::wstring expected::Log(std::wstring_view text) {
   return log;
 }
 
-std::map<std::wstring, std::wstring> expected::Setup(std::wstring_view text) {
-  std::map<std::wstring, std::wstring> setup;
-  for (const std::wstring& part : support::Split(text)) {
-    const std::size_t equals = part.find(L'=');
-    if (!part.empty()) setup[part.substr(0, equals)] = equals == part.npos ? L"" : part.substr(equals + 1);
-  }
-  return setup;
-}
-
 std::shared_ptr<void> Obstruct(const std::wstring& what, const std::wstring& file) {
   if (what.empty()) return {};
   std::wsmatch parts;
@@ -55,11 +45,8 @@ std::shared_ptr<void> Obstruct(const std::wstring& what, const std::wstring& fil
   if (parts[1] == L"" #function)    \
   return std::make_shared<support::ImportHook<function>>(#function, code, result)
   REFUSABLE(CreateDirectoryW, FALSE);
-  REFUSABLE(CreateFileW, INVALID_HANDLE_VALUE);
-  REFUSABLE(CreateMutexW, nullptr);
   REFUSABLE(InternetConnectW, nullptr);
   REFUSABLE(PathFileExistsW, FALSE);
   REFUSABLE(RegOpenKeyExW, static_cast<LSTATUS>(code));
-  REFUSABLE(SHGetFolderPathW, E_FAIL);
   Refuse("unknown obstacle", what);
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -13,9 +12,6 @@ namespace expected {
 /// logs have, a leading "..." for the beginning that the registry readers' entries share, "MESSAGE 32" for
 /// the system's text of that error. Another word in capitals is refused.
 std::wstring Log(std::wstring_view text);
-
-/// "a=b|c": names with values, or alone.
-std::map<std::wstring, std::wstring> Setup(std::wstring_view text);
 
 }  // namespace expected
 

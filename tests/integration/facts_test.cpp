@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include <algorithm>
+#include <map>
 #include <optional>
 #include <regex>
 #include <vector>
@@ -14,6 +14,7 @@
 #include "settings/update_settings.h"
 #include "support/import_hook.h"
 #include "support/machine.h"
+#include "text/text.h"
 #include "ui/update_options.h"
 
 using support::Layout;
@@ -27,30 +28,29 @@ namespace {
 
 constexpr Layout kLayouts[] = {Layout::two, Layout::one};
 
-/// Writes out "x{128}".
-std::wstring Expand(const std::wstring& text) {
-  std::wsmatch found;
-  if (!std::regex_search(text, found, std::wregex(L"x\\{(\\d+)\\}"))) return text;
-  return found.prefix().str() + std::wstring(std::stoul(found[1]), L'x') + found.suffix().str();
+/// Writes out the word of the table.
+std::wstring Expand(std::wstring text) {
+  text::ReplaceAll(text, L"LONG", std::wstring(127, L'x'));
+  return text;
 }
 
 /// Sets a value of the table.
 void SetValue(const std::wstring& value) {
-  REQUIRE(std::regex_match(value, std::wregex(L"[12][MU] \\w+=.*")));
-  const auto parts = Split(Expand(value), L'#');
-  const std::size_t equals = parts[0].find(L'=');
-  std::wstring text = parts[0].substr(equals + 1);
-  const auto number = [&](std::size_t i, std::size_t usual) {
-    return parts.size() > i ? std::stoul(parts[i]) : usual;
-  };
-  const Layout layout = kLayouts[value[0] == L'1'];
-  support::SetRegistryBytes(value[1] == L'M' ? support::MakerKey(layout) : support::UninstallKey(layout),
-                            value.substr(3, equals - 3).c_str(), number(1, REG_SZ),
-                            {reinterpret_cast<const char*>(text.c_str()), number(2, text.size() * 2 + 2)});
+  static const std::wregex form(L"([12])([MU]) (\\w+)=([^#]*)(#(\\d)#(\\d+))?");
+  std::wsmatch part;
+  REQUIRE(std::regex_match(value, part, form));
+  const Layout layout = kLayouts[part[1] == L"1"];
+  const std::wstring text = Expand(part[4]);
+  const std::size_t size = part[7].matched ? std::stoul(part[7]) : text.size() * 2 + 2;
+  support::SetRegistryBytes(part[2] == L"M" ? support::MakerKey(layout) : support::UninstallKey(layout),
+                            part[3].str().c_str(), part[6].matched ? std::stoul(part[6]) : REG_SZ,
+                            {reinterpret_cast<const char*>(text.c_str()), size});
 }
 
-std::string FileOf(const char* lines) {
-  return "[KORSA_URL]\r\n" + std::regex_replace(lines, std::regex("\\|"), "\r\n") + "\r\n";
+/// A settings file with the lines of a column; none for "-".
+std::optional<std::string> FileOf(const std::wstring& lines) {
+  if (lines == L"-") return std::nullopt;
+  return "[KORSA_URL]\r\n" + std::regex_replace(Utf8(lines), std::regex("\\|"), "\r\n") + "\r\n";
 }
 
 }  // namespace
@@ -67,26 +67,22 @@ TEST_CASE("registered data: each reader reads its key or the alternative one, an
     run.InstallPath = run.IconPath = L"old";
     RegisteredDataEntries data(run, run);
     data.TagOne = data.TagTwo = data.TagThree = data.ClientVersion = L"old";
-    const struct {
-      const wchar_t* name;
-      void (RegisteredDataEntries::*read)();
-      std::wstring& field;
-    } readers[] = {{L"one", &RegisteredDataEntries::ReadTagOne, data.TagOne},
-                   {L"two", &RegisteredDataEntries::ReadTagTwo, data.TagTwo},
-                   {L"three", &RegisteredDataEntries::ReadTagThree, data.TagThree},
-                   {L"path", &RegisteredDataEntries::ReadInstallPath, run.InstallPath},
-                   {L"logged path", &RegisteredDataEntries::ReadInstallPathLogged, run.InstallPath},
-                   {L"version", &RegisteredDataEntries::ReadClientVersion, data.ClientVersion}};
+    using Reader = void (RegisteredDataEntries::*)();
+    const std::map<std::wstring, std::pair<Reader, const std::wstring*>> readers{
+        {L"one", {&RegisteredDataEntries::ReadTagOne, &data.TagOne}},
+        {L"two", {&RegisteredDataEntries::ReadTagTwo, &data.TagTwo}},
+        {L"three", {&RegisteredDataEntries::ReadTagThree, &data.TagThree}},
+        {L"path", {&RegisteredDataEntries::ReadInstallPath, &run.InstallPath}},
+        {L"logged path", {&RegisteredDataEntries::ReadInstallPathLogged, &run.InstallPath}},
+        {L"version", {&RegisteredDataEntries::ReadClientVersion, &data.ClientVersion}}};
     REQUIRE((row[1] == L"1" || row[1] == L"2" || row[1] == L"5"));
     const auto hook = Obstruct(row[1] == L"5" ? L"RegOpenKeyExW-5" : L"");
     if (row[0] == L"mode") {
       CHECK(data.IdentifyRegistryMode() == (row[4] == L"1"));
     } else {
-      const auto reader = std::find_if(std::begin(readers), std::end(readers),
-                                       [&row](const auto& one) { return row[0] == one.name; });
-      REQUIRE(reader != std::end(readers));
-      (data.*reader->read)();
-      CHECK(Utf8(reader->field) == Utf8(Expand(row[3])));
+      const auto& [read, field] = readers.at(row[0]);
+      (data.*read)();
+      CHECK(Utf8(*field) == Utf8(Expand(row[3])));
     }
     CHECK(run.IconPath == (row[0] == L"two" ? row[3] : L"old"));
     CHECK(run.RegistryModeOne == (row[4] == L"1"));
@@ -97,67 +93,34 @@ TEST_CASE("registered data: each reader reads its key or the alternative one, an
 }
 
 TEST_CASE("the settings file is prepared from the user's own or the seed, and a failure stops nothing") {
-  static constexpr wchar_t kMade[] = L"Profile settings directory created.|Server settings INI file copied.";
-  static constexpr wchar_t kExists[] = L"Server settings INI file already exists.";
-  struct Case {
-    const wchar_t* folder = L"\\Varnexa\\QRT15";  ///< is there at the start
-    const char* own = nullptr;                    ///< the user's file, without its heading
-    const char* seed = nullptr;                   ///< the same beside the program
-    const wchar_t* obstacle = L"";
-    bool checks = true;
-    const char* left = nullptr;  ///< the user's file in the end
-    const wchar_t* log = kExists;
-  };
-  for (const Case& row : std::vector<Case>{
-           {.folder = L"", .seed = "CHECKUPDATES=TRUE", .left = "CHECKUPDATES=TRUE", .log = kMade},
-           {.folder = L"\\Varnexa",
-           .seed = "CHECKUPDATES=FALSE",
-           .checks = false,
-           .left = "CHECKUPDATES=FALSE",
-           .log = kMade},
-           {.log = L"Server settings INI file copy failed: Source path not found.|Error : 2|"
-                   L"Server settings INI validation failed."},
-           {.seed = "A=b",
-           .obstacle = L"CreateFileW-5",
-           .log = L"Server settings INI file copy failed.|Error : 5|Server settings INI validation failed."},
-           {.folder = L"",
-           .seed = "A=b",
-           .obstacle = L"SHGetFolderPathW-0",
-           .log = L"Profile settings folder path is empty."},
-           {.folder = L"", .seed = "A=b", .obstacle = L"CreateDirectoryW-5", .log = L""},
-           {.own = "CHECKUPDATES= faLse ",
-           .seed = "CHECKUPDATES=TRUE",
-           .checks = false,
-           .left = "CHECKUPDATES= faLse "},
-           {.own = "CHECKUPDATES=true", .left = "CHECKUPDATES=true"},
-           {.own = "CHECKUPDATES=no", .left = "CHECKUPDATES=TRUE"},
-           {.own = "CHECKUPDATES=FALSE", .obstacle = L"held-0", .left = "CHECKUPDATES=FALSE"},
-           {.folder = L"\\Varnexa\\QRT15\\korsa.ini"}}) {
-    CAPTURE(Utf8(std::wstring(row.folder) + L' ' + row.obstacle) + ' ' + (row.own ? row.own : "-"));
+  for (const Row& row : Rows("integration/settings_start.txt", 7, 7)) {
+    CAPTURE(Utf8(row[0] + L';' + row[1] + L';' + row[2] + L';' + row[3]));
     platform::g_nWaitLeftMs = 0;
     Machine machine;
-    support::MakeFolder(machine.Documents() + row.folder);
-    if (row.own) machine.WriteSettings(row.own + std::string("\r\n"));
-    if (row.seed) support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", FileOf(row.seed));
+    support::MakeFolder(machine.Documents() + row[0]);
+    if (row[1] != L"-") machine.WriteSettings(Utf8(row[1]) + "\r\n");
+    const auto seed = FileOf(row[2]);
+    if (seed) support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", *seed);
     RunState run;
-    std::shared_ptr<void> obstacle = Obstruct(row.obstacle, machine.SettingsFile());
-    CHECK(run.PrepareServerSettings() == row.checks);
+    std::shared_ptr<void> obstacle = Obstruct(row[3], machine.SettingsFile());
+    CHECK((run.PrepareServerSettings() ? L"yes" : L"no") == row[4]);
     obstacle.reset();
-    CHECK_LOG(run.LogText(), row.log);
-    CHECK_LOG(std::regex_replace(run.NotesText(), std::wregex(L"\n"), L"\n\n"), row.log);
-    CHECK(ReadBytes(machine.SettingsFile()) == (row.left ? std::optional(FileOf(row.left)) : std::nullopt));
+    CHECK(ReadBytes(machine.SettingsFile()) == FileOf(row[5]));
+    CHECK_LOG(run.LogText(), row[6]);
+    CHECK_LOG(std::regex_replace(run.NotesText(), std::wregex(L"\n"), L"\n\n"), row[6]);
   }
 }
 
 TEST_CASE("a settings folder and file that another start makes at the same moment are used") {
   Machine machine;
-  support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", FileOf("CHECKUPDATES=FALSE"));
+  const auto seed = FileOf(L"CHECKUPDATES=FALSE");
+  support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", *seed);
   const support::ImportHook<CreateDirectoryW> race("CreateDirectoryW", [&](auto path, auto security) {
     if (!std::wstring_view(path).ends_with(L"QRT15\\")) race.original(path, security);
     return race.original(path, security);
   });
   const support::ImportHook<MoveFileExW> file_race("MoveFileExW", [&](auto from, auto to, auto flags) {
-    support::WriteBytes(to, FileOf("CHECKUPDATES=FALSE"));
+    support::WriteBytes(to, *seed);
     return file_race.original(from, to, flags);
   });
   RunState run;
@@ -166,50 +129,24 @@ TEST_CASE("a settings folder and file that another start makes at the same momen
 
 TEST_CASE(
     "each key of the settings file is read, and a default is written only where the error key has none") {
-  static constexpr char kDefaultHost[] = "updates.varnexa.example";
-  struct Case {
-    const char* lines;
-    bool was_url = false, url = false;  ///< a complete address: from the last check, from this one
-    const char* location = kDefaultHost;
-    int timeout = 60000;
-    bool ignore = false;
-    const char* left = nullptr;  ///< nullptr: as it was
-  };
-  for (const Case& row : std::vector<Case>{
-           {.lines = "A=b", .left = "A=b|IGNORE_PATCH_ERROR=FALSE"},
-           {.lines = "IGNORE_PATCH_ERROR=", .was_url = true, .left = "IGNORE_PATCH_ERROR=FALSE"},
-           {.lines = "IGNORE_PATCH_ERROR= tRue ", .ignore = true},
-           {.lines = "UPDATE_LOC= a.example |IGNORE_PATCH_ERROR=false", .location = "a.example"},
-           {.lines = "UPDATE_LOC=a.example|IGNORE_PATCH_ERROR=false",
-           .was_url = true,
-           .url = true,
-           .location = "a.example"},
-           {.lines = "UPDATE_LOC_URL=http://b.example/x|UPDATE_LOC=a.example|IGNORE_PATCH_ERROR=false",
-           .url = true,
-           .location = "http://b.example/x"},
-           {.lines = "UPDATE_LOC_URL=\"  \"|UPDATE_LOC=a.example|IGNORE_PATCH_ERROR=false"},
-           {.lines = "TIMEOUT=30|IGNORE_PATCH_ERROR=false", .timeout = 30000}}) {
-    CAPTURE(row.lines);
+  for (const Row& row : Rows("integration/settings_keys.txt", 4, 4)) {
+    CAPTURE(Utf8(row[0]));
     Machine machine;
+    const auto before = FileOf(row[0]);
     machine.WriteSettings("");
-    support::WriteBytes(machine.SettingsFile(), FileOf(row.lines));
+    if (before) support::WriteBytes(machine.SettingsFile(), *before);
+    const std::wstring path = before ? machine.SettingsFile() : L"";
     for (const auto write_back : {UpdateSettings::WriteBack::nothing, UpdateSettings::WriteBack::defaults}) {
-      CHECK(ReadBytes(machine.SettingsFile()) == FileOf(row.lines));
+      CHECK((!before || ReadBytes(path) == before));
       UpdateSettings settings;
-      bool url_mode = row.was_url;
-      settings.ReadUpdateSettings(machine.SettingsFile(), url_mode, write_back);
-      CHECK(url_mode == row.url);
-      CHECK(Utf8(settings.UpdateLocation) == row.location);
-      CHECK(settings.TimeoutMs == row.timeout);
-      CHECK(settings.IgnorePatchError == row.ignore);
+      bool url_mode = row[1] == L"url";
+      settings.ReadUpdateSettings(path, url_mode, write_back);
+      CHECK(Utf8(settings.UpdateLocation) + " " + std::to_string(settings.TimeoutMs) +
+                (settings.IgnorePatchError ? " ignore" : "") + (url_mode ? " url" : "") ==
+            Utf8(row[2]));
     }
-    CHECK(ReadBytes(machine.SettingsFile()) == FileOf(row.left == nullptr ? row.lines : row.left));
+    CHECK(ReadBytes(path) == (row[3].empty() ? before : FileOf(row[3])));
   }
-  UpdateSettings settings;
-  bool url_mode = true;
-  settings.ReadUpdateSettings(L"", url_mode, UpdateSettings::WriteBack::defaults);
-  CHECK(Utf8(settings.UpdateLocation) == kDefaultHost);
-  CHECK((!url_mode && settings.TimeoutMs == 60000 && !settings.IgnorePatchError));
 }
 
 TEST_CASE("a default does not replace a value that could not be read, or only in part") {
@@ -240,5 +177,5 @@ TEST_CASE("the page writes the default of an option that the start could not rep
   Machine machine;
   machine.WriteSettings("CHECKUPDATES=maybe\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
   UpdateOptions().LoadUpdateOptions(machine.SettingsFile());
-  CHECK(ReadBytes(machine.SettingsFile()) == FileOf("CHECKUPDATES=TRUE|IGNORE_PATCH_ERROR=TRUE"));
+  CHECK(ReadBytes(machine.SettingsFile()) == FileOf(L"CHECKUPDATES=TRUE|IGNORE_PATCH_ERROR=TRUE"));
 }

@@ -36,11 +36,15 @@ struct SettingsFile {
   }
 };
 
-/// Writes half of what is asked for, as on a disk that becomes full.
-BOOL WriteHalf(const ImportHook<WriteFile>& hook, HANDLE file, const void* bytes, DWORD size,
-               DWORD* written) {
-  return hook.original(file, bytes, size / 2, written, nullptr);
-}
+/// While it exists, one call writes half of what is asked for, as on a disk that becomes full.
+struct FullDisk {
+  const int call;  ///< counted from 1
+  int calls = 0;
+  const ImportHook<WriteFile> hook{"WriteFile", [this](auto file, auto bytes, auto size, auto written, auto) {
+                                     return hook.original(file, bytes, ++calls == call ? size / 2 : size,
+                                                          written, nullptr);
+                                   }};
+};
 
 }  // namespace
 
@@ -69,13 +73,9 @@ TEST_CASE("a value is written in the file's place, and everything else in the fi
 TEST_CASE("a failure while the file is written leaves its old content") {
   for (const wchar_t* const value : {L"2", L"longer-than-the-old-text-in-it"}) {
     SettingsFile file;
-    int writes = 0;
-    const ImportHook<WriteFile> half("WriteFile", [&](auto f, auto bytes, auto size, auto written, auto) {
-      return ++writes == 2 ? WriteHalf(half, f, bytes, size, written)
-                           : half.original(f, bytes, size, written, nullptr);
-    });
+    const FullDisk disk{.call = 2};
     CHECK(file.Write(0, value) == kOld);
-    CHECK(writes == 3);
+    CHECK(disk.calls == 3);
   }
   const ImportHook<FlushFileBuffers> lost("FlushFileBuffers", ERROR_WRITE_FAULT);
   CHECK(SettingsFile().Write() == kOld);
@@ -119,9 +119,7 @@ TEST_CASE("a new file has all its bytes or is not there, and an existing one is 
   CHECK(create() == ERROR_SUCCESS);
   const ImportHook<MoveFileExW> other_volume("MoveFileExW", ERROR_NOT_SAME_DEVICE);
   CHECK(create() == ERROR_SUCCESS);
-  const ImportHook<WriteFile> half("WriteFile", [&](auto f, auto bytes, auto size, auto written, auto) {
-    return WriteHalf(half, f, bytes, size, written);
-  });
+  const FullDisk disk{.call = 2};
   CHECK(create() == ERROR_DISK_FULL);
   CHECK(support::FileNames(file.machine.Temp()).empty());
 }
