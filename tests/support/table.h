@@ -15,9 +15,8 @@ using Row = std::vector<std::wstring>;
 ///
 /// All tables of the tests have one form. They are ASCII; a line is a row. A line that begins with four
 /// blanks continues the row above; empty lines, and lines that begin with '#', are no rows. ';' separates
-/// columns,
-/// '|' the parts of a column. "\n", "\t", "\r", "\0", "\\", and "\u" with four hexadecimal digits, are one
-/// character each; a semicolon within a column is "\u003B". All other blanks belong to the text.
+/// columns, '|' the parts of a column. "\n", "\t", "\r", "\0", "\\", and "\u" with four hexadecimal digits,
+/// are one character each; a semicolon within a column is "\u003B". All other blanks belong to the text.
 ///
 /// An unknown escape, and fewer than `least` or more than `most` columns, are an exception that names the
 /// row.
@@ -44,9 +43,7 @@ inline std::string Literal(std::wstring_view value) {
 
 /// Each character of `text` as one byte.
 inline std::string Bytes(std::wstring_view text) {
-  std::string bytes;
-  for (const wchar_t c : text) bytes += static_cast<char>(c);
-  return bytes;
+  return {text.begin(), text.end()};
 }
 
 /// The parts of a column: "a|b" is two texts, the empty text none.
