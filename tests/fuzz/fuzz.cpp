@@ -42,27 +42,6 @@ bool Contains(View text, View part) {
   return text.find(part) != text.npos;
 }
 
-void Numbers(const Text& in) {
-  const std::int32_t number = text::ParseDecimal(in);
-  assert(text::ParseDecimal(text::FormatDecimal(number)) == number);
-  assert((text::FoldVersion(number, number, number, number) < 0) == (number < 0));
-}
-
-void Replacing(const Text& in) {
-  std::vector<Text> parts = Split(in);
-  const Text from = TakeFirst(parts), to = TakeFirst(parts), whole = TakeFirst(parts);
-  Text log = whole;
-  log_rules::ReplaceBuildLine(log, from, to);
-  assert(log == whole || (Contains(whole, from) && Contains(from, L"NA")));
-}
-
-void Paths(const Text& in) {
-  const text::SplitPath split = text::SplitAtLastBackslash(in);
-  assert(split.has_backslash ? Text(split.folder) + L'\\' + Text(split.file) == in : !Contains(in, L"\\"));
-  const auto saved = SavedLogPath(in);
-  assert(saved ? (*saved == in || *saved == in + L".txt") && saved->ends_with(L".txt") : Contains(in, L"."));
-}
-
 // A pack above all others is the newest, wherever the list ends.
 void Packs(const Text& in) {
   std::vector<Text> sections = Split(in);
@@ -146,8 +125,7 @@ void LogRuns(const Text& in) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static constexpr void (*kParsers[])(const Text&) = {Numbers,  Replacing, Paths, Packs,  Decisions,
-                                                      Requests, Lists,     Logs,  LogRuns};
+  static constexpr void (*kParsers[])(const Text&) = {Packs, Decisions, Requests, Lists, Logs, LogRuns};
   if (size == 0) return 0;
   const Text in = Decode(data + 1, size - 1);
   if (std::getenv("TAVREL_SHOW")) std::puts(("row " + Literal(in)).c_str());

@@ -2,7 +2,7 @@
 # Usage: tests/fuzz/run.sh SECONDS
 #
 # Fuzzes the parsers of the pure part in two processes for SECONDS. Inputs that reached new code stay in
-# build/fuzz/corpus for the next run. An input that breaks an invariant is printed as a row for tests/unit/rows.txt and
+# build/fuzz/corpus for the next run. An input that breaks an invariant is printed as a row for tests/unit/*.txt and
 # kept in build/fuzz/found; the run then fails. TAVREL_FUZZ_BUILD names another build folder.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
@@ -19,12 +19,12 @@ cmake --build "$build" --target tavrel_fuzz
 rm -rf -- "$build/seeds" "$build/found"
 mkdir -p -- "$build/seeds" "$build/found" "$build/corpus"
 
-# The seeds are the inputs of the unit tests' rows, each for each of the nine parsers, and the log's entries.
+# The seeds are the inputs of the unit tests' rows, each for each of the six parsers, and the log's entries.
 number=0
 while IFS= read -r row; do
   number=$((number + 1))
-  for parser in {0..8}; do printf '%b' "$parser$row" >"$build/seeds/$number-$parser"; done
-done < <(sed -z 's/\n    //g' tests/unit/rows.txt | sed -n '/^#/d; s/;[^;]*$//p')
+  for parser in {0..5}; do printf '%b' "$parser$row" >"$build/seeds/$number-$parser"; done
+done < <(sed -z 's/\n    //g' tests/unit/*.txt | sed -n '/^#/d; s/;[^;]*$//p')
 # 5: the reader of logs.
 sed -n 's/^| `\([^`]*\)`.*/\1 2/p' docs/log.md |
   split -l 8 --filter='(printf 5; cat) >"$FILE"' - "$build/seeds/log-"
