@@ -97,10 +97,10 @@ constexpr Code kCodes[] = {
     {.code = L"12153", .means = "a header of the answer is invalid", .advice = kAgain},
     {.code = L"12156",
      .means = "a redirection failed",
-     .advice = "let the update server hand out the list itself"},
+     .advice = "let the update server send the list itself"},
     {.code = L"12157",
      .means = "a secure connection could not be made",
-     .advice = "let the update server hand out the list over plain HTTP, without a redirection"},
+     .advice = "let the update server send the list over plain HTTP, without a redirection"},
     {.code = L"12163", .means = "the connection to the internet was lost", .advice = "check the network"},
     {.code = L"12164", .means = "the server cannot be reached", .advice = kServerUp},
 

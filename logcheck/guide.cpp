@@ -94,7 +94,7 @@ std::string Guide() {
   for (const bool http : {false, true}) {
     guide +=
         http ? "\n## HTTP statuses\n\n| status | means | what to do |\n|---|---|---|\n"
-             : "\n## Codes and messages behind \"Error :\"\n\n"
+             : "\n## Codes and messages after \"Error :\"\n\n"
                "Of other numbers `net helpmsg` and the number tell the meaning; those from 12000 on are in "
                "Microsoft's list of WinINet error codes.\n\n| code | means | what to do |\n|---|---|---|\n";
     for (const Code& code : Codes()) {

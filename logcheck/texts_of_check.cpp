@@ -64,9 +64,7 @@ constexpr Text kExchange[] = {
      .role = exchange_failed,
      .means = "the update host did not answer the request for the list"},
     {.text = update_texts::kFound, .means = "the server answered with status 200"},
-    {.text = update_texts::kNotFound,
-     .role = exchange_failed,
-     .means = "the server did not hand out the list"},
+    {.text = update_texts::kNotFound, .role = exchange_failed, .means = "the server did not send the list"},
     {.text = update_texts::kStatusCode,
      .role = odd_status,
      .means =

@@ -27,7 +27,7 @@ constexpr std::array<OutcomeText, 6> kOutcomes = {{
 }};
 
 constexpr std::string_view kNoPack =
-    "the server handed out a list without a pack; open updates.ini in the user's %TEMP%: a web page in it "
+    "the server sent a list without a pack; open updates.ini in the user's %TEMP%: a web page in it "
     "comes from a portal or proxy that answers for the server, a list without packs from the publisher";
 constexpr std::string_view kOffered =
     "an update is offered; the user installs it with Install Updates in the window that the Start menu "

@@ -57,7 +57,9 @@ const std::array<Meaning, kCodes>& Meanings() {
       {"no-sections", "clients find no section; begin with a heading in brackets, then the packs"},
       {"only-heading", "no pack follows the heading, so no client is offered anything"},
       {"heading-is-pack", "the first section is the heading, never a pack; put a heading before it"},
-      {"byte-order-mark", "Windows does not find this section behind the UTF-8 mark; save without a mark"},
+      {"byte-order-mark",
+       "Windows does not find this section, because a UTF-8 byte order mark precedes it; save without the "
+       "mark"},
       {"unclosed", "the line has no closing bracket, so clients find no section in it"},
       {"control-character",
        "it has a control, direction or invisible character, or is cut at a null; use ASCII"},

@@ -53,7 +53,7 @@ TAVREL_SIGN_TIMESTAMP=|names no time-stamp server
 TAVREL_SIGN_TIMESTAMP=http://127.0.0.1:1/|Failed
 END
 
-# The flags are 0x5e bytes behind the PE header, whose place is at 0x3c.
+# The flags are 0x5e bytes after the start of the PE header, whose offset is at 0x3c.
 cp "$program" soft.exe
 at=$(($(od -An -tu4 -j60 -N4 soft.exe) + 0x5e))
 printf '\x00\x00' | dd of=soft.exe bs=1 seek=$at conv=notrunc status=none
