@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kServerUp =
     "check that the update server runs and that the firewall lets QRTTavrelUtility.exe reach it on port 80";
 constexpr std::string_view kAgain =
-    "check again later; if it stays, look at the update server and what lies before it";
+    "check again later; if it happens again, check the update server and any gateway in front of it";
 constexpr std::string_view kRights = "check the rights of the user on the file or registry key";
 constexpr std::string_view kRestart = "restart Windows and check again";
 constexpr std::string_view kTemp = "check the user's %TEMP%";
@@ -38,13 +38,13 @@ constexpr Code kCodes[] = {
     {.code = L"19", .means = "the disk is write-protected", .advice = kRights},
     {.code = L"32",
      .means = "another program holds the file",
-     .advice = "find that program, such as a virus scanner or a synchronisation, and check again"},
+     .advice = "find that program, such as a virus scanner or a synchronisation program, and check again"},
     {.code = L"33", .means = "another program has locked a part of the file", .advice = "find that program"},
     {.code = L"87",
      .means = "a parameter is wrong",
      .advice = "check UPDATE_LOC and TIMEOUT in the user's korsa.ini"},
     {.code = L"112", .means = "the disk is full", .advice = "make space on the disk"},
-    {.code = L"122", .means = "an area for data is too small", .advice = kAgain},
+    {.code = L"122", .means = "a buffer is too small", .advice = kAgain},
     {.code = L"123", .means = "the name of a file or folder is malformed", .advice = kTemp},
     {.code = L"206", .means = "the path is too long", .advice = kTemp},
     {.code = L"223",

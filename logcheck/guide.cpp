@@ -20,7 +20,7 @@ two lines is shown here as one. The misspelt words are part of the texts: search
 
     logcheck QRT_15_SystemTavrel_21Nov2026_10_30_PM.log     every run of a log
     logcheck --summary D:\logs                              500 logs: which outcome, how often, since when
-    logcheck --json D:\logs                                 a JSON object for each run, one a line
+    logcheck --json D:\logs                                 a JSON object for each run, one per line
 
 It also reads what the log page saves, and standard input (`-`). In a folder it reads all files `*.log` and `*.txt`,
 those in sub-folders included. The exit status is 0; 1 when the last check of a file has another outcome than `offered`
@@ -58,8 +58,8 @@ An answer with an HTTP status other than 200 and 404 is `failed` unless a list c
 | `advice` | a sentence: what it means and what to do |
 | `entries` | all entries, from the end of the check before it |
 
-With `--summary` each object is an outcome: `outcome`, `error`, `runs`, `files`, the times `first` and `last`, and
-`advice`: an object that holds for each sentence the number of its runs. A run counts by its last check.
+With `--summary` each object describes one outcome: `outcome`, `error`, `runs`, `files`, the times `first` and
+`last`, and `advice`, an object that maps each sentence to its number of runs. A run counts by its last check.
 )";
 
 std::string Span(std::wstring_view text) {
@@ -95,7 +95,7 @@ std::string Guide() {
     guide +=
         http ? "\n## HTTP statuses\n\n| status | means | what to do |\n|---|---|---|\n"
              : "\n## Codes and messages after \"Error :\"\n\n"
-               "Of other numbers `net helpmsg` and the number tell the meaning; those from 12000 on are in "
+               "`net helpmsg NUMBER` explains a number that is not listed here. Numbers from 12000 on are in "
                "Microsoft's list of WinINet error codes.\n\n| code | means | what to do |\n|---|---|---|\n";
     for (const Code& code : Codes()) {
       if (code.http != http) continue;

@@ -16,8 +16,7 @@ using update_texts::kDetailsNotFound;
 
 constexpr std::string_view kCheckTemp =
     "check that the user's %TEMP% exists, may be written to and has space, and that no other program, such "
-    "as a "
-    "virus scanner, holds updates.ini in it";
+    "as a virus scanner, holds updates.ini in it";
 constexpr std::string_view kRemoveRecord =
     "delete installedupdates.dat in the product's folder as an administrator";
 

@@ -36,20 +36,16 @@ constexpr std::string_view kUpToDate =
     "the newest pack of the server's list is installed; nothing is to be done";
 constexpr std::string_view kNoExecutable =
     "the list was fetched, but the file version of Qrt.exe in the folder Installpath could not be read; "
-    "check that the "
-    "file is there and readable, or install Varnexa 15.0 again";
+    "check that the file is there and readable, or install Varnexa 15.0 again";
 constexpr std::string_view kNoValues =
-    "DisplayVersion, DisplayIcon or URLUpdateInfo of the product is missing (WARNING: 101), so no server was "
-    "asked; "
-    "install Varnexa 15.0 again";
+    "DisplayVersion, DisplayIcon or URLUpdateInfo of the product is missing (WARNING: 101), so no server "
+    "was asked; install Varnexa 15.0 again";
 constexpr std::string_view kOtherVersion =
     "another version of the product than 15.0 is registered, so no server was asked; use the utility that "
-    "belongs to "
-    "that version, or install Varnexa 15.0";
+    "belongs to that version, or install Varnexa 15.0";
 constexpr std::string_view kTorn =
     "the log ends before the check does, because the utility was ended or the file is cut; check again and "
-    "let the "
-    "window finish";
+    "let the window finish";
 constexpr std::wstring_view kTornError = L"the log ends here";
 
 bool Is(const Entry& entry, std::wstring_view text) {

@@ -53,12 +53,12 @@ Published ReadPublished(std::string_view list, std::optional<std::string_view> r
   return published;
 }
 
-bool Client::HasAnswerOf(const Client& other) const {
+bool ClientAnswer::IsSameAs(const ClientAnswer& other) const {
   return std::tie(offered, exit_code, record_deleted) ==
          std::tie(other.offered, other.exit_code, other.record_deleted);
 }
 
-Client Ask(const Published& published, const Version& product) {
+ClientAnswer AnswerFor(const Published& published, const Version& product) {
   const auto& [first, second, third, fourth] = product;
   const std::wstring level = std::to_wstring(third), build = std::to_wstring(fourth);
   const CheckFacts facts = {.sections = published.sections,
@@ -68,11 +68,11 @@ Client Ask(const Published& published, const Version& product) {
                             .product_level = level,
                             .product_build = build};
   const Decision decision = Decide(facts, update_texts::kRecordDeleted);
-  Client client{.product = product,
-                .offered = decision.offered.value_or(false),
-                .exit_code = decision.exit_code,
-                .record_deleted = decision.removal.has_value(),
-                .log = {}};
+  ClientAnswer client{.product = product,
+                      .offered = decision.offered.value_or(false),
+                      .exit_code = decision.exit_code,
+                      .record_deleted = decision.removal.has_value(),
+                      .log = {}};
   if (published.record)
     client.log = {std::wstring(update_texts::kRecordFound), std::wstring(update_texts::kRecordRead)};
   if (decision.removal) client.log.emplace_back(decision.removal->deleted);
@@ -88,7 +88,7 @@ Version VersionOf(const LevelAndBuild& numbers) {
           number(numbers.first), number(numbers.second)};
 }
 
-std::string PointedText(const Version& version) {
+std::string DottedText(const Version& version) {
   std::string text;
   for (const auto number : version) text += (text.empty() ? "" : ".") + std::to_string(number);
   return text;
@@ -122,7 +122,7 @@ std::optional<Version> FirstOfferedOlder(const Published& published) {
     candidates.insert({highest.level, highest.build});
   for (const LevelAndBuild& numbers : candidates) {
     const Version version = VersionOf(numbers);
-    if (!IsNewer(highest, version[2], version[3]) && Ask(recorded, version).offered) return version;
+    if (!IsNewer(highest, version[2], version[3]) && AnswerFor(recorded, version).offered) return version;
   }
   return std::nullopt;
 }

@@ -35,24 +35,24 @@ struct Published {
 Published ReadPublished(std::string_view list, std::optional<std::string_view> record,
                         std::vector<std::wstring>& lost);
 
-/// The answer of a client whose executable has the version `product`.
-struct Client {
+/// The answer that a client gets whose executable has the version `product`.
+struct ClientAnswer {
   Version product{};
   bool offered = false;
   int exit_code = 0;
   bool record_deleted = false;
   std::vector<std::wstring> log;  ///< the entries of its comparison
 
-  /// Whether both clients get the same answer; their versions and log entries are not compared.
-  bool HasAnswerOf(const Client& other) const;
+  /// Whether both offer, log and delete the same; versions and log entries are not compared.
+  bool IsSameAs(const ClientAnswer& other) const;
 };
-Client Ask(const Published& published, const Version& product);
+ClientAnswer AnswerFor(const Published& published, const Version& product);
 
 /// The version of a client of this product version (15.0) with these last two numbers.
 Version VersionOf(const LevelAndBuild& numbers);
 
 /// A version as "15.0.2.5".
-std::string PointedText(const Version& version);
+std::string DottedText(const Version& version);
 
 /// Candidate versions: every level and build at which the answer can change, a superset of those at which it
 /// does. From one candidate to the next, all clients of this product version get the same answer.

@@ -23,7 +23,7 @@ struct Options {
   std::vector<std::string> lists, ignored;
 };
 
-/// Parses exactly four 16-bit numbers that are separated by points.
+/// Parses exactly four 16-bit numbers that are separated by dots.
 std::optional<packcheck::Version> ParseVersion(const std::string& text) {
   packcheck::Version version{};
   std::size_t field = 0, digits = 0;

@@ -49,21 +49,21 @@ std::string Lines(const std::string& label, const Texts& names) {
   return text + More(names.size(), kNamesShown, "");
 }
 
-std::string Answer(const Client& client) {
+std::string Answer(const ClientAnswer& client) {
   return std::string(client.offered ? "offered" : "not offered") + ", exit code " +
          std::to_string(client.exit_code) + (client.record_deleted ? ", the record is deleted" : "");
 }
 
-std::string AnswerWithLog(const Client& client) {
-  std::string text = "Client " + PointedText(client.product) + ": updates are " + Answer(client) + "\n";
+std::string AnswerWithLog(const ClientAnswer& client) {
+  std::string text = "Client " + DottedText(client.product) + ": updates are " + Answer(client) + "\n";
   for (const std::wstring& entry : client.log) text += "  | " + console::Printable(entry) + "\n";
   return text;
 }
 
-std::string Table(const std::vector<Client>& table) {
+std::string Table(const std::vector<ClientAnswer>& table) {
   std::string text = Padded("Client version", kAnswerColumn) + "updates\n";
   for (std::size_t i = 0; i < std::min(table.size(), kRowsShown); ++i) {
-    text += Padded("from " + PointedText(table[i].product), kAnswerColumn) + Answer(table[i]) + "\n";
+    text += Padded("from " + DottedText(table[i].product), kAnswerColumn) + Answer(table[i]) + "\n";
   }
   return text + More(table.size(), kRowsShown, "; --json shows all, --product one client");
 }
@@ -84,15 +84,15 @@ Json Strings(const Texts& texts) {
   return array;
 }
 
-Json AnswerObject(const Client& client) {
+Json AnswerObject(const ClientAnswer& client) {
   return {{"offered", client.offered},
           {"exit_code", client.exit_code},
           {"record_deleted", client.record_deleted}};
 }
 
 /// The answer after a first member, "product" or "from", with the client's version.
-Json ClientObject(const char* version_key, const Client& client) {
-  Json object = {{version_key, PointedText(client.product)}};
+Json ClientObject(const char* version_key, const ClientAnswer& client) {
+  Json object = {{version_key, DottedText(client.product)}};
   object.update(AnswerObject(client));
   return object;
 }
@@ -114,7 +114,7 @@ std::string AsText(const std::vector<Change>& changes) {
   std::string text = Padded("Client versions", kChangeColumn) + "updates\n";
   for (std::size_t i = 0; i < std::min(changes.size(), kRowsShown); ++i) {
     const Change& change = changes[i];
-    text += Padded(PointedText(change.from) + " to " + PointedText(change.to), kChangeColumn) +
+    text += Padded(DottedText(change.from) + " to " + DottedText(change.to), kChangeColumn) +
             Answer(change.before) + " -> " + Answer(change.after) + "\n";
   }
   return text + More(changes.size(), kRowsShown, "; --json shows all");
@@ -135,7 +135,7 @@ std::string AsJson(const Report& report, const std::string& file) {
     json["client"]["log"] = Strings(report.client->log);
   } else {
     json["table"] = Json::array();
-    for (const Client& client : report.table) json["table"].push_back(ClientObject("from", client));
+    for (const ClientAnswer& client : report.table) json["table"].push_back(ClientObject("from", client));
   }
   json["warnings"] = Json::array();
   for (const Warning& warning : report.warnings) {
@@ -148,8 +148,8 @@ std::string AsJson(const Report& report, const std::string& file) {
 std::string AsJson(const std::vector<Change>& changes) {
   Json array = Json::array();
   for (const Change& change : changes) {
-    array.push_back({{"from", PointedText(change.from)},
-                     {"to", PointedText(change.to)},
+    array.push_back({{"from", DottedText(change.from)},
+                     {"to", DottedText(change.to)},
                      {"old", AnswerObject(change.before)},
                      {"new", AnswerObject(change.after)}});
   }

@@ -8,11 +8,11 @@
 namespace packcheck {
 namespace {
 
-std::vector<Client> Table(const Published& published) {
-  std::vector<Client> table;
+std::vector<ClientAnswer> Table(const Published& published) {
+  std::vector<ClientAnswer> table;
   for (const LevelAndBuild& numbers : Thresholds(published)) {
-    Client client = Ask(published, VersionOf(numbers));
-    if (table.empty() || !table.back().HasAnswerOf(client)) table.push_back(std::move(client));
+    ClientAnswer client = AnswerFor(published, VersionOf(numbers));
+    if (table.empty() || !table.back().IsSameAs(client)) table.push_back(std::move(client));
   }
   return table;
 }
@@ -34,7 +34,7 @@ Report Examine(std::string_view list, std::optional<std::string_view> record,
   }
   report.newest = published.newest;
   if (product) {
-    report.client = Ask(published, *product);
+    report.client = AnswerFor(published, *product);
   } else {
     report.table = Table(published);
   }
@@ -56,10 +56,10 @@ std::vector<Change> Compare(std::string_view before, std::string_view after,
     const Version from = VersionOf(*i);
     const Version to = VersionOf(next == thresholds.end() ? LevelAndBuild{kLargestNumber, kLargestNumber}
                                                           : Predecessor(*next));
-    Client old_answer = Ask(old_list, from), new_answer = Ask(new_list, from);
-    const bool differs = !old_answer.HasAnswerOf(new_answer);
-    if (differs && continues && changes.back().before.HasAnswerOf(old_answer) &&
-        changes.back().after.HasAnswerOf(new_answer)) {
+    ClientAnswer old_answer = AnswerFor(old_list, from), new_answer = AnswerFor(new_list, from);
+    const bool differs = !old_answer.IsSameAs(new_answer);
+    if (differs && continues && changes.back().before.IsSameAs(old_answer) &&
+        changes.back().after.IsSameAs(new_answer)) {
       changes.back().to = to;
     } else if (differs) {
       changes.push_back(

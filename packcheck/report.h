@@ -19,11 +19,11 @@ struct Warning {
 struct Report {
   std::optional<std::wstring> heading;
   std::vector<std::wstring> packs;
-  std::vector<std::wstring> dropped;  ///< names that clients do not see
-  LatestPack newest;                  ///< zeros when clients find none
-  std::optional<Client> client;       ///< the answer to the product that was asked for
+  std::vector<std::wstring> dropped;   ///< names that clients do not see
+  LatestPack newest;                   ///< zeros when clients find none
+  std::optional<ClientAnswer> client;  ///< the answer to the product that was asked for
   /// Without a product: the first version, and each version from which on clients get another answer.
-  std::vector<Client> table;
+  std::vector<ClientAnswer> table;
   std::vector<Warning> warnings;
 };
 
@@ -33,7 +33,7 @@ Report Examine(std::string_view list, std::optional<std::string_view> record, st
 /// A range of client versions, `from` and `to` included, that get another answer from the second list.
 struct Change {
   Version from{}, to{};
-  Client before, after;
+  ClientAnswer before, after;
 };
 
 /// The changes when `after` replaces `before`, for clients that all have this record.

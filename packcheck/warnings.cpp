@@ -31,7 +31,7 @@ enum Code {
   kNeverOffered,
   kOffersOlder,
   kRecordNeverAhead,
-  kCodes,
+  kCodeCount,
 };
 
 struct Meaning {
@@ -50,35 +50,38 @@ std::string PackPrefix() {
 }
 
 /// In the order of Code.
-const std::array<Meaning, kCodes>& Meanings() {
+const std::array<Meaning, kCodeCount>& Meanings() {
   // The last character of the clients' buffer is the null that ends the list of names.
   static const std::string limit = std::to_string(kSectionNamesCapacity - 1);
-  static const std::array<Meaning, kCodes> meanings = {{
-      {"no-sections", "clients find no section; begin with a heading in brackets, then the packs"},
-      {"only-heading", "no pack follows the heading, so no client is offered anything"},
-      {"heading-is-pack", "the first section is the heading, never a pack; put a heading before it"},
-      {"byte-order-mark",
-       "Windows does not find this section, because a UTF-8 byte order mark precedes it; save without the "
-       "mark"},
-      {"unclosed", "the line has no closing bracket, so clients find no section in it"},
-      {"control-character",
-       "it has a control, direction or invisible character, or is cut at a null; use ASCII"},
-      {"not-ascii", "each client reads it, or its record, in its own code page; use ASCII"},
-      {"beyond-limit",
-       "clients read " + limit + " characters, one more for each name; it and the rest do not fit"},
-      {"no-numbers",
-       "its last two fields, between underscores, are not two numbers; name it ..._LEVEL_BUILD"},
-      {"out-of-range", "a version's numbers are 0 to 65535, so clients are offered it for ever, or never"},
-      {"other-product",
-       "it does not begin with " + PackPrefix() + ", which clients do not check; correct the name"},
-      {"duplicate", "the list has this name already; remove one of them"},
-      {"never-offered", "of several packs, the highest level and its build must be 1 or more"},
-      {"offers-older",
-       "with the record of this list it is offered updates, though no pack is newer, and loses the "
-       "record; keep a single pack's build at 10 or below"},
-      {"record-never-ahead",
-       "clients read a version only from a record with three underscores and the product's "
-       "name; this one never counts as ahead of an executable"},
+  static const std::array<Meaning, kCodeCount> meanings = {{
+      {.code = "no-sections",
+       .text = "clients find no section; begin with a heading in brackets, then the packs"},
+      {.code = "only-heading", .text = "no pack follows the heading, so no client is offered anything"},
+      {.code = "heading-is-pack",
+       .text = "the first section is the heading, never a pack; put a heading before it"},
+      {.code = "byte-order-mark",
+       .text = "Windows does not find this section, because a UTF-8 byte order mark precedes it; save "
+               "without the mark"},
+      {.code = "unclosed", .text = "the line has no closing bracket, so clients find no section in it"},
+      {.code = "control-character",
+       .text = "it has a control, direction or invisible character, or is cut at a null; use ASCII"},
+      {.code = "not-ascii", .text = "each client reads it, or its record, in its own code page; use ASCII"},
+      {.code = "beyond-limit",
+       .text = "clients read " + limit + " characters, one more for each name; it and the rest do not fit"},
+      {.code = "no-numbers",
+       .text = "its last two fields, between underscores, are not two numbers; name it ..._LEVEL_BUILD"},
+      {.code = "out-of-range",
+       .text = "a version's numbers are 0 to 65535, so clients are offered it for ever, or never"},
+      {.code = "other-product",
+       .text = "it does not begin with " + PackPrefix() + ", which clients do not check; correct the name"},
+      {.code = "duplicate", .text = "the list has this name already; remove one of them"},
+      {.code = "never-offered", .text = "the highest level and its build must be 1 or more"},
+      {.code = "offers-older",
+       .text = "with the record of this list it is offered updates, though no pack is newer, and loses the "
+               "record; keep a single pack's build at 10 or below"},
+      {.code = "record-never-ahead",
+       .text = "clients read a version only from a record with three underscores and the product's "
+               "name; this one never counts as ahead of an executable"},
   }};
   return meanings;
 }
@@ -140,7 +143,7 @@ void WarnOfWhole(const Published& published, Report& report) {
   if (report.packs.empty()) return Warn(report, kOnlyHeading, *report.heading);
   if (!IsNewer(report.newest, 0, 0)) Warn(report, kNeverOffered);
   if (const auto client = FirstOfferedOlder(published)) {
-    const std::string version = PointedText(*client);
+    const std::string version = DottedText(*client);
     Warn(report, kOffersOlder, std::wstring(version.begin(), version.end()));
   }
 }
