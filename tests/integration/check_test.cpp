@@ -37,6 +37,7 @@ const std::wregex kWord(
     L"missing=(DisplayVersion|DisplayIcon|URLUpdateInfo|Installpath)|silent=(status|body)|"
     L"endless|hours|competing|start-up|interactive");
 
+/// The words of a row, and the usual values of others.
 Setup Words(const std::wstring& row) {
   Setup setup{{L"address", L"http://updates.varnexa.example/patches/updates.ini"},
               {L"product", L"15.0.2.5"},
