@@ -17,16 +17,10 @@ namespace {
 
 constexpr char kHost[] = "[KORSA_URL]\r\nUPDATE_LOC=updates.varnexa.example\r\nTIMEOUT=20\r\n";
 
-/// TAVREL_STRESS_SEED selects other moments for the kills.
-unsigned Seed() {
-  const char* const seed = std::getenv("TAVREL_STRESS_SEED");
-  return seed == nullptr ? 20250307 : static_cast<unsigned>(std::strtoul(seed, nullptr, 10));
-}
-
-/// TAVREL_STRESS_KILLS sets the number of kills.
-int Kills() {
-  const char* const kills = std::getenv("TAVREL_STRESS_KILLS");
-  return kills == nullptr ? 100 : std::atoi(kills);
+/// The number in an environment variable, or the usual one.
+unsigned Number(const char* variable, unsigned usual) {
+  const char* const number = std::getenv(variable);
+  return number == nullptr ? usual : static_cast<unsigned>(std::strtoul(number, nullptr, 10));
 }
 
 /// The log file without its lines with a time.
@@ -71,8 +65,10 @@ TEST_CASE("a utility killed at any moment leaves settings and record whole, and 
   const std::string record = "Varnexa15_0_2_7";
   const std::string settings = std::string(kHost) + "CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n";
   WriteBytes(machine.File(L"program\\korsa.ini"), kHost);
-  std::mt19937 random(Seed());
-  for (int i = 0; i < Kills(); ++i) {
+  // The seed selects the moments of the kills.
+  std::mt19937 random(Number("TAVREL_STRESS_SEED", 20250307));
+  const unsigned kills = Number("TAVREL_STRESS_KILLS", 100);
+  for (unsigned i = 0; i < kills; ++i) {
     // Without settings, or with settings that lack both defaults; the record is ahead of the executable.
     DeleteFileW(machine.SettingsFile().c_str());
     if (i % 2 == 0) WriteBytes(machine.SettingsFile(), kHost);

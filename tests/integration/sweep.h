@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -37,12 +36,9 @@ Run Perform(const Plan& plan, const std::function<void()>& act);
 /// Imports of a program, and what was looked up by name in this one, that touch files, the registry, the
 /// network or security and that no row of the table of functions covers.
 std::string UncoveredImports(const wchar_t* program);
-/// Stops the program's clock at `now` while the returned object exists.
-std::shared_ptr<void> StopClock(__time64_t now);
 
 struct Scene {
-  wchar_t letter;  ///< by which the tables name it
-  const char* name;
+  std::string name;                        ///< its first letter stands for it in the tables
   bool pairs;                              ///< two calls fail as well
   void (*arrange)(support::Machine&);      ///< on top of what every scene finds
   std::wstring (*act)(support::Machine&);  ///< its log entries and messages, "-- " and the results

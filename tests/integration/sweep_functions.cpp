@@ -6,7 +6,6 @@
 #include <shlwapi.h>
 #include <wininet.h>
 
-#include <algorithm>
 #include <climits>
 #include <regex>
 #include <tuple>
@@ -24,6 +23,7 @@ constexpr int kCode = INT_MAX;
 /// A function that is watched, as Watch takes it.
 struct Function {
   void* other;  ///< the hook or the original function, whichever is not in the import table
+  void** slot{};
   std::wstring name{};
   int failed{};
   std::vector<DWORD> codes{};
@@ -41,14 +41,14 @@ thread_local Session* session = nullptr;
 DWORD Enter(const Function& function, const std::wstring& subject) {
   if (function.codes.empty()) return 0;
   auto& [plan, run, open] = *session;
-  const auto same = [&](const Call& call) {
-    return call.function == function.name && call.subject == subject;
-  };
-  const auto nth = static_cast<int>(std::count_if(run.calls.begin(), run.calls.end(), same)) + 1;
-  const auto failed = [&](const Call& call) { return call.function == function.name && call.code != 0; };
-  const auto before = std::find_if(run.calls.begin(), run.calls.end(), failed);
+  int nth = 1;
+  DWORD code = 0;
+  for (const Call& before : run.calls) {
+    if (before.function != function.name) continue;
+    if (before.subject == subject) ++nth;
+    if (plan.from_then_on && before.code != 0) code = before.code;
+  }
   const auto fault = plan.faults.find(run.calls.size());
-  DWORD code = plan.from_then_on && before != run.calls.end() ? before->code : 0;
   if (fault != plan.faults.end()) code = fault->second;
   run.calls.push_back({function.name, subject, nth, function.codes, code});
   return code;
@@ -110,10 +110,12 @@ template <auto... Imported>
 void Watch(Functions& watched, std::wstring_view names, int failed, const std::vector<DWORD>& codes,
            const wchar_t* handle) {
   const std::vector<std::wstring> split = support::Split(names, L',');
-  auto name = split.begin();
+  auto next = split.begin();
   const auto watch = [&](Function& function) {
-    function = {function.other, std::wstring(text::Trim(*name++)), failed, codes, handle};
-    watched[support::Utf8(function.name)] = &function;
+    const std::wstring_view name = text::Trim(*next++);
+    void** const slot = support::FindImport(support::Utf8(name));
+    function = {function.other, slot, std::wstring(name), failed, codes, handle};
+    watched[support::Utf8(name)] = &function;
   };
   (watch(Hook<Imported>::function), ...);
 }
@@ -170,17 +172,8 @@ const Functions& Watched() {
 
 /// Puts the hooks in, or takes them out again.
 void ExchangeAll() {
-  static const std::map<Function*, void**> slots = [] {
-    std::map<Function*, void**> found;
-    for (const auto& [name, function] : Watched()) found[function] = support::FindImport(name);
-    return found;
-  }();
-  for (const auto& [function, slot] : slots) function->other = support::ExchangeImport(slot, function->other);
-}
-
-ULARGE_INTEGER stopped_at;  ///< in 100 ns since 1601
-void WINAPI StoppedTime(FILETIME* time) {
-  *time = {stopped_at.LowPart, stopped_at.HighPart};
+  for (const auto& [name, function] : Watched())
+    function->other = support::ExchangeImport(function->slot, function->other);
 }
 
 }  // namespace
@@ -210,13 +203,6 @@ Run Perform(const Plan& plan, const std::function<void()>& act) {
   ExchangeAll();
   for (const auto& [handle, kind] : here.open) here.run.disorder += L"left open: " + kind + L"; ";
   return std::move(here.run);
-}
-
-std::shared_ptr<void> StopClock(__time64_t now) {
-  stopped_at.QuadPart = static_cast<ULONGLONG>(now + 11644473600) * 10'000'000;
-  void** const slot = support::FindImport("GetSystemTimeAsFileTime");
-  void* const running = support::ExchangeImport(slot, reinterpret_cast<void*>(&StoppedTime));
-  return std::shared_ptr<void*>(slot, [running](void** used) { support::ExchangeImport(used, running); });
 }
 
 }  // namespace sweep

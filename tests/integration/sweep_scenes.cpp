@@ -71,9 +71,9 @@ void Prepare(Machine& machine) {
 const std::vector<Scene>& Scenes() {
   constexpr auto with_record = [](Machine& m) { support::WriteBytes(m.Record(), "Varnexa15_0_2_7\r\n"); };
   constexpr auto no_settings = [](Machine& m) { support::RemoveTree(m.Documents() + L"\\Varnexa"); };
-  static const std::vector<Scene> scenes{{L'c', "check", false, with_record, PatchCheck},
-                                         {L's', "start-up", false, no_settings, StartUp},
-                                         {L'l', "log", true, [](Machine&) {}, WriteLog}};
+  static const std::vector<Scene> scenes{{"check", false, with_record, PatchCheck},
+                                         {"start-up", false, no_settings, StartUp},
+                                         {"log", true, [](Machine&) {}, WriteLog}};
   return scenes;
 }
 

@@ -33,8 +33,6 @@ class HttpServer {
   /// Listens at once on port 80; ends the program when that is taken. `answer` runs on the server's thread.
   explicit HttpServer(Answer answer);
   explicit HttpServer(HttpReply reply) : HttpServer([reply] { return reply; }) {}
-  HttpServer(const HttpServer&) = delete;
-  HttpServer& operator=(const HttpServer&) = delete;
   ~HttpServer() { Stop(); }
 
   void Start();

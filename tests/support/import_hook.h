@@ -53,7 +53,8 @@ class ImportHook<Function, Result(WINAPI*)(Arguments...)> {
     original_ = ExchangeImport(slot_, reinterpret_cast<void*>(&Enter));
   }
   /// Fails every call with this last error and result.
-  ImportHook(std::string_view name, DWORD error, Result result = {})
+  template <class Failure = Result>
+  ImportHook(std::string_view name, DWORD error, Failure result = {})
       : ImportHook(name, [=](Arguments...) { return Fail(error, result); }) {}
   ImportHook(const ImportHook&) = delete;
   ImportHook& operator=(const ImportHook&) = delete;
