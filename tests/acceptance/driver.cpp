@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr DWORD kLongestWaitMs = 20000;
 constexpr wchar_t kFolder[] = L"C:\\tavrel-acceptance";
 
 /// The control of a dialog or of one of the pages in it.
@@ -67,10 +66,6 @@ std::string Run::End() const {
   }
   GetExitCodeProcess(process_.hProcess, &code);
   return "exit code " + std::to_string(code);
-}
-
-bool Run::Idle() const {
-  return WaitForInputIdle(process_.hProcess, kLongestWaitMs) == 0;
 }
 
 bool Run::Answered() const {

@@ -8,6 +8,8 @@
 #include "support/http_server.h"
 #include "support/machine.h"
 
+inline constexpr DWORD kLongestWaitMs = 20000;
+
 /// The machine as an installer and a user leave it, in the prefix's own registry and folders: the product at
 /// 15.0.2.5, the utility, its settings and log folder. Each object begins afresh.
 struct InstalledMachine : support::Installation {
@@ -34,7 +36,7 @@ class Run {
   /// Waits for the end of the process: "exit code 0", or what the page shows while it runs on.
   std::string End() const;
   /// Waits until the program has shown its window and waits for input.
-  bool Idle() const;
+  bool Idle() const { return WaitForInputIdle(process_.hProcess, kLongestWaitMs) == 0; }
   /// Waits until the first page shows a result and all earlier messages are handled. The sheet then has the
   /// keyboard.
   bool Answered() const;
@@ -50,7 +52,7 @@ class Run {
   platform::UniqueKernelHandle job_;
 };
 
-bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds = 20000);
+bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds = kLongestWaitMs);
 /// SendMessage's result; 0 when the program does not answer.
 LRESULT Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0);
 /// Text of a window of another process, in UTF-8, lines ended by "\n".

@@ -36,10 +36,16 @@ bool Has(const std::wstring& report, std::wstring text, DWORD code = 0) {
   return In(report, text);
 }
 
+struct Tables {
+  const std::vector<Row> rules = support::Rows("integration/sweep_rules.txt", 5, 5);
+  const std::vector<Row> ends = support::Rows("integration/sweep_ends.txt", 2, 2);
+  std::set<const Row*> used{};  ///< rules that a call needed, and outcomes that occurred
+};
+
 /// Runs one scene on its own machine again and again, with another plan each time.
 class SceneRunner {
  public:
-  explicit SceneRunner(const Scene& scene) : scene_(scene) {
+  SceneRunner(const Scene& scene, Tables& tables) : scene_(scene), tables_(tables) {
     Prepare(machine_);
     scene.arrange(machine_);
     root_ = std::filesystem::path(machine_.Documents()).parent_path().wstring();
@@ -65,18 +71,6 @@ class SceneRunner {
       }
     }
     std::printf("sweep %-14s %4zu calls %5u runs\n", scene_.name.c_str(), calls_.size(), runs_);
-  }
-
-  /// Every rule is needed by a call, and every allowed outcome occurs.
-  static void CheckTables() {
-    for (const Row& row : Rules()) {
-      CAPTURE(support::Utf8(row[1] + L" " + row[2]));
-      CHECK((!row[4].empty() && used_.contains(&row)));
-    }
-    for (const Row& row : Ends()) {
-      CAPTURE(support::Utf8(row[1]));
-      CHECK(used_.contains(&row));
-    }
   }
 
   static LONG WINAPI OnCrash(EXCEPTION_POINTERS*) {
@@ -133,9 +127,7 @@ class SceneRunner {
     Files files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root_)) {
       const std::wstring path = entry.path().wstring();
-      if (!entry.is_directory()) {
-        files[path] = support::ReadBytes(path).value_or("unreadable");
-      }
+      if (!entry.is_directory()) files[path] = support::ReadBytes(path).value_or("unreadable");
     }
     return files;
   }
@@ -166,10 +158,10 @@ class SceneRunner {
       }
     }
     const std::wstring end = report_.substr(report_.rfind(L"-- ") + 3);
-    const auto allowed = std::find_if(Ends().begin(), Ends().end(),
+    const auto allowed = std::find_if(tables_.ends.begin(), tables_.ends.end(),
                                       [&](const Row& row) { return row[0][0] == letter_ && row[1] == end; });
-    require(allowed != Ends().end(), L"the outcome is allowed");
-    if (allowed != Ends().end()) used_.insert(&*allowed);
+    require(allowed != tables_.ends.end(), L"the outcome is allowed");
+    if (allowed != tables_.ends.end()) tables_.used.insert(&*allowed);
     return broken;
   }
 
@@ -183,29 +175,20 @@ class SceneRunner {
         return rule[0][0] == letter_ && In(L"|" + rule[1] + L"|", L"|" + call.function + L"|") &&
                call.subject.ends_with(rule[2]) && In(which, rule[3]);
       };
-      const auto rule = call.code == 0 ? Rules().end() : std::find_if(Rules().begin(), Rules().end(), fits);
-      if (rule == Rules().end()) continue;
+      const auto rule = call.code == 0 ? tables_.rules.end()
+                                       : std::find_if(tables_.rules.begin(), tables_.rules.end(), fits);
+      if (rule == tables_.rules.end()) continue;
       ruled = true;
       const std::wstring& wanted = (*rule)[4];
-      const bool met = wanted == L"*" || Has(report_, wanted, call.code);
-      if (wanted != L"*" || report_ != base_) used_.insert(&*rule);
-      if (!met) missed += L"not said: " + wanted + L"; ";
+      if (wanted != L"*" || report_ != base_) tables_.used.insert(&*rule);
+      if (wanted != L"*" && !Has(report_, wanted, call.code)) missed += L"not said: " + wanted + L"; ";
     }
     return alone && !ruled && report_ != base_ ? missed + L"no rule lets the outcome change; " : missed;
   }
 
-  static const std::vector<Row>& Rules() {
-    static const auto rules = support::Rows("integration/sweep_rules.txt", 5, 5);
-    return rules;
-  }
-  static const std::vector<Row>& Ends() {
-    static const auto ends = support::Rows("integration/sweep_ends.txt", 2, 2);
-    return ends;
-  }
-
-  static inline std::set<const Row*> used_;  ///< rules that a call needed, and outcomes that occurred
-  static inline std::string number;          ///< of the present run
+  static inline std::string number;  ///< of the present run
   const Scene& scene_;
+  Tables& tables_;
   const wchar_t letter_ = scene_.name[0];
   support::Machine machine_;
   std::wstring root_, report_, base_;
@@ -226,10 +209,17 @@ TEST_CASE("sweep: after each failing call handles, files, flags and log are as d
   SystemTimeToFileTime(&noon, &now);
   const support::ImportHook<GetSystemTimeAsFileTime> clock("GetSystemTimeAsFileTime",
                                                            [now](FILETIME* time) { *time = now; });
+  Tables tables;
   for (const Scene& scene : Scenes()) {
-    if (Wanted(scene.name + ":")) SceneRunner(scene).Sweep();
+    if (Wanted(scene.name + ":")) SceneRunner(scene, tables).Sweep();
   }
-  if (std::getenv("TAVREL_SWEEP_REPLAY") == nullptr) SceneRunner::CheckTables();
+  if (std::getenv("TAVREL_SWEEP_REPLAY") != nullptr) return;
+  for (const auto* table : {&tables.rules, &tables.ends}) {
+    for (const Row& row : *table) {
+      CAPTURE(support::Utf8(row[1] + L" " + row.back()));
+      CHECK((!row.back().empty() && tables.used.contains(&row)));
+    }
+  }
 }
 
 TEST_CASE("sweep: the table of functions covers every call of the program that can fail") {

@@ -57,7 +57,6 @@ class ImportHook<Function, Result(WINAPI*)(Arguments...)> {
   ImportHook(std::string_view name, DWORD error, Failure result = {})
       : ImportHook(name, [=](Arguments...) { return Fail(error, result); }) {}
   ImportHook(const ImportHook&) = delete;
-  ImportHook& operator=(const ImportHook&) = delete;
   ~ImportHook() { ExchangeImport(slot_, original_); }
 
   Result original(Arguments... arguments) const {

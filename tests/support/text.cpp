@@ -10,20 +10,10 @@
 #include "version.h"
 
 namespace support {
-namespace {
-
-/// The column of systems.txt for the system that this program runs on.
-std::size_t SystemColumn() {
-  const char* const version = WineVersion();
-  if (version == nullptr) return 1;
-  return std::atoi(version) <= 8 ? 2 : 3;
-}
-
-}  // namespace
 
 std::vector<Row> Rows(const char* file, std::size_t least, std::size_t most) {
   static const std::vector<Row> systems = ReadTable("systems.txt", 4, 4);
-  static const std::size_t column = SystemColumn();
+  static const std::size_t column = WineVersion() == nullptr ? 1 : std::atoi(WineVersion()) <= 8 ? 2 : 3;
   static const std::wregex name(L"@[A-Z][A-Z -]*@");
   std::vector<Row> rows = ReadTable(file, least, most);
   for (Row& row : rows) {
