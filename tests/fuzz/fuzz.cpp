@@ -1,5 +1,6 @@
-// One libFuzzer program for all parsers of the pure part: the first byte of an input tells which of them
-// takes the rest. With TAVREL_SHOW in the environment the rest is printed, as a column of a table has it.
+// One libFuzzer program for the parsers of what a server, a file or a log delivers: the first byte of an
+// input tells which of them takes the rest. With TAVREL_SHOW in the environment the rest is printed, as a
+// column of a table has it.
 #undef NDEBUG  // the rules are asserted
 #include <algorithm>
 #include <cassert>

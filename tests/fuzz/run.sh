@@ -1,7 +1,7 @@
 #!/bin/bash
 # Usage: tests/fuzz/run.sh SECONDS
 #
-# Fuzzes the parsers of the pure part in two processes for SECONDS. Inputs that reached new code stay in
+# Fuzzes the parsers of fuzz.cpp in two processes for SECONDS. Inputs that reached new code stay in
 # build/fuzz/corpus for the next run. An input that breaks an invariant is printed as a row for tests/unit/*.txt and
 # kept in build/fuzz/found; the run then fails. TAVREL_FUZZ_BUILD names another build folder.
 set -euo pipefail

@@ -76,7 +76,7 @@ void CheckJudged(Lines entries, const std::string& outcome, View step = {}) {
 std::vector<std::pair<std::string, Text>> LiteralsOf(const std::filesystem::path& header) {
   std::ifstream file(header);
   std::string source(std::istreambuf_iterator<char>(file), {});
-  // Comments and directives go, and a quotation mark, blanks and a quotation mark between two literals.
+  // Removes comments, directives, and the quotation marks between adjacent literals.
   source = std::regex_replace(source, std::regex("//.*|#.*"), "");
   source = std::regex_replace(source, std::regex("TAVREL_PRODUCT_VERSION"), "\"15.0\"");
   source = std::regex_replace(source, std::regex(R"re(([^\\])"\s*L?")re"), "$1");
