@@ -14,7 +14,7 @@ long=$(printf 'a%.0s' {1..1012})
 rule=$(printf '=%.0s' {1..52})
 head="$rule\n"'Varnexa 15.0 Tavrel Utility File Version : 2.0.3.0\n'
 head+='Varnexa 15.0 Tavrel Utility Date/Time : Saturday 22:30, November 21, 2026\n'
-head+="Varnexa 15.0 Build Version : NA\n$rule\nApp  Mode: User, User Mode: NA, Invoke Mode: Regular.\n"
+head+="Varnexa 15.0 Build Version : NA\n$rule\nApp  Mode: User, User Mode: NA, Invoke Mode: Patch verfication.\n"
 offered='Update details found. Exit code 3.\n'
 refused='Connect to the server not successful.\n Error : 2250 Please check\n'
 mkdir -p "$work/logs/pc2" "$work/empty"
@@ -64,8 +64,8 @@ check "$packcheck" <<'ROWS'
 ROWS
 
 check "$logcheck" <<'ROWS'
-0;-;HEADOFFERED;standard input*2026-11-21 22:30  started by the user, utility 2.0.3.0, product not read, ordinary user*offered*An update*
-1;--json -;HEADREFUSED;{"file":"-","time":"2026-11-21T22:30","mode":"regular","utility":"2.0.3.0","product":null,"administrator":false,"checks":*
+0;-;HEADOFFERED;standard input*2026-11-21 22:30  started by the product, utility 2.0.3.0, product not read, ordinary user*offered*An update*
+1;--json -;HEADREFUSED;{"file":"-","time":"2026-11-21T22:30","mode":"patch","utility":"2.0.3.0","product":null,"administrator":false,"checks":*
 1;--json -;REFUSEDx\n;*:\[{"outcome":"failed","exit_code":null,"error":"2250","step":"Con*","advice":"*","entries":\["Con*"," Err*"]}],"unknown":\["x"]}
 1;-;HEADREFUSED\033x\n;*failed (2250)*1 line that no version of the utility writes:*"\\x1Bx"*
 0;@/logs/pc1.LOG;;*.LOG*offered*

@@ -149,6 +149,8 @@ TEST_CASE("runs are told apart, whole or torn") {
 
 TEST_CASE("a check's outcome, code and step are those that decided it") {
   CheckJudged({kHostMatched, kFound, kCompleted, kDetailsFound[3]}, "offered 3 ");
+  // Windows' own message, in any language, is no foreign line.
+  CheckJudged({kRecordFound, L"Zugriff verweigert", kRecordReadFailed, kDetailsFound[2]}, "offered 2 ");
   CheckJudged({kCompleted, kDetailsNotFound[2], kMatching}, "none 2 ");
   CheckJudged({kCompleted, kRecordMissing, kDetailsNotFound[3]}, "none 3 ");
   // The code of the probe without its advice; what follows a failure means nothing.
@@ -194,7 +196,5 @@ TEST_CASE("the advice names what helps") {
   check_advice({kStatusCode, L"599"}, "the server is in trouble");
   check_advice({registered_texts::kClientVersion.completed, kVersionNotFound}, "nother version");
   check_advice({kDetailsFound[3], kUpdatesEnd, ui_texts::kFileNotFound}, "DisplayIcon");
-  // Windows' own message, in any language, is no foreign line.
-  check_advice({kRecordFound, L"Zugriff verweigert", kRecordReadFailed, kDetailsFound[2]},
-               "| The record installedupdates.dat");
+  check_advice({kRecordFound, kRecordReadFailed, kDetailsFound[2]}, "| The record installedupdates.dat");
 }
