@@ -114,8 +114,14 @@ Text Page(bool interactive, View in) {
   const auto error = [&parts](const wchar_t* whose) {
     return parts[1].empty() ? Text() : L" Error : " + parts[1] + whose;
   };
-  const PageState state = DecidePageState(
-      {interactive, has('i'), has('f'), has('x'), error(L" (sheet)"), has('X'), error(L" (page)"), has('F')});
+  const PageState state = DecidePageState({.interactive = interactive,
+                                           .product_installed = has('i'),
+                                           .sheet_updates_available = has('f'),
+                                           .sheet_check_failed = has('x'),
+                                           .sheet_error_text = error(L" (sheet)"),
+                                           .last_check_failed = has('X'),
+                                           .last_check_error = error(L" (page)"),
+                                           .last_updates_found = has('F')});
   return Text(state.install_enabled ? L"I" : L"") + (state.retry_enabled ? L"R" : L"") +
          (state.continue_offered ? L"C|" : L"|") + state.text;
 }
