@@ -138,11 +138,12 @@ class SceneRunner {
     const auto require = [&broken](bool holds, const wchar_t* what) {
       if (!holds) broken.append(what).append(L"; ");
     };
-    if (letter_ == L'c') {
+    if (letter_ == L"c") {
       require(Has(report_, L"|=========== Registered Data Entries Check : Start ===========|") &&
                   Has(report_, L"|=========== Registered Data Entries Check : End ===========|") &&
                   Has(report_, L"|=========== Check Product Updates Availability : End ============|-- "),
               L"rule lines frame the check");
+      // The entry is in the log if and only if the result is in the report.
       const std::pair<const wchar_t*, const wchar_t*> together[] = {
           {L"\n Error : ", L"\\+failed"},
           {L"\n Error : (122|12002|12007|12029|12150)\\b", L"\\+network"},
@@ -159,7 +160,7 @@ class SceneRunner {
     }
     const std::wstring end = report_.substr(report_.rfind(L"-- ") + 3);
     const auto allowed = std::find_if(tables_.ends.begin(), tables_.ends.end(),
-                                      [&](const Row& row) { return row[0][0] == letter_ && row[1] == end; });
+                                      [&](const Row& row) { return row[0] == letter_ && row[1] == end; });
     require(allowed != tables_.ends.end(), L"the outcome is allowed");
     if (allowed != tables_.ends.end()) tables_.used.insert(&*allowed);
     return broken;
@@ -172,7 +173,7 @@ class SceneRunner {
     for (const Call& call : run.calls) {
       const std::wstring which = L"(" + std::to_wstring(call.nth) + L")[" + std::to_wstring(call.code) + L"]";
       const auto fits = [&](const Row& rule) {
-        return rule[0][0] == letter_ && In(L"|" + rule[1] + L"|", L"|" + call.function + L"|") &&
+        return rule[0] == letter_ && In(L"|" + rule[1] + L"|", L"|" + call.function + L"|") &&
                call.subject.ends_with(rule[2]) && In(which, rule[3]);
       };
       const auto rule = call.code == 0 ? tables_.rules.end()
@@ -189,7 +190,7 @@ class SceneRunner {
   static inline std::string number;  ///< of the present run
   const Scene& scene_;
   Tables& tables_;
-  const wchar_t letter_ = scene_.name[0];
+  const std::wstring letter_{static_cast<wchar_t>(scene_.name[0])};
   support::Machine machine_;
   std::wstring root_, report_, base_;
   Files before_;

@@ -79,8 +79,9 @@ close_utility() { wait_until 60 has_closed; }
 # The utility ends two seconds after the installer has started.
 new_while_closing() { { sleep 2 && kill -KILL "$utility"; } & new /S; }
 moved_seed() { grep -q TIMEOUT=20 "$drive/Tools/Ütility 2/korsa.ini"; }
+# The refusal names the link; without it the installation would fail for another reason.
 new_on_link() { new /S || { grep -q 'leads to another folder' "$work/output" && return 2; }; }
-# The uninstall entry has these values. Updates, moves and removals need the others.
+# The uninstall entry has these values; the checks of updates, moves and removals see the others.
 entry_says() {
   entry | sed "s/\r$//; s/C:.$program_files.Varnexa/programs/; s/^ *\([A-Z][A-Za-z]*\)  *REG_[A-Z]*  */\1=/
     s/^\(EstimatedSize=\).*/\1/" >"$work/entry"
