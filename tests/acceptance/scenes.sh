@@ -15,7 +15,7 @@ wire='Host: updates.varnexa.example, User-Agent: QRT_15_TavrelUtility, Accept: t
 # The table in the form that tests/support/table.h describes.
 table=$(sed -z 's/\n    //g' "${0%.sh}.txt" | sed '/^#/d; /^$/d')
 [[ $(awk -F';' 'NF != 5' <<<"$table") == '' ]] || die "a row of scenes.txt has not five columns"
-(($# == 2)) || table=$(for scene in "${@:3}"; do grep "^$scene;" <<<"$table" || die "no scene '$scene'"; done)
+(($# == 2)) || table=$(for name in "${@:3}"; do grep "^$name;" <<<"$table" || die "no scene '$name'"; done)
 
 count() { find "$output" -name "$1" | wc -l; }
 # Prints the scene's results as a row of the table; the line only if the log file has it, once and with CRLF.

@@ -94,8 +94,7 @@ class SceneRunner {
       if (call.code != 0) failed += call.function + L" " + call.subject + L"; ";
     }
     INFO("failed: ", support::Utf8(failed + L"\nreport: " + report_));
-    const bool alone = plan.faults.size() == 1;
-    CHECK(support::Utf8(run.disorder + BrokenInvariants() + MissedRules(run, alone)) == "");
+    CHECK(support::Utf8(run.disorder + BrokenInvariants() + MissedRules(run, plan.faults.size() == 1)) == "");
     return run;
   }
 
@@ -114,9 +113,8 @@ class SceneRunner {
     text::ReplaceAll(report_, L"\r\n", L"\n");
     text::ReplaceAll(report_, machine_.SettingsFile(), L"korsa.ini");
     text::ReplaceAll(report_, machine_.LogFolder() + L"\\QRT_15_SystemTavrel_", L"log:");
-    for (const std::wstring& folder : {machine_.Temp(), machine_.ProductFolder()}) {
+    for (const std::wstring& folder : {machine_.Temp(), machine_.ProductFolder()})
       text::ReplaceAll(report_, folder + L"\\", L"");
-    }
     report_ = std::regex_replace(report_, std::wregex(L"kor[0-9a-f]+\\.tmp"), L"kor.tmp");
     text::ReplaceAll(report_, L"updates-" + std::to_wstring(GetCurrentProcessId()), L"updates-own");
     scene_.arrange(machine_);
@@ -152,10 +150,8 @@ class SceneRunner {
           {L"Updates Availability : Start =+\n\n=", L"\\+warned"},
           {L"Processed Installer update file exists in local\\.", L"installedupdates\\.dat=missing"}};
       for (const auto& [entry, result] : together) {
-        const auto has = [this](const wchar_t* text) {
-          return std::regex_search(report_, std::wregex(text));
-        };
-        require(has(entry) == has(result), result);
+        const bool logged = std::regex_search(report_, std::wregex(entry));
+        require(logged == std::regex_search(report_, std::wregex(result)), result);
       }
     }
     const std::wstring end = report_.substr(report_.rfind(L"-- ") + 3);
