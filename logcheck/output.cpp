@@ -116,6 +116,7 @@ Json Lines(const std::vector<std::wstring>& lines) {
 
 Json CheckAsJson(const Check& check, const Verdict& verdict) {
   std::vector<std::wstring> entries;
+  entries.reserve(check.entries.size());
   for (const Entry& entry : check.entries) entries.push_back(entry.line);
   return {{"outcome", NameOf(verdict.outcome)}, {"exit_code", ValueOrNull(verdict.exit_code)},
           {"error", TextOrNull(verdict.error)}, {"step", TextOrNull(verdict.step)},

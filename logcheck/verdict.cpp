@@ -141,30 +141,26 @@ class Judgement {
     return true;
   }
 
-  /// The first candidate that is not null, else `otherwise`.
-  const Entry& FirstOf(std::initializer_list<const Entry*> candidates, const Entry& otherwise) const {
-    for (const Entry* candidate : candidates) {
-      if (candidate != nullptr) return *candidate;
-    }
-    return otherwise;
+  /// The first candidate that is not null. The last one is not.
+  static const Entry& FirstOf(std::initializer_list<const Entry*> candidates) {
+    return **std::find_if(candidates.begin(), candidates.end(), [](const Entry* e) { return e != nullptr; });
   }
 
   /// Decides the outcome of a check that ended before it asked a server; false when it did not end there.
   bool DecideBeforeServer() {
     const Entry* missing = FindMissingValue(entries_);
     if (const Entry* refusal = Find(entries_, Role::not_installed)) {
-      Set(Outcome::not_installed, FirstOf({missing}, *refusal));
+      Set(Outcome::not_installed, FirstOf({missing, refusal}));
       if (Find(entries_, Role::value_read)) result_.advice = Sentence(std::string(kOtherVersion));
       return true;
     }
     if (const Entry* facts = Find(entries_, Role::facts_missing)) {
-      return Set(Outcome::facts_missing, FirstOf({missing}, *facts));
+      return Set(Outcome::facts_missing, FirstOf({missing, facts}));
     }
     if (const Entry* mismatch = Find(entries_, Role::mismatch)) {
       // A missing address is the cause, because no host can occur in it.
       Set(Outcome::settings_mismatch, FirstOf({Find(entries_, update_texts::kUrlMode), missing,
-                                               Find(entries_, update_texts::kHostNotMatched)},
-                                              *mismatch));
+                                               Find(entries_, update_texts::kHostNotMatched), mismatch}));
       result_.error = update_texts::kMismatch;
       return true;
     }
