@@ -7,12 +7,13 @@
 namespace {
 
 constexpr wchar_t kFolder[] = L"C:\\tavrel-acceptance";
+constexpr wchar_t kDialogClass[] = L"#32770";
 
 /// The control of a dialog or of one of the pages in it.
 HWND Item(HWND dialog, int id) {
   if (dialog == nullptr) return nullptr;
   HWND item = GetDlgItem(dialog, id), page = nullptr;
-  while (item == nullptr && (page = FindWindowExW(dialog, page, WC_DIALOG, nullptr)) != nullptr) {
+  while (item == nullptr && (page = NextOfClass(dialog, page, kDialogClass)) != nullptr) {
     item = GetDlgItem(page, id);
   }
   return item;
@@ -88,7 +89,7 @@ HWND Run::Find(bool sheet, HWND other) const {
   };
   WaitUntil([&] {
     do {
-      window = FindWindowExW(nullptr, window, WC_DIALOG, nullptr);
+      window = NextOfClass(nullptr, window, kDialogClass);
     } while (window != nullptr && !wanted());
     return window != nullptr;
   });
@@ -106,6 +107,17 @@ bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds) {
     Sleep(10);
   }
   return true;
+}
+
+HWND NextOfClass(HWND parent, HWND previous, const wchar_t* class_name) {
+  // FindWindowExW could compare the class, but the server of Wine 10 crashes when it compares the class of a
+  // window that is being destroyed.
+  wchar_t name[32];
+  do {
+    previous = FindWindowExW(parent, previous, nullptr, nullptr);
+    if (GetClassNameW(previous, name, std::size(name)) == 0) name[0] = L'\0';
+  } while (previous != nullptr && lstrcmpiW(name, class_name) != 0);
+  return previous;
 }
 
 LRESULT Ask(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {

@@ -141,7 +141,7 @@ struct Session {
     const std::string title = WindowText(box);
     std::string text = title == "Varnexa 15.0 Tavrel Utility" ? "" : title + "\n";
     HWND part = nullptr;  // the icon, which has no text, or the text
-    while ((part = FindWindowExW(box, part, L"Static", nullptr)) != nullptr) text += WindowText(part);
+    while ((part = NextOfClass(box, part, L"Static")) != nullptr) text += WindowText(part);
     CHECK(text == Text(f[1]));
     Answer(box, f[2]);
   }
