@@ -1,5 +1,7 @@
 #include "acceptance/driver.h"
 
+#include <algorithm>
+
 #include "platform/folders.h"
 #include "resource.h"
 #include "support/text.h"
@@ -9,14 +11,19 @@ namespace {
 constexpr wchar_t kFolder[] = L"C:\\tavrel-acceptance";
 constexpr wchar_t kDialogClass[] = L"#32770";
 
+BOOL CALLBACK AddWindow(HWND window, LPARAM windows) {
+  reinterpret_cast<std::vector<HWND>*>(windows)->push_back(window);
+  return TRUE;
+}
+
 /// The control of a dialog or of one of the pages in it.
 HWND Item(HWND dialog, int id) {
   if (dialog == nullptr) return nullptr;
-  HWND item = GetDlgItem(dialog, id), page = nullptr;
-  while (item == nullptr && (page = NextOfClass(dialog, page, kDialogClass)) != nullptr) {
-    item = GetDlgItem(page, id);
+  if (const HWND item = GetDlgItem(dialog, id)) return item;
+  for (const HWND page : WindowsOfClass(dialog, kDialogClass)) {
+    if (const HWND item = GetDlgItem(page, id)) return item;
   }
-  return item;
+  return nullptr;
 }
 
 }  // namespace
@@ -80,20 +87,20 @@ bool Run::Answered() const {
 }
 
 HWND Run::Find(bool sheet, HWND other) const {
-  HWND window = nullptr;
-  const auto wanted = [&] {
+  HWND found = nullptr;
+  const auto wanted = [&](HWND window) {
     DWORD process = 0;
     GetWindowThreadProcessId(window, &process);
     return process == process_.dwProcessId && window != other && IsWindowVisible(window) &&
            sheet == (Item(window, IDC_MESSAGE) != nullptr);
   };
   WaitUntil([&] {
-    do {
-      window = NextOfClass(nullptr, window, kDialogClass);
-    } while (window != nullptr && !wanted());
-    return window != nullptr;
+    const std::vector<HWND> dialogs = WindowsOfClass(nullptr, kDialogClass);
+    const auto dialog = std::find_if(dialogs.begin(), dialogs.end(), wanted);
+    if (dialog != dialogs.end()) found = *dialog;
+    return found != nullptr;
   });
-  return window;
+  return found;
 }
 
 HWND Run::Control(int id) const {
@@ -109,15 +116,22 @@ bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds) {
   return true;
 }
 
-HWND NextOfClass(HWND parent, HWND previous, const wchar_t* class_name) {
+std::vector<HWND> WindowsOfClass(HWND parent, const std::wstring& class_name) {
   // FindWindowExW could compare the class, but the server of Wine 10 crashes when it compares the class of a
   // window that is being destroyed.
-  wchar_t name[32];
-  do {
-    previous = FindWindowExW(parent, previous, nullptr, nullptr);
-    if (GetClassNameW(previous, name, std::size(name)) == 0) name[0] = L'\0';
-  } while (previous != nullptr && lstrcmpiW(name, class_name) != 0);
-  return previous;
+  std::vector<HWND> windows;
+  const auto list = reinterpret_cast<LPARAM>(&windows);
+  if (parent == nullptr) {
+    EnumWindows(AddWindow, list);
+  } else {
+    EnumChildWindows(parent, AddWindow, list);
+  }
+  std::erase_if(windows, [&class_name](HWND window) {
+    wchar_t name[32] = L"";
+    GetClassNameW(window, name, std::size(name));
+    return name != class_name;
+  });
+  return windows;
 }
 
 LRESULT Ask(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {

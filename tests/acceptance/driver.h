@@ -53,8 +53,8 @@ class Run {
 };
 
 bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds = kLongestWaitMs);
-/// The next child of `parent` after `previous` that has this class; null parent: the next top-level window.
-HWND NextOfClass(HWND parent, HWND previous, const wchar_t* class_name);
+/// All windows of a class in `parent`, in their order; null parent: the top-level windows.
+std::vector<HWND> WindowsOfClass(HWND parent, const std::wstring& class_name);
 /// SendMessage's result; 0 when the program does not answer.
 LRESULT Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0);
 /// Text of a window of another process, in UTF-8, lines ended by "\n".

@@ -140,8 +140,8 @@ struct Session {
     const HWND box = run->Dialog(save_dialog);
     const std::string title = WindowText(box);
     std::string text = title == "Varnexa 15.0 Tavrel Utility" ? "" : title + "\n";
-    HWND part = nullptr;  // the icon, which has no text, or the text
-    while ((part = NextOfClass(box, part, L"Static")) != nullptr) text += WindowText(part);
+    // The icon, which has no text, and the text.
+    for (const HWND part : WindowsOfClass(box, L"Static")) text += WindowText(part);
     CHECK(text == Text(f[1]));
     Answer(box, f[2]);
   }
