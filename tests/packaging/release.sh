@@ -64,6 +64,7 @@ grep -qF "'$rights'" "$repo/packaging/deploy.ps1" || fail "deploy.ps1 sets other
 # A tagged commit whose changelog is in order. The set-up, which comes after the refusals, ends every run.
 mkdir tree
 (cd "$repo" && cp --parents -t "$work/tree" release.sh scripts/lib.sh CMakeLists.txt)
+chmod -R u+w tree  # the checkout can be read-only
 cd tree
 git() { command git -c user.name=test -c user.email=test@example.org "$@"; }
 version() { sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt; }
