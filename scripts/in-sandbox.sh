@@ -61,7 +61,7 @@ if [[ $TAVREL_DISPLAY == virtual ]]; then start_display "$screen"; fi
 start_wine </dev/null >"$TAVREL_SANDBOX/log/wine.log" 2>&1 || die "Wine does not start; see $TAVREL_SANDBOX/log/wine.log"
 code=0
 timeout --foreground --kill-after=5 "$limit" "$@" || code=$?
-# A program that loses the server can end with 0.
+# COMMAND can end with 0 although the Wine server crashed during it.
 timeout 20 wineserver -k0 || die "the Wine server has crashed; see $TAVREL_SANDBOX/log/wine.log"
 if end_wine; then printf '%s\n' "$version" >"$TAVREL_SANDBOX/whole"; fi
 exit "$code"

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 int main(int argc, char** argv) {
-  // A test that is ended when its time is over has then printed what failed before.
+  // Unbuffered, so that a test that is ended by its time-out has already printed its failures.
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   return doctest::Context(argc, argv).run();
 }
