@@ -87,7 +87,7 @@ done
 # trial/ is for the guide docs/windows.md: a stand-in of the product, and a list for the server.
 content=$work/$name
 mkdir -p "$dist" "$content/linux" "$content/trial/qrt15"
-cp "${programs[@]/#/$tree/release/}" "$tree/release/korsa.ini" "$work/1/packaging/deploy.ps1" "$content/"
+cp "${programs[@]/#/$tree/release/}" "$tree/release/korsa.ini" "$tree/release/generated/deploy.ps1" "$content/"
 cp "${tools[@]/#/$tree/host/}" "$content/linux/"
 cp "$tree/release/demo/standin/15.0.2.5/Qrt.exe" "$content/trial/"
 cp "$work/1/demo/updates.ini" "$content/trial/qrt15/"

@@ -13,7 +13,8 @@ check_usage 5 "$@"
 [[ -n ${TAVREL_SANDBOX-} ]] || die "runs in a sandbox only (run.sh makes one)"
 
 scene=$1 mode=$2 seconds=$3 output=$4 build=$5
-window_title='Varnexa 15.0 Tavrel Utility'
+# shellcheck source=/dev/null
+. "$build/generated/product.sh"
 
 # Everything that a scene can set, with the defaults.
 product=15.0.2.5                 # file version of the installed product; empty: it is not installed
@@ -41,15 +42,15 @@ if [[ $WINEARCH == win64 ]]; then
   program_files='Program Files (x86)'
   branch='SOFTWARE\Wow6432Node'
 fi
-folder=$drive/$program_files/Varnexa/QRT15
-windows_folder="C:\\$program_files\\Varnexa\\QRT15"
-log_folder=$drive/ProgramData/Varnexa/QRT15
+folder=$drive/$program_files/$TAVREL_PRODUCT/$TAVREL_FOLDER
+windows_folder="C:\\$program_files\\$TAVREL_PRODUCT\\$TAVREL_FOLDER"
+log_folder=$drive/ProgramData/$TAVREL_PRODUCT/$TAVREL_FOLDER
 # Wine chooses the name of the user's folder; the only other one is for all users.
 user_folder=$(find "$drive/users" -mindepth 1 -maxdepth 1 ! -name Public)
 documents=$user_folder/Documents
 
 place_files() {
-  rm -rf "$work" "$folder" "$log_folder" "$documents/Varnexa"
+  rm -rf "$work" "$folder" "$log_folder" "$documents/$TAVREL_PRODUCT"
   rm -f "$user_folder"/{,AppData/Local/}Temp/updates.ini
   mkdir -p "$work/www/qrt15" "$folder" "$log_folder"
   cp "$build/QRTTavrelUtility.exe" "$folder/"
@@ -60,7 +61,7 @@ place_files() {
       printf 'UPDATE_LOC=%s\r\nIGNORE_PATCH_ERROR=%s\r\nTIMEOUT=30\r\n' "$update_host" "$ignore_error"
     } >"$folder/korsa.ini"
   fi
-  if [[ -n $product ]]; then cp "$build/demo/standin/$product/Qrt.exe" "$folder/"; fi
+  if [[ -n $product ]]; then cp "$build/demo/standin/$product/$TAVREL_IMAGE" "$folder/"; fi
   if [[ -n $record ]]; then printf '%s' "$record" >"$folder/installedupdates.dat"; fi
   if [[ -n $list ]]; then cp "$repo/demo/$list" "$work/www/qrt15/updates.ini"; fi
 }
@@ -72,14 +73,14 @@ register_product() {
     printf 'Windows Registry Editor Version 5.00\n\n'
     if [[ $WINEARCH == win32 ]]; then printf '[-HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node]\n'; fi
     if [[ $wow_key == yes ]]; then printf '[HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node]\n'; fi
-    maker="HKEY_LOCAL_MACHINE\\$branch\\NORVIK Software Inc."
-    uninstall="HKEY_LOCAL_MACHINE\\$branch\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varnexa 15.0"
+    maker="HKEY_LOCAL_MACHINE\\$branch\\$TAVREL_MAKER"
+    uninstall="HKEY_LOCAL_MACHINE\\$branch\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\$TAVREL_PRODUCT_LABEL"
     printf '[-%s]\n[-%s]\n' "$maker" "$uninstall"
     if [[ -n $product ]]; then
-      printf '[%s\\Varnexa\\15.0]\n"Version"="15.0"\n"Installpath"="%s"\n' \
-        "$maker" "${windows_folder//\\/\\\\}"
+      printf '[%s]\n"Version"="%s"\n"Installpath"="%s"\n' \
+        "$maker\\$TAVREL_PRODUCT\\$TAVREL_PRODUCT_VERSION" "$TAVREL_PRODUCT_VERSION" "${windows_folder//\\/\\\\}"
       printf '[%s]\n' "$uninstall"
-      for value in DisplayName="Varnexa 15.0" DisplayVersion=15.0 DisplayIcon="$windows_folder\\Qrt.exe" \
+      for value in DisplayName="$TAVREL_PRODUCT_LABEL" DisplayVersion="$TAVREL_PRODUCT_VERSION" DisplayIcon="$windows_folder\\$TAVREL_IMAGE" \
         URLUpdateInfo=http://updates.varnexa.example/qrt15/updates.ini; do
         [[ ${value%%=*} == "$left_out" ]] && continue
         value=${value//\\/\\\\}
@@ -118,7 +119,7 @@ is_running() { kill -0 "$utility" 2>/dev/null; }
 new_windows() {
   local window
   # xdotool fails when it finds no window.
-  for window in $(xdotool search --onlyvisible --name "$window_title" 2>/dev/null); do
+  for window in $(xdotool search --onlyvisible --name "$TAVREL_TITLE" 2>/dev/null); do
     [[ " $seen " == *" $window "* ]] || printf '%s\n' "$window"
   done
 }
@@ -161,7 +162,7 @@ collect_results() {
   local file
   find "$log_folder" -name '*.log' -exec cp -t "$output" {} +
   cp "$work/requests.log" "$output/"
-  file=$documents/Varnexa/QRT15/korsa.ini
+  file=$documents/$TAVREL_PRODUCT/$TAVREL_FOLDER/korsa.ini
   if [[ -e $file ]]; then cp "$file" "$output/settings.ini"; fi
   # The stand-in product writes this file when the utility starts it.
   file=$folder/qrt-arguments.txt

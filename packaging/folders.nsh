@@ -158,7 +158,7 @@ Function TakeFolder
   Call CreateFolder
   Call OpenFolder
   ${If} $0 == "foreign"
-    RMDir "$R0\QRT15"
+    RMDir "$R0\${TAVREL_FOLDER}"
     RMDir "$R0"
     Call CreateFolder
     Call OpenFolder
@@ -181,7 +181,7 @@ Function FindForeignContent
     ${If} $0 != "."
     ${AndIf} $0 != ".."
     ${AndIf} $0 != "${NOTICE}"
-      ${If} $2 != "QRT_15_SystemTavrel_"
+      ${If} $2 != "${TAVREL_PREFIX}_SystemTavrel_"
       ${OrIf} $3 != ".log"
       ${OrIf} $4 <> 0
         ${Break}
@@ -219,10 +219,10 @@ FunctionEnd
 ; Prepares the log folder. Its rights are opened to users last, when it holds a file that they cannot delete: a user
 ; who may create files in an empty folder may also turn it into a junction.
 Function PrepareLogFolder
-  StrCpy $R0 "$APPDATA\Varnexa"
+  StrCpy $R0 "$APPDATA\${TAVREL_PRODUCT}"
   Call TakeFolder
   StrCpy $ParentHandle $0
-  StrCpy $LogFolder "$APPDATA\Varnexa\QRT15"
+  StrCpy $LogFolder "$APPDATA\${TAVREL_PRODUCT}\${TAVREL_FOLDER}"
   StrCpy $R0 $LogFolder
   Call TakeFolder
   StrCpy $LogHandle $0

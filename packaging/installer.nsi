@@ -1,7 +1,8 @@
 ; The installer of the update utility. Built by packaging/installer.sh, which gives:
-;   VERSION, PRODUCT_VERSION  as in CMakeLists.txt      OUTPUT  the installer to make
-;   PROGRAM, SEED, ICON       files that go into it
-;   SIGN                      optional: command that signs a file; the file's path is appended to it
+;   VERSION              as in CMakeLists.txt            OUTPUT  the installer to make
+;   PRODUCT              defines from cmake/product.cmake
+;   PROGRAM, SEED, ICON  files that go into it
+;   SIGN                 optional: command that signs a file; the file's path is appended to it
 ; docs/administrator.md describes what it does, its options and its exit codes.
 
 Unicode true
@@ -16,10 +17,8 @@ ManifestDPIAware true
 !include LogicLib.nsh
 !include MUI2.nsh
 
-!define PRODUCT "Varnexa ${PRODUCT_VERSION}"
-!define NAME "${PRODUCT} Tavrel Utility"
-!define PUBLISHER "NORVIK Software Inc."
-!define SUPPORT "https://www.norvik.example/support"
+!include "${PRODUCT}"
+!define NAME "${TAVREL_TITLE}"
 !define IMAGE "QRTTavrelUtility.exe"
 !define UNINSTALLER "QRTTavrelUtility-uninstall.exe"
 !define ENTRY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${NAME}"
@@ -33,13 +32,13 @@ OutFile "${OUTPUT}"
 PESubsysVer 6.1
 ; Empty: before .onInit, only /D= sets $INSTDIR.
 InstallDir ""
-BrandingText "${PUBLISHER}"
+BrandingText "${TAVREL_MAKER}"
 
 VIProductVersion "${VERSION}.0"
-VIAddVersionKey CompanyName "${PUBLISHER}"
+VIAddVersionKey CompanyName "${TAVREL_MAKER}"
 VIAddVersionKey FileDescription "${NAME} Setup"
 VIAddVersionKey FileVersion "${VERSION}.0"
-VIAddVersionKey LegalCopyright "Copyright (C) ${PUBLISHER}"
+VIAddVersionKey LegalCopyright "${TAVREL_COPYRIGHT}"
 VIAddVersionKey ProductName "${NAME}"
 VIAddVersionKey ProductVersion "${VERSION}.0"
 
@@ -117,8 +116,8 @@ Function ${un}RemoveFiles
   ${EndIf}
   Delete "$R0\${UNINSTALLER}"
   RMDir $R0
-  ${If} $R0 == "$PROGRAMFILES32\Varnexa\QRT15"
-    RMDir "$PROGRAMFILES32\Varnexa"
+  ${If} $R0 == "$PROGRAMFILES32\${TAVREL_PRODUCT}\${TAVREL_FOLDER}"
+    RMDir "$PROGRAMFILES32\${TAVREL_PRODUCT}"
   ${EndIf}
 FunctionEnd
 !macroend
@@ -134,13 +133,13 @@ Function .onInit
     ReadRegStr $INSTDIR HKLM "${ENTRY}" "InstallLocation"
   ${EndIf}
   ${If} $INSTDIR == ""
-    ReadRegStr $INSTDIR HKLM "Software\${PUBLISHER}\Varnexa\${PRODUCT_VERSION}" "Installpath"
+    ReadRegStr $INSTDIR HKLM "Software\${TAVREL_MAKER}\${TAVREL_PRODUCT}\${TAVREL_PRODUCT_VERSION}" "Installpath"
     ${IfNot} ${FileExists} "$INSTDIR\*.*"
       StrCpy $INSTDIR ""
     ${EndIf}
   ${EndIf}
   ${If} $INSTDIR == ""
-    StrCpy $INSTDIR "$PROGRAMFILES32\Varnexa\QRT15"
+    StrCpy $INSTDIR "$PROGRAMFILES32\${TAVREL_PRODUCT}\${TAVREL_FOLDER}"
   ${EndIf}
 FunctionEnd
 
@@ -196,13 +195,13 @@ FunctionEnd
 
 ; The product can have a shortcut of that name: it stays, and is not recorded.
 Function AddToStartMenu
-  StrCpy $5 "$SMPROGRAMS\Varnexa\${PRODUCT} Update.lnk"
+  StrCpy $5 "$SMPROGRAMS\${TAVREL_PRODUCT}\${TAVREL_PRODUCT_LABEL} Update.lnk"
   ReadRegStr $0 HKLM "${ENTRY}" "StartMenuEntry"
   ${If} $0 != $5
   ${AndIf} ${FileExists} $5
     Return
   ${EndIf}
-  CreateDirectory "$SMPROGRAMS\Varnexa"
+  CreateDirectory "$SMPROGRAMS\${TAVREL_PRODUCT}"
   CreateShortCut $5 "$INSTDIR\${IMAGE}"
   WriteRegStr HKLM "${ENTRY}" "StartMenuEntry" $5
 FunctionEnd
@@ -213,8 +212,8 @@ Function Register
   WriteRegDWORD HKLM "${ENTRY}" "VersionMajor" ${VERSION_MAJOR}
   WriteRegDWORD HKLM "${ENTRY}" "VersionMinor" ${VERSION_MINOR}
   WriteRegStr HKLM "${ENTRY}" "DisplayIcon" "$INSTDIR\${IMAGE}"
-  WriteRegStr HKLM "${ENTRY}" "Publisher" "${PUBLISHER}"
-  WriteRegStr HKLM "${ENTRY}" "HelpLink" "${SUPPORT}"
+  WriteRegStr HKLM "${ENTRY}" "Publisher" "${TAVREL_MAKER}"
+  WriteRegStr HKLM "${ENTRY}" "HelpLink" "${TAVREL_SUPPORT}"
   WriteRegStr HKLM "${ENTRY}" "InstallLocation" $INSTDIR
   WriteRegStr HKLM "${ENTRY}" "UninstallString" '"$INSTDIR\${UNINSTALLER}"'
   WriteRegStr HKLM "${ENTRY}" "QuietUninstallString" '"$INSTDIR\${UNINSTALLER}" /S'
@@ -268,11 +267,11 @@ Section Uninstall
   ReadRegStr $0 HKLM "${ENTRY}" "StartMenuEntry"
   ${If} $0 != ""
     Delete $0
-    RMDir "$SMPROGRAMS\Varnexa"
+    RMDir "$SMPROGRAMS\${TAVREL_PRODUCT}"
   ${EndIf}
   ; Logs stay.
-  Delete "$APPDATA\Varnexa\QRT15\${NOTICE}"
-  RMDir "$APPDATA\Varnexa\QRT15"
-  RMDir "$APPDATA\Varnexa"
+  Delete "$APPDATA\${TAVREL_PRODUCT}\${TAVREL_FOLDER}\${NOTICE}"
+  RMDir "$APPDATA\${TAVREL_PRODUCT}\${TAVREL_FOLDER}"
+  RMDir "$APPDATA\${TAVREL_PRODUCT}"
   DeleteRegKey HKLM "${ENTRY}"
 SectionEnd

@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "version.h"
+
 namespace {
 
 constexpr UINT kLongestRunMs = 5 * 60 * 1000;
@@ -69,9 +71,9 @@ int ShowProduct(HINSTANCE instance) {
   windowClass.hInstance = instance;
   windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));  // IDC_ARROW
   windowClass.hbrBackground = GetSysColorBrush(COLOR_WINDOW);
-  windowClass.lpszClassName = L"VarnexaStandIn";
+  windowClass.lpszClassName = L"ProductStandIn";
   if (RegisterClassW(&windowClass) == 0) return 1;
-  const HWND window = CreateWindowExW(0, windowClass.lpszClassName, L"Varnexa 15.0 (stand-in)",
+  const HWND window = CreateWindowExW(0, windowClass.lpszClassName, L"" TAVREL_PRODUCT_LABEL " (stand-in)",
                                       WS_OVERLAPPEDWINDOW | WS_VISIBLE, CW_USEDEFAULT, CW_USEDEFAULT, 360,
                                       160, nullptr, nullptr, instance, nullptr);
   if (window == nullptr || SetTimer(window, kEndTimer, kLongestRunMs, nullptr) == 0) return 1;

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "version.h"
+
 /// The log's fixed texts. Keep their blanks and spelling ("verfication"): support tools search for them.
 namespace log_texts {
 
@@ -20,7 +22,7 @@ inline constexpr std::wstring_view kInvokedByProduct = L"Invoke Mode: Patch verf
 inline constexpr std::wstring_view kInvokedByUser = L"Invoke Mode: Regular.";
 
 // Dated log files.
-inline constexpr std::wstring_view kFilePrefix = L"QRT_15_SystemTavrel_";
+inline constexpr std::wstring_view kFilePrefix = L"" TAVREL_PREFIX "_SystemTavrel_";
 inline constexpr wchar_t kFileDateFormat[] = L"%d%b%Y_%I_%M_%p";
 inline constexpr std::wstring_view kFileExtension = L".log";
 inline constexpr wchar_t kErrorLineFormat[] = L"%B %d, %Y %A %H:%M: ";

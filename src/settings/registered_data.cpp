@@ -6,6 +6,7 @@
 #include "platform/folders.h"
 #include "platform/registry.h"
 #include "platform/version_resource.h"
+#include "product/identity.h"
 #include "settings/registered_texts.h"
 #include "text/text.h"
 
@@ -125,8 +126,8 @@ void RegisteredDataEntries::Store(const std::wstring& value, std::wstring& field
 
 std::wstring RegisteredDataEntries::FindProductExecutable() const {
   // The second name is another file only in a folder with case-sensitive names.
-  for (const wchar_t* name : {L"\\Qrt.exe", L"\\qrt.exe"}) {
-    std::wstring path = GetInstallPath() + name;
+  for (const wchar_t* name : {L"" TAVREL_IMAGE, L"" TAVREL_IMAGE_LOWER}) {
+    std::wstring path = GetInstallPath().append(L"\\").append(name);
     if (platform::FileExists(path)) return path;
   }
   return {};

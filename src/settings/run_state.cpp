@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::wstring_view kModeOneRoot = L"SOFTWARE\\Wow6432Node";
 constexpr std::wstring_view kModeTwoRoot = L"SOFTWARE";
-constexpr std::wstring_view kMakerKey = L"\\NORVIK Software Inc.\\Varnexa\\";
+constexpr std::wstring_view kMakerKey = L"\\" TAVREL_MAKER "\\" TAVREL_PRODUCT "\\";
 constexpr std::wstring_view kUninstallKey = L"\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
 
 }  // namespace

@@ -18,7 +18,7 @@ void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool&
                                         WriteBack write_back) {
   UpdateLocationSet = true;
   if (settings_file.empty()) {
-    UpdateLocation = identity::DefaultUpdateHost();
+    UpdateLocation = identity::kDefaultUpdateHost;
     IgnorePatchError = false;
     update_loc_url_mode = false;
     TimeoutMs = text::SecondsToMilliseconds(text::ParseDecimal(settings_texts::kDefaultTimeout));
@@ -32,7 +32,7 @@ void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool&
   if (!url.empty()) update_loc_url_mode = true;
   UpdateLocation = text::Trim(url.empty() ? host : url);
   if (UpdateLocation.empty()) {
-    UpdateLocation = identity::DefaultUpdateHost();
+    UpdateLocation = identity::kDefaultUpdateHost;
     update_loc_url_mode = false;
   }
 

@@ -101,7 +101,7 @@ void Exchange::DownloadUpdateList(std::vector<std::wstring>& sections) {
 }
 
 bool Exchange::ProbeConnection() {
-  const std::wstring address(identity::ProbeAddress());
+  const std::wstring address(identity::kProbeAddress);
   if (wininet::InternetCheckConnectionW(address.c_str(), FLAG_ICC_FORCE_CONNECTION, 0)) return true;
   const std::wstring code = platform::ErrorNumber(GetLastError());
   log_.Append(update_texts::kProbeFailed);

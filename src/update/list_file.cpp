@@ -5,6 +5,7 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/profile.h"
+#include "product/identity.h"
 #include "text/text.h"
 #include "update/section_names.h"
 
@@ -13,7 +14,7 @@ using platform::OpenWhenFree;
 namespace {
 
 constexpr wchar_t kSharedName[] = L"updates.ini";
-constexpr wchar_t kMutex[] = L"Local\\QRT_15_TavrelUtility_UpdatesFile";
+constexpr wchar_t kMutex[] = L"Local\\" TAVREL_PREFIX "_TavrelUtility_UpdatesFile";
 
 // No other running process uses this name. A file of an earlier process with the same number is overwritten.
 std::wstring PrivateName() {

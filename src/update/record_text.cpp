@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "product/identity.h"
 #include "text/text.h"
 
 std::size_t CountRecordedPacks(const std::vector<std::wstring>& sections, std::wstring_view record) {
@@ -15,9 +16,9 @@ std::size_t CountRecordedPacks(const std::vector<std::wstring>& sections, std::w
 
 std::optional<std::int32_t> ParseRecordVersion(std::wstring_view record) {
   if (std::count(record.begin(), record.end(), L'_') != 3) return std::nullopt;
-  constexpr std::wstring_view kProduct = L"Varnexa";
+  constexpr std::wstring_view kProduct = L"" TAVREL_PRODUCT;
   std::size_t found = record.find(kProduct);
-  if (found == std::wstring_view::npos) found = record.find(L"varnexa");
+  if (found == std::wstring_view::npos) found = record.find(L"" TAVREL_PRODUCT_LOWER);
   if (found == std::wstring_view::npos) return std::nullopt;
 
   std::wstring_view rest = record.substr(found + kProduct.size());

@@ -23,8 +23,8 @@ inline constexpr std::wstring_view kUpdatesEnd =
 // Missing facts: the start-up check tells the user, the interactive check its log.
 inline constexpr std::wstring_view kMissingFacts =
     L"Could not check patch update availability.WARNING: 101\n"
-    L"Please click To Start Menu / All Programs / Varnexa / "
-    L"Varnexa " TAVREL_PRODUCT_VERSION L" Update to check patch updates.";
+    L"Please click To Start Menu / All Programs / Varnexa "
+    L"/ " TAVREL_PRODUCT_LABEL L" Update to check patch updates.";
 inline constexpr std::wstring_view kVersionNotFound =
     L"Registered data entries check, version information not found.";
 inline constexpr std::wstring_view kEntriesNotFound =
@@ -41,7 +41,7 @@ inline constexpr std::wstring_view kInvalidTagThree =
 inline constexpr std::wstring_view kMismatch = L"Server settings INI information mismatch.";
 
 // Exchange with the server.
-inline constexpr wchar_t kAgent[] = L"QRT_15_TavrelUtility";
+inline constexpr wchar_t kAgent[] = L"" TAVREL_PREFIX "_TavrelUtility";
 inline constexpr std::wstring_view kErrorPrefix = L" Error : ";
 inline constexpr std::wstring_view kProbeFailed = L"Connect to the server not successful.";
 inline constexpr std::wstring_view kCheckNetwork = L" Please check your network and permissions.";

@@ -12,6 +12,7 @@ build=$2 work=$(mktemp -d -p "$TAVREL_TMP") failed=0
 old=$build/tests/packaging/old-$1
 mkdir -p "$old/generated"
 sed 's/^\(#define TAVREL_VERSION "\).*/\12.0.2"/' "$build/generated/version.h" >"$old/generated/version.h"
+cp "$build/generated/product.nsh" "$old/generated/"
 sed 's/^TIMEOUT=.*/TIMEOUT=50/' "$build/generated/korsa.ini" >"$old/generated/korsa.ini"
 old_setup=$("$repo/packaging/installer.sh" "$old" "$build/demo/standin/15.0.2.5/Qrt.exe")
 new_setup=$("$repo/packaging/installer.sh" "$build")

@@ -59,7 +59,7 @@ at=$(($(od -An -tu4 -j60 -N4 soft.exe) + 0x5e))
 printf '\x00\x00' | dd of=soft.exe bs=1 seek=$at conv=notrunc status=none
 if "$repo/packaging/hardened.sh" soft.exe 2>/dev/null; then fail "a program without hardening passes"; fi
 rights=$(sed -n 's/^!define LOG_RIGHTS "\(.*\)"/\1/p' "$repo/packaging/folders.nsh")
-grep -qF "'$rights'" "$repo/packaging/deploy.ps1" || fail "deploy.ps1 sets other rights than the installer"
+grep -qF "'$rights'" "$repo/packaging/deploy.ps1.in" || fail "deploy.ps1 sets other rights than the installer"
 
 # A tagged commit whose changelog is in order. The set-up, which comes after the refusals, ends every run.
 mkdir tree

@@ -152,33 +152,33 @@ void RemoveRegistryValue(const std::wstring& key, const wchar_t* name) {
 }
 
 std::wstring MakerKey(Layout layout) {
-  return Below(layout, L"NORVIK Software Inc.\\Varnexa\\15.0");
+  return Below(layout, L"" TAVREL_MAKER "\\" TAVREL_PRODUCT "\\" TAVREL_PRODUCT_VERSION);
 }
 
 std::wstring UninstallKey(Layout layout) {
-  return Below(layout, L"Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varnexa 15.0");
+  return Below(layout, L"Microsoft\\Windows\\CurrentVersion\\Uninstall\\" TAVREL_PRODUCT_LABEL);
 }
 
 Installation::Installation(std::wstring root, std::wstring documents, std::wstring common)
     : root_(std::move(root)), documents_(std::move(documents)), common_(std::move(common)) {
   RequirePermission();
-  for (const std::wstring& old : {root_, documents_ + L"\\Varnexa", LogFolder()}) RemoveTree(old);
+  for (const std::wstring& old : {root_, documents_ + L"\\" TAVREL_PRODUCT, LogFolder()}) RemoveTree(old);
   for (const std::wstring& folder : {documents_, common_, Temp(), ProgramFolder(), ProductFolder()}) {
     MakeFolder(folder);
   }
 }
 
 void Installation::Install(Layout layout, const std::wstring& address) {
-  SetRegistryText(MakerKey(layout), L"Version", L"15.0");
+  SetRegistryText(MakerKey(layout), L"Version", identity::kProductVersion);
   SetRegistryText(MakerKey(layout), L"Installpath", ProductFolder());
   SetRegistryText(UninstallKey(layout), L"DisplayVersion", L"15.0.2.5");
-  SetRegistryText(UninstallKey(layout), L"DisplayIcon", ProductFolder() + L"\\Qrt.exe");
+  SetRegistryText(UninstallKey(layout), L"DisplayIcon", ProductFolder() + L"\\" TAVREL_IMAGE);
   SetRegistryText(UninstallKey(layout), L"URLUpdateInfo", address);
 }
 
 void Installation::PlaceExecutable(std::wstring_view version) {
-  CopyOver(std::wstring(TAVREL_STANDIN_FOLDER).append(L"/").append(version).append(L"/Qrt.exe"),
-           ProductFolder() + L"\\Qrt.exe");
+  CopyOver(std::wstring(TAVREL_STANDIN_FOLDER).append(L"/").append(version).append(L"/" TAVREL_IMAGE),
+           ProductFolder() + L"\\" TAVREL_IMAGE);
 }
 
 void Installation::WriteSettings(std::string_view lines) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/handles.h"
+#include "product/identity.h"
 #include "support/import_hook.h"
 
 namespace support {
@@ -50,8 +51,10 @@ class Installation {
   std::wstring ProgramFolder() const { return root_ + L"\\program"; }
   std::wstring ProductFolder() const { return root_ + L"\\product"; }
 
-  std::wstring SettingsFile() const { return documents_ + L"\\Varnexa\\QRT15\\korsa.ini"; }
-  std::wstring LogFolder() const { return common_ + L"\\Varnexa\\QRT15"; }
+  std::wstring SettingsFile() const {
+    return (documents_ + std::wstring(identity::kSettingsFolder)).append(identity::kSettingsFile);
+  }
+  std::wstring LogFolder() const { return common_ + std::wstring(identity::kLogFolder); }
   std::wstring Record() const { return ProductFolder() + L"\\installedupdates.dat"; }
   std::wstring UpdateList() const { return Temp() + L"\\updates.ini"; }
 

@@ -78,7 +78,7 @@ std::vector<std::pair<std::string, Text>> LiteralsOf(const std::filesystem::path
   std::string source(std::istreambuf_iterator<char>(file), {});
   // Removes comments, directives, and the quotation marks between adjacent literals.
   source = std::regex_replace(source, std::regex("//.*|#.*"), "");
-  source = std::regex_replace(source, std::regex("TAVREL_PRODUCT_VERSION"), "\"15.0\"");
+  source = std::regex_replace(source, std::regex("TAVREL_(PRODUCT_LABEL|COPYRIGHT)"), "\"Varnexa 15.0\"");
   source = std::regex_replace(source, std::regex(R"re(([^\\])"\s*L?")re"), "$1");
   const std::regex name_or_literal(R"re(\b(k\w+)|"((\\.|[^\\"])*)")re");
   std::vector<std::pair<std::string, Text>> literals;

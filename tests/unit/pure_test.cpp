@@ -6,7 +6,9 @@
 #include "console/terminal.h"
 #include "framework/command_line.h"
 #include "log/log_rules.h"
+#include "log/log_texts.h"
 #include "packcheck/report.h"
+#include "product/identity.h"
 #include "support/table.h"
 #include "text/text.h"
 #include "ui/log_saving.h"
@@ -16,6 +18,7 @@
 #include "update/record_text.h"
 #include "update/request_path.h"
 #include "update/section_names.h"
+#include "update/update_texts.h"
 
 namespace {
 
@@ -180,6 +183,18 @@ const std::map<Text, Text (*)(View)> kFunctions = {
 };
 
 }  // namespace
+
+// Other programs know these names: the product, its installer, the update server and the readers of the logs.
+TEST_CASE("names that are shared with other programs") {
+  CHECK(View(L"" TAVREL_MAKER) == L"NORVIK Software Inc.");
+  CHECK(identity::kProductLabel == L"Varnexa 15.0");
+  CHECK(identity::kWindowTitle == L"Varnexa 15.0 Tavrel Utility");
+  CHECK(identity::kProductImage == L"Qrt.exe");
+  CHECK(identity::kSettingsFolder == L"\\Varnexa\\QRT15\\");
+  CHECK(identity::kLogFolder == L"\\Varnexa\\QRT15");
+  CHECK(log_texts::kFilePrefix == L"QRT_15_SystemTavrel_");
+  CHECK(View(update_texts::kAgent) == L"QRT_15_TavrelUtility");
+}
 
 TEST_CASE("every function of the pure part returns what its table says") {
   Row table(2);

@@ -1,0 +1,39 @@
+# The names of the maker and of the product: the only file that has them. Each is a macro of generated/version.h (C++
+# and resources), a define of generated/product.nsh (installer), a variable of generated/product.sh (scripts), and
+# can be used in files that CMake configures.
+set(TAVREL_MAKER "NORVIK Software Inc.")
+set(TAVREL_COPYRIGHT "Copyright (C) ${TAVREL_MAKER}")
+set(TAVREL_SUPPORT "https://www.norvik.example/support")
+set(TAVREL_ASSEMBLY "NORVIK.QRTTavrelUtility")
+set(TAVREL_PRODUCT "Varnexa")
+set(TAVREL_PRODUCT_VERSION "15.0")
+# Also the name of the product's uninstall entry.
+set(TAVREL_PRODUCT_LABEL "${TAVREL_PRODUCT} ${TAVREL_PRODUCT_VERSION}")
+set(TAVREL_TITLE "${TAVREL_PRODUCT_LABEL} Tavrel Utility")
+# The product's executable.
+set(TAVREL_IMAGE "Qrt.exe")
+string(TOLOWER "${TAVREL_IMAGE}" TAVREL_IMAGE_LOWER)
+string(TOLOWER "${TAVREL_PRODUCT}" TAVREL_PRODUCT_LOWER)
+# Below folders named like the product: the program, a user's settings, the logs.
+set(TAVREL_FOLDER "QRT15")
+# The beginning of the names of logs, and of the agent that the update server sees.
+set(TAVREL_PREFIX "QRT_15")
+set(TAVREL_UPDATE_HOST "updates.varnexa.example" CACHE STRING
+    "Update host that is asked when the settings file names none")
+set(TAVREL_PROBE_ADDRESS "http://www.example.com/" CACHE STRING
+    "Public address whose reachability is tested before the update host is asked")
+
+set(generated ${PROJECT_BINARY_DIR}/generated)
+foreach(name IN ITEMS MAKER COPYRIGHT SUPPORT PRODUCT PRODUCT_LOWER PRODUCT_VERSION PRODUCT_LABEL TITLE
+                      IMAGE IMAGE_LOWER FOLDER PREFIX UPDATE_HOST PROBE_ADDRESS)
+  set(value ${TAVREL_${name}})
+  string(APPEND product_macros "#define TAVREL_${name} \"${value}\"\n")
+  string(APPEND product_defines "!define TAVREL_${name} \"${value}\"\n")
+  string(APPEND product_variables "TAVREL_${name}='${value}'\n")
+endforeach()
+file(CONFIGURE OUTPUT ${generated}/product.nsh CONTENT "${product_defines}")
+file(CONFIGURE OUTPUT ${generated}/product.sh CONTENT "${product_variables}")
+configure_file(resources/version.h.in ${generated}/version.h @ONLY)
+configure_file(resources/app.manifest.in ${generated}/app.manifest @ONLY)
+configure_file(packaging/korsa.ini.in ${generated}/korsa.ini @ONLY)
+configure_file(packaging/deploy.ps1.in ${generated}/deploy.ps1 @ONLY)
