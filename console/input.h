@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <string_view>
 
 namespace console {
 
@@ -15,5 +17,10 @@ struct Input {
 
 /// Reads a file, or standard input when `path` is "-". A folder, or more than `limit` bytes, is an error.
 Input Read(const std::filesystem::path& path, std::size_t limit);
+
+/// Calls `take` with the text of a file, or of standard input when `path` is "-", block by block in UTF-8.
+/// UTF-16 is converted; it needs no byte order mark when its first two characters are ASCII. Other bytes are
+/// passed on as they are, also a mark. Returns an error as in Input.
+std::string ReadText(const std::filesystem::path& path, const std::function<void(std::string_view)>& take);
 
 }  // namespace console

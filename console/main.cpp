@@ -8,6 +8,14 @@
 #include "console/encoding.h"
 #include "console/terminal.h"
 
+#ifdef __MINGW32__
+// Makes the C runtime expand "*" and "?" in arguments, which cmd does not do. (MSVC: setargv in
+// CMakeLists.txt.)
+extern "C" {
+int _dowildcard = -1;  // NOLINT(bugprone-reserved-identifier): the runtime's name
+}
+#endif
+
 #ifdef _WIN32
 int wmain(int count, wchar_t** arguments) {
   const auto utf8 = [](const wchar_t* argument) { return console::Utf8(argument); };
