@@ -21,8 +21,12 @@ inline Function<decltype(&::InternetCheckConnectionW)> InternetCheckConnectionW{
 inline Function<decltype(&::InternetCloseHandle)> InternetCloseHandle{library, "InternetCloseHandle"};
 inline Function<decltype(&::InternetConnectW)> InternetConnectW{library, "InternetConnectW"};
 inline Function<decltype(&::InternetOpenW)> InternetOpenW{library, "InternetOpenW"};
+inline Function<decltype(&::InternetQueryDataAvailable)> InternetQueryDataAvailable{
+    library, "InternetQueryDataAvailable"};
 inline Function<decltype(&::InternetReadFile)> InternetReadFile{library, "InternetReadFile"};
 inline Function<decltype(&::InternetSetOptionW)> InternetSetOptionW{library, "InternetSetOptionW"};
+inline Function<decltype(&::InternetSetStatusCallbackW)> InternetSetStatusCallbackW{
+    library, "InternetSetStatusCallbackW"};
 
 }  // namespace wininet
 

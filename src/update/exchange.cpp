@@ -4,6 +4,7 @@
 
 #include <wininet.h>
 
+#include <algorithm>
 #include <array>
 
 #include "platform/error_text.h"
@@ -23,9 +24,28 @@ constexpr DWORD kStatusNotFound = 404;
 /// Replaces a time-out of zero or less, with which every exchange would fail immediately or wait for ever. It
 /// is the default of the settings.
 constexpr DWORD kFallbackTimeoutMs = 60000;
-/// Longest time for a body, in milliseconds. The receive time-out limits each pause of the server, not their
-/// sum.
-constexpr ULONGLONG kBodyWaitMs = 300000;
+// The receive time-out bounds one pause of the server. These bound how often a server may use it.
+constexpr ULONGLONG kLongestExchangeMs = 300000;
+constexpr int kMostRedirections = 10;
+/// INTERNET_SUPPRESS_COOKIE_PERSIST, which the header of MinGW-w64 lacks.
+constexpr DWORD kStoreNoCookies = 3;
+
+struct Progress {
+  const ULONGLONG start = GetTickCount64();
+  int redirections = 0;
+
+  bool IsLate() const { return GetTickCount64() - start > kLongestExchangeMs; }
+};
+
+/// WinInet calls this between the steps of a request, on the thread that sends it. A short time-out ends the
+/// request; closing its handle does not end a redirection under Wine.
+void CALLBACK OnStatus(HINTERNET request, DWORD_PTR context, DWORD status, void*, DWORD) {
+  Progress& progress = *reinterpret_cast<Progress*>(context);
+  if (status == INTERNET_STATUS_REDIRECT) ++progress.redirections;
+  if (progress.redirections <= kMostRedirections && !progress.IsLate()) return;
+  DWORD timeout = 1;
+  wininet::InternetSetOptionW(request, INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
+}
 
 }  // namespace
 
@@ -116,6 +136,10 @@ bool Exchange::FetchToFile(const std::wstring& path, ListFile& file, std::wstrin
     ReportFailure(message, GetLastError());
     return false;
   };
+  // For this process; Wine accepts the option and keeps the cookies.
+  DWORD cookies = kStoreNoCookies;
+  wininet::InternetSetOptionW(nullptr, INTERNET_OPTION_SUPPRESS_BEHAVIOR, &cookies, sizeof cookies);
+  Progress progress;
   const platform::UniqueInternet root(
       wininet::InternetOpenW(variant_.agent, INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0));
   if (!root) return fail(update_texts::kOpenFailed);
@@ -135,17 +159,18 @@ bool Exchange::FetchToFile(const std::wstring& path, ListFile& file, std::wstrin
   wininet::InternetSetOptionW(connection.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
 
   const wchar_t* accepted[] = {L"text/*", nullptr};
-  const platform::UniqueInternet request(
-      wininet::HttpOpenRequestW(connection.get(), L"GET", path.c_str(), nullptr, nullptr, accepted,
-                                INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, 0));
+  const platform::UniqueInternet request(wininet::HttpOpenRequestW(
+      connection.get(), L"GET", path.c_str(), nullptr, nullptr, accepted,
+      INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, reinterpret_cast<DWORD_PTR>(&progress)));
   if (!request) return fail(update_texts::kOpenRequestFailed);
   // WinInet treats a redirection to a name without dots as the local intranet, where it would log on with the
   // user's credentials. Wine, and Windows before Internet Explorer 8, do not know the option.
   wininet::InternetSetOptionW(request.get(), INTERNET_OPTION_SUPPRESS_SERVER_AUTH, nullptr, 0);
+  wininet::InternetSetStatusCallbackW(request.get(), OnStatus);
   if (!wininet::HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0))
     return fail(update_texts::kSendRequestFailed);
   if (!CheckStatus(request.get(), pending_error)) return false;
-  return CopyBody(request.get(), file);
+  return CopyBody(request.get(), progress.start, file);
 }
 
 bool Exchange::CheckStatus(void* request, std::wstring& pending_error) {
@@ -169,23 +194,25 @@ bool Exchange::CheckStatus(void* request, std::wstring& pending_error) {
   return queried != FALSE;
 }
 
-bool Exchange::CopyBody(void* request, ListFile& file) {
+bool Exchange::CopyBody(void* request, std::uint64_t start_ms, ListFile& file) {
   if (!file.Create()) {
     ReportFailure(update_texts::kFileFailed, GetLastError());
     return false;
   }
-  const ULONGLONG start = GetTickCount64();
-  std::size_t copied = 0;
-  for (;;) {
+  for (std::size_t copied = 0;;) {
     std::array<char, kReadBlock> block{};
-    DWORD read = 0;
-    if (!wininet::InternetReadFile(request, block.data(), kReadBlock, &read)) {
+    DWORD available = 0, read = 0;
+    // Asks first, because a read waits until it has all bytes that it asks for. At the end nothing is
+    // available.
+    if (!wininet::InternetQueryDataAvailable(request, &available, 0, 0) ||
+        !wininet::InternetReadFile(request, block.data(),
+                                   available == 0 ? kReadBlock : std::min(available, kReadBlock), &read)) {
       ReportFailure(update_texts::kFileReadFailed, GetLastError());
       return false;
     }
     if (read == 0) break;
     copied += read;
-    const bool late = GetTickCount64() - start > kBodyWaitMs;
+    const bool late = GetTickCount64() - start_ms > kLongestExchangeMs;
     if (late || copied > kListSizeLimit) {
       ReportFailure(update_texts::kFileReadFailed, late ? ERROR_INTERNET_TIMEOUT : ERROR_FILE_TOO_LARGE);
       return false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,7 +48,7 @@ class Exchange {
   bool ProbeConnection();
   bool FetchToFile(const std::wstring& path, ListFile& file, std::wstring& pending_error);
   bool CheckStatus(void* request, std::wstring& pending_error);
-  bool CopyBody(void* request, ListFile& file);
+  bool CopyBody(void* request, std::uint64_t start_ms, ListFile& file);
   void ReportFailure(std::wstring_view message, unsigned long error);
   void FailWith(std::wstring_view error_text);
   void SetCheckFailed(bool failed);

@@ -35,7 +35,7 @@ const std::string kOldList = std::string(999, '\n') + "[Varnexa15_0_9_9]\r\n";
 const std::wregex kWord(
     L"(address|settings|product|packs|record|late|then|build|refuse)=.*|status=\\d{3}|layout=two|"
     L"missing=(DisplayVersion|DisplayIcon|URLUpdateInfo|Installpath)|silent=(status|body)|"
-    L"endless|hours|competing|start-up|interactive");
+    L"endless|competing|start-up|interactive");
 
 /// The words of a row, and the usual values of others.
 Setup Words(const std::wstring& row) {
@@ -148,7 +148,8 @@ struct CompetingUtility {
 /// Calls of the network library that the server does not see.
 struct Asked {
   DWORD flags = 0;
-  bool anonymous = false;           ///< the request gives no credentials to the server
+  bool anonymous = false;  ///< the request gives no credentials to the server
+  bool stores_cookies = true;
   std::map<DWORD, DWORD> timeouts;  ///< by the type of the handle, in milliseconds
   const ImportHook<HttpOpenRequestW> open{"HttpOpenRequestW", [this](auto... all) {
                                             flags = std::get<6>(std::tuple(all...));
@@ -160,6 +161,9 @@ struct Asked {
         InternetQueryOptionW(handle, INTERNET_OPTION_HANDLE_TYPE, &type, &size);
         anonymous |=
             option == INTERNET_OPTION_SUPPRESS_SERVER_AUTH && type == INTERNET_HANDLE_TYPE_HTTP_REQUEST;
+        // INTERNET_SUPPRESS_COOKIE_PERSIST for the process; Wine ignores it.
+        if (option == INTERNET_OPTION_SUPPRESS_BEHAVIOR && handle == nullptr)
+          stores_cookies = *static_cast<DWORD*>(value) != 3;
         if (option == INTERNET_OPTION_RECEIVE_TIMEOUT) timeouts[type] = *static_cast<DWORD*>(value);
         return set.original(handle, option, value, bytes);
       }};
@@ -184,7 +188,7 @@ void CheckTraces(const Process& process, const Machine& machine, Setup& setup, c
   const DWORD timeout = setup[L"settings"] == L"TIMEOUT=1" ? 1000 : 60000;
   for (const std::string& request : server.Requests()) {
     CHECK(asked.flags == (INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT));
-    CHECK(asked.anonymous);
+    CHECK((asked.anonymous && !asked.stores_cookies));
     CHECK(asked.timeouts[INTERNET_HANDLE_TYPE_INTERNET] == timeout);
     CHECK(asked.timeouts[INTERNET_HANDLE_TYPE_CONNECT_HTTP] == timeout);
     const auto has = [&](const char* text) { return request.find(text) != request.npos; };
@@ -234,9 +238,6 @@ void RunRow(bool interactive, const Row& row) {
   const std::string plain = results.substr(results.starts_with("network ") ? 8 : 0);
   std::optional<CompetingUtility> competing;
   if (setup.contains(L"competing")) competing.emplace();
-  std::optional<ImportHook<GetTickCount64>> clock;
-  if (setup.contains(L"hours"))
-    clock.emplace("GetTickCount64", [now = 0ull]() mutable { return now += 400000; });
   CHECK(process.Check() == (interactive ? plain : results));
   CHECK((platform::g_nWaitLeftMs == 0) == setup.contains(L"competing"));
   competing.reset();
@@ -260,7 +261,64 @@ void RunRow(bool interactive, const Row& row) {
   CHECK(process.Log() == log);
 }
 
+/// A clock for the check that is 600 times as fast, so that its five minutes pass in half a second.
+struct FastClock {
+  const ULONGLONG start = GetTickCount64();
+  const ImportHook<GetTickCount64> clock{"GetTickCount64",
+                                         [this] { return start + (clock.original() - start) * 600; }};
+};
+
+struct Outcome {
+  std::string results;
+  std::size_t requests, list_bytes;
+};
+
+/// A start-up check whose server gives these answers, the last one again and again.
+Outcome CheckWith(std::vector<support::HttpReply> replies) {
+  Machine machine;
+  machine.Install(Layout::one);
+  machine.PlaceExecutable(L"15.0.2.5");
+  machine.WriteSettings("TIMEOUT=2\r\n");
+  HttpServer server([&] {
+    const support::HttpReply reply = replies.front();
+    if (replies.size() > 1) replies.erase(replies.begin());
+    return reply;
+  });
+  const std::string results = Process(false, false).Check();
+  server.Stop();
+  return {results, server.Requests().size(), ReadBytes(machine.UpdateList()).value_or("").size()};
+}
+
 }  // namespace
+
+TEST_CASE("a server that sends byte by byte or redirects without end cannot keep the check") {
+  const support::HttpReply list = Reply(200, "[Update Packs for Versions]\r\n[Varnexa15_0_2_7]\r\n");
+  support::HttpReply elsewhere{.bytes = "HTTP/1.1 302 Found\r\nLocation: /\r\nContent-Length: 0\r\n\r\n",
+                               .pause_ms = 10};
+  const std::string header_time_out =
+      support::WineVersion() == nullptr ? "network failed no Error : 12002" : "failed no Error : 12030";
+
+  std::vector<support::HttpReply> redirections(40, elsewhere);
+  redirections.push_back(list);
+  Outcome outcome = CheckWith(redirections);
+  CHECK(outcome.results == header_time_out);
+  CHECK(outcome.requests <= 12);
+
+  const FastClock clock;
+  support::HttpReply dripping{.bytes = "HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n",
+                              .tail = "\n",
+                              .tail_pause_ms = 10,
+                              .tail_ms = 3000};
+  outcome = CheckWith({dripping});
+  CHECK(outcome.results == "network failed no Error : 12002");
+  CHECK(outcome.list_bytes > 0);  // It was read while it came.
+  elsewhere.pause_ms = 100;
+  redirections.assign(9, elsewhere);
+  redirections.push_back(list);
+  outcome = CheckWith(redirections);
+  CHECK(outcome.results == header_time_out);
+  CHECK(outcome.requests < 10);
+}
 
 TEST_CASE("check: entries, flags, mirrors, files and requests are those of its set-up") {
   for (Row row : support::Rows("integration/checks.txt", 4, 6)) {

@@ -148,7 +148,9 @@ const Functions& Watched() {
     // Version resources, messages. 127, also below: the function was not found.
     WATCH(0, Codes(127), L"", GetFileVersionInfoSizeW, GetFileVersionInfoW, VerQueryValueW, FormatMessageW);
     // WinInet.
-    WATCH(0, Codes(12002, 127), L"", InternetCheckConnectionW, HttpSendRequestW, InternetReadFile);
+    WATCH(0, Codes(12002, 127), L"", InternetCheckConnectionW, HttpSendRequestW, InternetQueryDataAvailable,
+          InternetReadFile);
+    WATCH(-1, Codes(127), L"", InternetSetStatusCallbackW);
     WATCH(0, Codes(12007, 127), L"+internet", InternetOpenW);
     WATCH(0, Codes(12029, 127), L"+internet", InternetConnectW, HttpOpenRequestW);
     WATCH(0, Codes(12009), L"", InternetSetOptionW);

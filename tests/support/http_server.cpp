@@ -94,11 +94,17 @@ void HttpServer::Serve(std::uintptr_t client) {
     requests_.push_back(request);
   }
   const HttpReply reply = answer_();
-  for (unsigned waited = 0; waited < reply.pause_ms && !stopping_; waited += 10) Sleep(10);
-  if (!Send(client, reply.bytes)) return;
-  while (!reply.tail.empty() && Send(client, reply.tail)) {
+  if (!Pause(reply.pause_ms) || !Send(client, reply.bytes)) return;
+  const DWORD start = GetTickCount();
+  while (!reply.tail.empty() && GetTickCount() - start < reply.tail_ms && Pause(reply.tail_pause_ms) &&
+         Send(client, reply.tail)) {
   }
   if (reply.silent) Ready(client, POLLRDNORM);
+}
+
+bool HttpServer::Pause(unsigned ms) const {
+  for (unsigned waited = 0; waited < ms && !stopping_; waited += 10) Sleep(10);
+  return !stopping_;
 }
 
 bool HttpServer::Send(std::uintptr_t client, std::string_view bytes) const {

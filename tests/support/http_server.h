@@ -15,7 +15,10 @@ namespace support {
 struct HttpReply {
   std::string bytes;      ///< status line, headers and body
   unsigned pause_ms = 0;  ///< wait before them
-  std::string tail;       ///< sent after `bytes`, repeatedly until the client closes the connection
+  /// Sent after `bytes` again and again, each time after a pause, until the client closes the connection or
+  /// `tail_ms` have passed.
+  std::string tail{};
+  unsigned tail_pause_ms = 0, tail_ms = 60000;
   /// The connection then stays open without data, until the client closes it or three seconds have passed.
   bool silent = false;
 };
@@ -51,6 +54,8 @@ class HttpServer {
   bool Ready(std::uintptr_t socket, short use) const;
   void Serve(std::uintptr_t client);
   bool Send(std::uintptr_t client, std::string_view bytes) const;
+  /// Waits; false if the server is to stop.
+  bool Pause(unsigned ms) const;
 
   Answer answer_;
   std::atomic<std::uintptr_t> listener_{};
