@@ -4,8 +4,8 @@
 #include "platform/system_library.h"
 
 int WINAPI wWinMain(_In_ HINSTANCE instance, _In_opt_ HINSTANCE, _In_ LPWSTR, _In_ int) {
-  // Called before any library is loaded by name. Our static imports are KnownDLLs, so they cannot be
-  // hijacked.
+  // Must come before the first library loaded by name. Static imports are KnownDLLs: Windows takes them from
+  // its own folder only.
   platform::SearchSystemFolderOnly();
   CQRTTavrelUtilityApp app;
   return app.Run(instance);

@@ -5,8 +5,7 @@
 #include <commctrl.h>
 
 #include "app/tavrel_sheet.h"
-#include "framework/command_line.h"
-#include "framework/message_box.h"
+#include "framework/dialogs.h"
 #include "platform/folders.h"
 #include "platform/version_resource.h"
 #include "product/identity.h"
@@ -14,14 +13,14 @@
 
 namespace {
 
-/// The program's one parameter: "2" anywhere on the command line selects patch verification mode. No other
+/// The program's one parameter: "2" anywhere on the command line asks for the start-up check. No other
 /// parameter has an effect.
 class CustomCommandInfo : public CCommandLineInfo {
  public:
-  int RegularMode = 1;  ///< 0 when the parameter was found
+  int regular_mode = 1;  ///< 0 when the parameter was found
 
   void ParseParam(const wchar_t* text, bool /*is_switch*/, bool /*is_last*/) override {
-    if (lstrcmpiW(text, L"2") == 0) RegularMode = 0;
+    if (lstrcmpiW(text, L"2") == 0) regular_mode = 0;
   }
 };
 
@@ -35,14 +34,14 @@ BOOL CQRTTavrelUtilityApp::InitInstance() {
 
   CustomCommandInfo command_info;
   ParseCommandLine(command_info);
-  if (command_info.RegularMode != 0) {
+  if (command_info.regular_mode != 0) {
     ResolveSettingsFile();
     ShowSheet();
     return 0;
   }
   if (!check_updates) return 0;
   ResolveSettingsFile();
-  if (RunPatchVerification()) {
+  if (RunStartUpCheck()) {
     LaunchedFromPatchCheck = true;
     ShowSheet();
     return 0;
@@ -62,13 +61,17 @@ void CQRTTavrelUtilityApp::InitialiseRunState() {
   ProductLabel = identity::kProductLabel;
   WindowTitle = identity::kWindowTitle;
   SetTitle(WindowTitle);
-  WarnUser = [](std::wstring_view text) { ShowMessage(std::wstring(text)); };
+  WarnUser = [this](std::wstring_view text) {
+    // A user can log off while the box is open.
+    DatedLog().OpenSystemLog();
+    ShowMessage(std::wstring(text));
+  };
   if (const auto version = platform::ReadFileVersion(platform::ModulePath())) {
     g_strProgramFileVersion = platform::FileVersionText(*version);
   }
 }
 
-bool CQRTTavrelUtilityApp::RunPatchVerification() {
+bool CQRTTavrelUtilityApp::RunStartUpCheck() {
   const CCheckPatch check(*this);
   // A network failure that the settings hide wins over an available update.
   if (check.m_bNetworkError && check.IgnorePatchError) return false;

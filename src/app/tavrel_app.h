@@ -3,16 +3,16 @@
 #include "framework/application.h"
 #include "settings/run_state.h"
 
-/// The program: initialises the run's shared state, then checks silently or opens the main sheet.
+/// The program: initialises the run's shared state, then runs the start-up check or opens the main sheet.
 class CQRTTavrelUtilityApp : public CWinApp, public RunState {
  protected:
-  /// Returns 0 on every path: the sheet is modal, so no message loop follows.
+  /// Returns 0 on every path: the sheet runs its own message loop, so none follows.
   BOOL InitInstance() override;
 
  private:
   void InitialiseFramework();
   void InitialiseRunState();
-  /// Runs the check at start-up; true when the sheet has to show its result.
-  bool RunPatchVerification();
+  /// True when the sheet has to show the check's result.
+  bool RunStartUpCheck();
   void ShowSheet();
 };

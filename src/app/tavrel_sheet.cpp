@@ -3,7 +3,7 @@
 #include <string>
 
 #include "app/about_texts.h"
-#include "framework/message_box.h"
+#include "framework/dialogs.h"
 #include "product/identity.h"
 #include "resource.h"
 
@@ -59,4 +59,10 @@ bool CTavrelSheet::OnCommand(int id) {
     default:
       return CPropertySheet::OnCommand(id);
   }
+}
+
+bool CTavrelSheet::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
+  // The user logs off. Windows ends the program after this message, also while a box is open.
+  if (message == WM_ENDSESSION && wparam != 0) run_.DatedLog().OpenSystemLog();
+  return CPropertySheet::OnMessage(message, wparam, lparam, result);
 }

@@ -6,11 +6,11 @@
 #include "ui/patch_apply.h"
 #include "update/sheet_check.h"
 
-/// The program's main window. Owns its pages and its own check's status and log.
+/// The program's main window. Owns its pages, and status and log of the interactive check.
 class CTavrelSheet : public CPropertySheet, public SheetUpdateCheck {
  public:
-  /// Pages in the order of their tabs.
-  enum Page : int { kPatchUpdatePage = 0, kLogPage = 1 };
+  // Pages in the order of their tabs.
+  static constexpr int kPatchUpdatePage = 0, kLogPage = 1;
 
   /// `run` outlives the sheet.
   explicit CTavrelSheet(RunState& run);
@@ -22,6 +22,7 @@ class CTavrelSheet : public CPropertySheet, public SheetUpdateCheck {
  protected:
   void OnInitDialog() override;
   bool OnCommand(int id) override;
+  bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
 
  private:
   RunState& run_;

@@ -1,38 +1,36 @@
 #include "framework/application.h"
 
+#include <commctrl.h>
 #include <objbase.h>
 #include <shellapi.h>
 
-#include "framework/command_line.h"
-#include "framework/common_controls.h"
+#include <algorithm>
+#include <iterator>
+
 #include "platform/system_library.h"
 
 namespace {
 
+platform::SystemLibrary common_controls(L"comctl32.dll");
+platform::SystemFunction<decltype(&::InitCommonControlsEx)> LoadCommonControls(common_controls,
+                                                                               "InitCommonControlsEx");
 platform::SystemLibrary ole(L"ole32.dll");
 platform::SystemFunction<decltype(&::CoInitializeEx)> InitializeCom(ole, "CoInitializeEx", E_FAIL);
 platform::SystemFunction<decltype(&::CoUninitialize)> UninitializeCom(ole, "CoUninitialize");
 
 CWinApp* g_application = nullptr;
 
-/// Windows applies the show command of the starting program to the first ShowWindow call of a process,
-/// instead of the argument. A hidden or minimised sheet or message box would then wait for ever. So this
-/// function makes that first call with a window that stays invisible, a layered one without attributes.
+constexpr WORD kUnseen[] = {SW_HIDE, SW_MINIMIZE, SW_SHOWMINIMIZED, SW_SHOWMINNOACTIVE, SW_FORCEMINIMIZE};
+
+/// In a process's first ShowWindow call Windows ignores the argument and uses the show command that its
+/// starter gave. A hidden or minimised sheet or message box would then wait for ever. So this function makes
+/// that call with a window that stays invisible, a layered one without attributes.
 void ConsumeStartUpShowCommand() {
   STARTUPINFOW start = {};
   start.cb = sizeof(start);
   GetStartupInfoW(&start);
   if ((start.dwFlags & STARTF_USESHOWWINDOW) == 0) return;
-  switch (start.wShowWindow) {
-    case SW_HIDE:
-    case SW_MINIMIZE:
-    case SW_SHOWMINIMIZED:
-    case SW_SHOWMINNOACTIVE:
-    case SW_FORCEMINIMIZE:
-      break;
-    default:
-      return;
-  }
+  if (std::find(std::begin(kUnseen), std::end(kUnseen), start.wShowWindow) == std::end(kUnseen)) return;
   const HWND window = CreateWindowExW(WS_EX_LAYERED | WS_EX_TOOLWINDOW, L"Static", nullptr,
                                       WS_OVERLAPPEDWINDOW, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
   if (window == nullptr) return;
@@ -85,7 +83,7 @@ void CWinApp::PrepareWindows() {
   self->windows_pending_ = false;
   if (self->common_controls_ != 0) {
     const INITCOMMONCONTROLSEX classes{sizeof classes, self->common_controls_};
-    common_controls::InitCommonControlsEx(&classes);
+    LoadCommonControls(&classes);
   }
   self->com_ = std::make_unique<ComSession>();
   ConsumeStartUpShowCommand();
@@ -101,5 +99,10 @@ void CWinApp::ParseCommandLine(CCommandLineInfo& info) {
   // One block of the local heap holds the array and the texts.
   const std::unique_ptr<LPWSTR, decltype(&LocalFree)> arguments(CommandLineToArgvW(GetCommandLineW(), &count),
                                                                 &LocalFree);
-  if (arguments != nullptr) ParseArguments(count, arguments.get(), info);
+  if (arguments == nullptr) return;
+  for (int i = 1; i < count; ++i) {
+    const wchar_t* text = arguments.get()[i];
+    const bool is_switch = *text == L'/' || *text == L'-';
+    info.ParseParam(is_switch ? text + 1 : text, is_switch, i + 1 == count);
+  }
 }

@@ -6,9 +6,21 @@
 #include <string>
 #include <string_view>
 
-class CCommandLineInfo;
 class ComSession;
 class CWnd;
+
+/// Receives the arguments of the command line, without the program's name, one in each call.
+class CCommandLineInfo {
+ public:
+  /// `text` is one argument, without one leading "/" or "-" when it is a switch.
+  virtual void ParseParam(const wchar_t* text, bool is_switch, bool is_last) = 0;
+
+ protected:
+  CCommandLineInfo() = default;
+  CCommandLineInfo(const CCommandLineInfo&) = default;
+  CCommandLineInfo& operator=(const CCommandLineInfo&) = default;
+  ~CCommandLineInfo() = default;
+};
 
 /// The application object: one per process, created before `Run` and alive until the process ends.
 class CWinApp {
@@ -22,7 +34,7 @@ class CWinApp {
   static CWinApp* Current();
 
   /// InitInstance, then ExitInstance; returns the latter's value, the process's exit code. There is no
-  /// message loop: what InitInstance shows is modal.
+  /// message loop: a window that InitInstance shows runs its own.
   int Run(HINSTANCE instance);
 
   HINSTANCE Instance() const { return instance_; }
@@ -37,7 +49,6 @@ class CWinApp {
 
   /// Stores the name of the vendor key for program settings. No settings are stored under it.
   void SetRegistryKey(std::wstring_view name) { registry_key_ = name; }
-  const std::wstring& RegistryKey() const { return registry_key_; }
 
   /// Sets the classes of common controls (ICC_…) that PrepareWindows loads. A run without a window does not
   /// load them.

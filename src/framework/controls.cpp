@@ -1,6 +1,20 @@
 #include "framework/controls.h"
 
+#include <initguid.h>
+#include <objbase.h>
+#include <oleacc.h>
+
+#include "platform/system_library.h"
+
 namespace {
+
+platform::SystemLibrary ole(L"ole32.dll");
+platform::SystemFunction<decltype(&::CoCreateInstance)> CreateInstance(ole, "CoCreateInstance", E_FAIL);
+
+// From uiautomation.h and winuser.h of Windows 8.
+constexpr GUID kLiveSetting{0xC12BCD8E, 0x2A8E, 0x4950, {0x8A, 0xE7, 0x36, 0x25, 0x11, 0x1D, 0x58, 0xEB}};
+constexpr LONG kPolite = 1;  // read after what is being read
+constexpr DWORD kLiveRegionChanged = 0x8019;
 
 constexpr WPARAM kSelectAllCharacter = 1;  // WM_CHAR of Ctrl+A
 
@@ -10,8 +24,27 @@ bool IsSelectAllKey(WPARAM key) {
 
 }  // namespace
 
+void CStatic::Announce() {
+  // Narrator reads only an element with a live setting; other screen readers need the event alone.
+  void* created = nullptr;
+  if (SUCCEEDED(CreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER, IID_IAccPropServices,
+                               &created))) {
+    auto* services = static_cast<IAccPropServices*>(created);
+    VARIANT setting = {};
+    setting.vt = VT_I4;
+    setting.lVal = kPolite;
+    services->SetHwndProp(Handle(), OBJID_CLIENT, CHILDID_SELF, kLiveSetting, setting);
+    services->Release();
+  }
+  NotifyWinEvent(kLiveRegionChanged, Handle(), OBJID_CLIENT, CHILDID_SELF);
+}
+
+bool CButton::IsChecked() const {
+  return SendMessageW(Handle(), BM_GETCHECK, 0, 0) == BST_CHECKED;
+}
+
 void CButton::SetCheck(bool checked) {
-  if (Handle() != nullptr) SendMessageW(Handle(), BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
+  SendMessageW(Handle(), BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
 }
 
 bool CReadOnlyEdit::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {

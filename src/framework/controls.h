@@ -5,11 +5,16 @@
 #include "framework/window.h"
 
 /// A static text.
-class CStatic : public CWnd {};
+class CStatic : public CWnd {
+ public:
+  /// Has screen readers read the text aloud, although the focus is elsewhere. For a text that has changed.
+  void Announce();
+};
 
 /// A push button or a check box.
 class CButton : public CWnd {
  public:
+  bool IsChecked() const;
   void SetCheck(bool checked);
 };
 

@@ -27,18 +27,6 @@ bool IsColorMessage(UINT message) {
 
 }  // namespace
 
-void DDX_Control(const CDataExchange& exchange, int id, CWnd& control) {
-  control.Attach(GetDlgItem(exchange.dialog, id));
-}
-
-void DDX_Check(const CDataExchange& exchange, int id, int& value) {
-  if (exchange.saving) {
-    value = IsDlgButtonChecked(exchange.dialog, id) == BST_CHECKED ? 1 : 0;
-  } else {
-    CheckDlgButton(exchange.dialog, id, value != 0 ? BST_CHECKED : BST_UNCHECKED);
-  }
-}
-
 void CPropertyPage::EndDialog(INT_PTR result) {
   sheet_->EndDialog(result);
 }
@@ -69,17 +57,9 @@ void CPropertyPage::DiscardInput() {
   if (leave) PostMessageW(sheet_->Handle(), WM_CLOSE, 0, 0);
 }
 
-void CPropertyPage::UpdateData(bool save) {
-  DoDataExchange({Handle(), save});
-}
-
-bool CPropertyPage::OnInitDialog() {
-  UpdateData(false);
-  return true;
-}
-
-bool CPropertyPage::OnSetActive() {
-  return true;
+void CPropertyPage::OnSetActive() {
+  // The tab's texture would fill the page but not the background of controls that set their own colours.
+  EnableDialogTexture(Handle(), ETDT_DISABLE);
 }
 
 bool CPropertyPage::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
@@ -95,9 +75,7 @@ bool CPropertyPage::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESUL
       return true;
     case WM_NOTIFY:
       if (reinterpret_cast<const NMHDR*>(lparam)->code != PSN_SETACTIVE) return false;
-      // The tab's texture would fill the page but not the background of controls that set their own colours.
-      EnableDialogTexture(Handle(), ETDT_DISABLE);
-      result = OnSetActive() ? 0 : -1;
+      OnSetActive();
       return true;
     default:
       return ReflectColor(message, wparam, lparam, result);
@@ -121,7 +99,8 @@ INT_PTR CALLBACK CPropertyPage::DialogProcedure(HWND window, UINT message, WPARA
     SetWindowLongPtrW(window, DWLP_USER, page);
     auto* self = reinterpret_cast<CPropertyPage*>(page);
     self->Adopt(window);
-    return self->OnInitDialog();
+    self->OnInitDialog();
+    return TRUE;
   }
   // Messages before WM_INITDIALOG, such as WM_SETFONT, have no page yet.
   auto* self = reinterpret_cast<CPropertyPage*>(GetWindowLongPtrW(window, DWLP_USER));

@@ -8,18 +8,6 @@
 
 class CPropertySheet;
 
-/// One exchange between a dialog's controls and its object's members.
-struct CDataExchange {
-  HWND dialog = nullptr;
-  bool saving = false;  ///< true: from the controls into the members
-};
-
-/// Attaches `control` to the dialog's control `id`, whatever the direction of the exchange. No effect when it
-/// is already attached to that control.
-void DDX_Control(const CDataExchange& exchange, int id, CWnd& control);
-/// Exchanges the check state of control `id` with `value`: 0 or 1.
-void DDX_Check(const CDataExchange& exchange, int id, int& value);
-
 /// A page of a property sheet, created from a dialog template when it is first shown.
 class CPropertyPage : public CWnd {
  public:
@@ -41,14 +29,12 @@ class CPropertyPage : public CWnd {
   /// because they refer to what the page showed then. Escape and Alt+F4 still close the sheet.
   void DiscardInput();
 
-  /// Runs DoDataExchange in the given direction.
-  void UpdateData(bool save);
-  virtual void DoDataExchange(const CDataExchange& exchange) = 0;
-
-  /// Called when the page's window exists. The base attaches the controls. True: Windows sets the focus.
-  virtual bool OnInitDialog();
-  /// Called before the page is shown. False refuses.
-  virtual bool OnSetActive();
+  /// Attaches `control` to the page's control `id`.
+  void AttachControl(int id, CWnd& control) { control.Attach(GetDlgItem(Handle(), id)); }
+  /// Called when the page's window exists. Windows then sets the focus.
+  virtual void OnInitDialog() = 0;
+  /// Called before the page is shown; an override calls the base's.
+  virtual void OnSetActive();
   /// The control, of the page or the sheet, that the user needs next; null: none.
   virtual HWND FocusTarget() const { return nullptr; }
   /// Called after another page has changed data that this page shows.

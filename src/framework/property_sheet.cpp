@@ -1,16 +1,16 @@
 #include "framework/property_sheet.h"
 
 #include "framework/application.h"
-#include "framework/common_controls.h"
 #include "framework/property_page.h"
+#include "platform/system_library.h"
 
 namespace {
 
+platform::SystemLibrary common_controls(L"comctl32.dll");
+platform::SystemFunction<decltype(&::PropertySheetW)> CreateSheet(common_controls, "PropertySheetW", -1);
+
 // Windows reserves the commands of the system menu from this one on.
 constexpr WPARAM kFirstSystemCommand = 0xF000;
-
-/// The sheet that DoModal opens. The callback of PropertySheetW gets only the window.
-CPropertySheet* g_opening = nullptr;
 
 /// Centres `window` in its monitor's work area. A window that does not fit starts at the top left corner.
 void CenterOnMonitor(HWND window) {
@@ -41,6 +41,22 @@ void CPropertySheet::AddPage(CPropertyPage& page) {
 
 INT_PTR CPropertySheet::DoModal() {
   CWinApp::PrepareWindows();
+  result_.reset();
+  if (!Create()) return -1;
+  ShowIcon();
+  OnInitDialog();
+  CenterOnMonitor(Handle());
+  ShowWindow(Handle(), SW_SHOWNORMAL);
+  RunLoop();
+  if (Handle() != nullptr) DestroyWindow(Handle());
+  return *result_;
+}
+
+void CPropertySheet::EndDialog(INT_PTR result) {
+  result_ = result;
+}
+
+bool CPropertySheet::Create() {
   const HINSTANCE instance = CWinApp::Current()->Instance();
   std::vector<PROPSHEETPAGEW> pages;
   pages.reserve(pages_.size());
@@ -48,37 +64,44 @@ INT_PTR CPropertySheet::DoModal() {
 
   PROPSHEETHEADERW header = {};
   header.dwSize = sizeof(header);
-  header.dwFlags = PSH_PROPSHEETPAGE | PSH_USECALLBACK | PSH_NOAPPLYNOW | PSH_HASHELP | PSH_NOCONTEXTHELP;
+  // The loop of a modal sheet knows no Ctrl+Tab under Wine 8, and ends only after a posted message.
+  header.dwFlags = PSH_PROPSHEETPAGE | PSH_MODELESS | PSH_NOAPPLYNOW | PSH_HASHELP | PSH_NOCONTEXTHELP;
   header.hInstance = instance;
   header.pszCaption = title_.c_str();
   header.nPages = static_cast<UINT>(pages.size());
   header.nStartPage = static_cast<UINT>(start_page_);
   header.ppsp = pages.data();
-  header.pfnCallback = &CPropertySheet::OnCallback;
-  result_.reset();
-  g_opening = this;
-  const INT_PTR pressed = common_controls::PropertySheetW(&header);
-  g_opening = nullptr;
-  if (pressed == -1) return -1;
-  return result_.value_or(pressed > 0 ? IDOK : IDCANCEL);
+  const INT_PTR created = CreateSheet(&header);
+  if (created == -1) return false;
+  const auto window = reinterpret_cast<HWND>(created);
+  if (Attach(window)) return true;
+  DestroyWindow(window);
+  return false;
 }
 
-void CPropertySheet::EndDialog(INT_PTR result) {
-  result_ = result;
-  // Posted, because the sheet's loop checks only after a message of the queue whether the sheet has ended.
-  PostMessageW(Handle(), PSM_PRESSBUTTON, result == IDOK ? PSBTN_OK : PSBTN_CANCEL, 0);
+void CPropertySheet::RunLoop() {
+  while (!result_) {
+    // Unlike GetMessage, this wait also returns for a message that another program sends, which PeekMessage
+    // then delivers.
+    MsgWaitForMultipleObjectsEx(0, nullptr, INFINITE, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+    MSG message;
+    if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) Dispatch(message);
+    if (result_) return;
+    if (Handle() == nullptr) {
+      EndDialog(IDCANCEL);
+    } else if (PropSheet_GetCurrentPageHwnd(Handle()) == nullptr) {  // closed by the user
+      EndDialog(PropSheet_GetResult(Handle()) > 0 ? IDOK : IDCANCEL);
+    }
+  }
 }
 
-int CALLBACK CPropertySheet::OnCallback(HWND window, UINT message, LPARAM) {
-  if (message == PSCB_INITIALIZED && g_opening != nullptr) g_opening->OnInitialized(window);
-  return 0;
-}
-
-void CPropertySheet::OnInitialized(HWND window) {
-  Attach(window);
-  ShowIcon();
-  OnInitDialog();
-  CenterOnMonitor(window);
+void CPropertySheet::Dispatch(MSG& message) {
+  if (message.message == WM_QUIT) {
+    EndDialog(IDCANCEL);
+  } else if (!PropSheet_IsDialogMessage(Handle(), &message)) {
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+  }
 }
 
 void CPropertySheet::ShowIcon() {

@@ -11,7 +11,8 @@
 
 class CPropertyPage;
 
-/// A property sheet with OK, Cancel and Help and without Apply, run modally.
+/// A property sheet with OK, Cancel and Help and without Apply. It is a modeless one with a message loop of
+/// its own.
 class CPropertySheet : public CWnd {
  public:
   /// Command that F1 sends to the sheet.
@@ -29,11 +30,11 @@ class CPropertySheet : public CWnd {
   /// Shows the sheet and returns when it has ended: IDOK, IDCANCEL or the value given to EndDialog. Returns
   /// -1 when the sheet cannot be shown.
   INT_PTR DoModal();
-  /// Ends DoModal with `result` after the messages that are already in the queue.
+  /// Ends DoModal with `result` after the current message.
   void EndDialog(INT_PTR result);
 
  protected:
-  /// Called when the sheet's window exists and is not visible yet. Under Wine its pages do not exist yet.
+  /// Called when the sheet and its first page exist and are not visible yet.
   virtual void OnInitDialog() = 0;
   /// A command of a button of the sheet itself, of the system menu below 0xF000, or of F1 (kHelpCommand).
   /// True: handled.
@@ -42,13 +43,15 @@ class CPropertySheet : public CWnd {
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
 
  private:
-  static int CALLBACK OnCallback(HWND window, UINT message, LPARAM lparam);
-  void OnInitialized(HWND window);
+  /// False when the sheet cannot be shown.
+  bool Create();
   void ShowIcon();
+  void RunLoop();
+  void Dispatch(MSG& message);
 
   std::wstring title_;
   std::vector<CPropertyPage*> pages_;
   int start_page_ = 0;
   int icon_id_ = 0;
-  std::optional<INT_PTR> result_;  ///< as given to EndDialog
+  std::optional<INT_PTR> result_;  ///< nothing while the sheet is open
 };

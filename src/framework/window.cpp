@@ -1,8 +1,18 @@
 #include "framework/window.h"
 
-#include "framework/common_controls.h"
+#include <commctrl.h>
+
+#include "platform/system_library.h"
 
 namespace {
+
+platform::SystemLibrary library(L"comctl32.dll");
+template <class Type>
+using Function = platform::SystemFunction<Type>;
+Function<decltype(&::DefSubclassProc)> CallDefault(library, "DefSubclassProc");
+Function<decltype(&::GetWindowSubclass)> GetSubclass(library, "GetWindowSubclass");
+Function<decltype(&::RemoveWindowSubclass)> RemoveSubclass(library, "RemoveWindowSubclass");
+Function<decltype(&::SetWindowSubclass)> SetSubclass(library, "SetWindowSubclass");
 
 constexpr UINT_PTR kSubclassId = 1;
 constexpr UINT kUnusedMessage = WM_APP + 0x3FFF;
@@ -14,12 +24,10 @@ CWnd::~CWnd() {
 }
 
 bool CWnd::Attach(HWND window) {
-  if (window == handle_) return window != nullptr;
   Detach();
   // Without the library's own processing the window would lose its messages.
-  if (!common_controls::DefSubclassProc.IsAvailable()) return false;
-  if (!common_controls::SetWindowSubclass(window, &CWnd::Procedure, kSubclassId,
-                                          reinterpret_cast<DWORD_PTR>(this))) {
+  if (!CallDefault.IsAvailable()) return false;
+  if (!SetSubclass(window, &CWnd::Procedure, kSubclassId, reinterpret_cast<DWORD_PTR>(this))) {
     return false;
   }
   handle_ = window;
@@ -28,16 +36,14 @@ bool CWnd::Attach(HWND window) {
 }
 
 void CWnd::Detach() {
-  if (subclassed_) common_controls::RemoveWindowSubclass(handle_, &CWnd::Procedure, kSubclassId);
+  if (subclassed_) RemoveSubclass(handle_, &CWnd::Procedure, kSubclassId);
   subclassed_ = false;
   handle_ = nullptr;
 }
 
 CWnd* CWnd::FromHandle(HWND window) {
   DWORD_PTR object = 0;
-  if (window == nullptr ||
-      !common_controls::GetWindowSubclass(window, &CWnd::Procedure, kSubclassId, &object))
-    return nullptr;
+  if (window == nullptr || !GetSubclass(window, &CWnd::Procedure, kSubclassId, &object)) return nullptr;
   return reinterpret_cast<CWnd*>(object);
 }
 
@@ -82,7 +88,15 @@ HBRUSH CWnd::OnReflectedColor(UINT, HDC) {
 }
 
 LRESULT CWnd::Default(UINT message, WPARAM wparam, LPARAM lparam) {
-  return common_controls::DefSubclassProc(handle_, message, wparam, lparam);
+  return CallDefault(handle_, message, wparam, lparam);
+}
+
+void CWnd::BeginWaitCursor() {
+  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+}
+
+void CWnd::EndWaitCursor() {
+  SetCursor(LoadCursorW(nullptr, IDC_ARROW));
 }
 
 bool CWnd::ReflectColor(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
@@ -101,8 +115,8 @@ LRESULT CALLBACK CWnd::Procedure(HWND window, UINT message, WPARAM wparam, LPARA
   if (message == WM_NCDESTROY) {
     self->OnMessage(message, wparam, lparam, result);
     self->Detach();
-    return common_controls::DefSubclassProc(window, message, wparam, lparam);
+    return CallDefault(window, message, wparam, lparam);
   }
   if (self->OnMessage(message, wparam, lparam, result)) return result;
-  return common_controls::DefSubclassProc(window, message, wparam, lparam);
+  return CallDefault(window, message, wparam, lparam);
 }

@@ -91,7 +91,7 @@ void ReplaceAll(std::wstring& value, std::wstring_view from, std::wstring_view t
 SplitPath SplitAtLastBackslash(std::wstring_view path) {
   const std::size_t cut = path.rfind(L'\\');
   if (cut == std::wstring_view::npos) return {};
-  return {.has_backslash = true, .folder = path.substr(0, cut), .file = path.substr(cut + 1)};
+  return {.folder = path.substr(0, cut), .file = path.substr(cut + 1)};
 }
 
 }  // namespace text

@@ -31,7 +31,6 @@ void ReplaceAll(std::wstring& value, std::wstring_view from, std::wstring_view t
 
 /// A path cut at its last backslash. Without a backslash both parts are empty.
 struct SplitPath {
-  bool has_backslash = false;
   std::wstring_view folder;  ///< without the backslash
   std::wstring_view file;
 };

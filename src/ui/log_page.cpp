@@ -1,7 +1,6 @@
 #include "ui/log_page.h"
 
-#include "framework/file_dialog.h"
-#include "framework/message_box.h"
+#include "framework/dialogs.h"
 #include "framework/property_sheet.h"
 #include "log/log_rules.h"
 #include "log/sheet_log.h"
@@ -9,31 +8,27 @@
 #include "platform/encoding.h"
 #include "platform/files.h"
 #include "resource.h"
-#include "ui/log_saving.h"
+#include "text/text.h"
+#include "ui/page_rules.h"
 #include "ui/ui_texts.h"
 
 CLogTrace::CLogTrace(const SheetLog& log) : CPropertyPage(IDD_LOG), log_(log) {}
 
-void CLogTrace::DoDataExchange(const CDataExchange& exchange) {
-  DDX_Control(exchange, IDC_LOG_TEXT, m_edtLog);
-  DDX_Control(exchange, IDC_SAVE_LOG, m_btnSave);
-  DDX_Control(exchange, IDC_LOG_FILE, m_lnkLogFile);
+void CLogTrace::OnInitDialog() {
+  AttachControl(IDC_LOG_TEXT, log_text_);
+  AttachControl(IDC_SAVE_LOG, save_button_);
+  AttachControl(IDC_LOG_FILE, log_file_link_);
+  SendMessageW(log_text_.Handle(), EM_SETLIMITTEXT, 0, 0);  // 0: the largest limit
+  ShowLog();
 }
 
-bool CLogTrace::OnInitDialog() {
-  CPropertyPage::OnInitDialog();
-  SendMessageW(m_edtLog.Handle(), EM_SETLIMITTEXT, 0, 0);  // 0: the largest limit
+void CLogTrace::OnSetActive() {
   ShowLog();
-  return true;
-}
-
-bool CLogTrace::OnSetActive() {
-  ShowLog();
-  return CPropertyPage::OnSetActive();
+  CPropertyPage::OnSetActive();
 }
 
 HWND CLogTrace::FocusTarget() const {
-  return m_btnSave.Handle();
+  return save_button_.Handle();
 }
 
 void CLogTrace::OnCommand(int id, int code) {
@@ -46,19 +41,21 @@ void CLogTrace::OnSiblingChanged() {
 
 void CLogTrace::ShowLog() {
   // An unchanged text keeps its selection and scroll position.
-  if (m_strLog != log_.SheetLogText()) {
-    m_strLog = log_.SheetLogText();
-    m_edtLog.SetText(EditText(m_strLog));
+  if (shown_log_ != log_.SheetLogText()) {
+    shown_log_ = log_.SheetLogText();
+    std::wstring lines = shown_log_;
+    text::ReplaceAll(lines, L"\n", L"\r\n");
+    log_text_.SetText(lines);
     // Scrolls to the end, where the result of the last check is.
-    const LRESULT end = GetWindowTextLengthW(m_edtLog.Handle());
-    SendMessageW(m_edtLog.Handle(), EM_SETSEL, static_cast<WPARAM>(end), end);
-    SendMessageW(m_edtLog.Handle(), EM_SCROLLCARET, 0, 0);
+    const LRESULT end = GetWindowTextLengthW(log_text_.Handle());
+    SendMessageW(log_text_.Handle(), EM_SETSEL, static_cast<WPARAM>(end), end);
+    SendMessageW(log_text_.Handle(), EM_SCROLLCARET, 0, 0);
   }
   RECT text_area = {};
-  GetWindowRect(m_edtLog.Handle(), &text_area);
-  m_lnkLogFile.ShowPath(g_strCurrentLogFile, text_area.right - text_area.left);
-  m_btnSave.Enable(!m_strLog.empty());
-  if (!m_strLog.empty()) PostFocus();
+  GetWindowRect(log_text_.Handle(), &text_area);
+  log_file_link_.ShowPath(g_strCurrentLogFile, text_area.right - text_area.left);
+  save_button_.Enable(!shown_log_.empty());
+  if (!shown_log_.empty()) PostFocus();
 }
 
 void CLogTrace::OnSave() {
@@ -77,5 +74,5 @@ void CLogTrace::OnSave() {
 
 bool CLogTrace::SaveTo(const std::wstring& path) const {
   const platform::UniqueFile file = platform::OpenForWriting(path, CREATE_ALWAYS);
-  return file && platform::WriteAll(file.get(), log_rules::WithCrLf(platform::ToUtf8(m_strLog)));
+  return file && platform::WriteAll(file.get(), log_rules::WithCrLf(platform::ToUtf8(shown_log_)));
 }

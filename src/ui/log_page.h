@@ -4,7 +4,7 @@
 
 #include "framework/controls.h"
 #include "framework/property_page.h"
-#include "ui/log_file_link.h"
+#include "ui/link_control.h"
 
 class SheetLog;
 
@@ -16,9 +16,8 @@ class CLogTrace : public CPropertyPage {
   explicit CLogTrace(const SheetLog& log);
 
  protected:
-  void DoDataExchange(const CDataExchange& exchange) override;
-  bool OnInitDialog() override;
-  bool OnSetActive() override;
+  void OnInitDialog() override;
+  void OnSetActive() override;
   void OnSiblingChanged() override;
   HWND FocusTarget() const override;
   void OnCommand(int id, int code) override;
@@ -29,8 +28,8 @@ class CLogTrace : public CPropertyPage {
   bool SaveTo(const std::wstring& path) const;
 
   const SheetLog& log_;
-  CReadOnlyEdit m_edtLog;
-  CButton m_btnSave;
-  CLogFileLink m_lnkLogFile;
-  std::wstring m_strLog;  ///< copy of the sheet log that the page shows
+  CReadOnlyEdit log_text_;
+  CButton save_button_;
+  CLogFileLink log_file_link_;
+  std::wstring shown_log_;  ///< copy of the sheet log that the page shows
 };

@@ -1,15 +1,12 @@
 #include "ui/patch_apply.h"
 
 #include "framework/application.h"
-#include "framework/message_box.h"
+#include "framework/dialogs.h"
 #include "framework/property_sheet.h"
-#include "framework/wait_cursor.h"
 #include "resource.h"
 #include "settings/run_state.h"
 #include "text/text.h"
 #include "ui/installer_launch.h"
-#include "ui/launch_parameters.h"
-#include "ui/readable_color.h"
 #include "ui/ui_texts.h"
 #include "update/check_patch.h"
 #include "update/process_state.h"
@@ -24,20 +21,18 @@ constexpr UINT kFirstCheckMessage = WM_APP + 1;
 PatchApply::PatchApply(RunState& run, SheetUpdateCheck& sheet)
     : CPropertyPage(IDD_UPDATES), run_(run), sheet_(sheet) {}
 
-void PatchApply::DoDataExchange(const CDataExchange& exchange) {
-  DDX_Control(exchange, IDC_INSTALL, m_btnInstall);
-  DDX_Control(exchange, IDC_RETRY, m_btnRetry);
-  DDX_Control(exchange, IDC_MESSAGE, m_ctlMessage);
-  DDX_Control(exchange, IDC_CHECK_ON_STARTUP, m_chkCheckOnStartup);
-  DDX_Check(exchange, IDC_CHECK_ON_STARTUP, m_bCheckOnStartup);
-  DDX_Control(exchange, IDC_HIDE_NETWORK_ERRORS, m_chkHideNetworkErrors);
-  DDX_Check(exchange, IDC_HIDE_NETWORK_ERRORS, m_bHideNetworkErrors);
-  DDX_Control(exchange, IDC_NOTE, m_ctlNote);
-  DDX_Control(exchange, IDC_CONTINUE, m_btnContinue);
+void PatchApply::AttachControls() {
+  AttachControl(IDC_INSTALL, m_btnInstall);
+  AttachControl(IDC_RETRY, m_btnRetry);
+  AttachControl(IDC_MESSAGE, m_ctlMessage);
+  AttachControl(IDC_CHECK_ON_STARTUP, m_chkCheckOnStartup);
+  AttachControl(IDC_HIDE_NETWORK_ERRORS, m_chkHideNetworkErrors);
+  AttachControl(IDC_NOTE, m_ctlNote);
+  AttachControl(IDC_CONTINUE, m_btnContinue);
 }
 
-bool PatchApply::OnInitDialog() {
-  CPropertyPage::OnInitDialog();
+void PatchApply::OnInitDialog() {
+  AttachControls();
   LoadUpdateOptions(run_.SettingsFilePath);
   m_bInteractiveMode = !run_.LaunchedFromPatchCheck;
   if (!m_bInteractiveMode) {
@@ -45,20 +40,19 @@ bool PatchApply::OnInitDialog() {
     UpdatePageState();
     PostFocus();
     run_.DatedLog().OpenSystemLog();
-    return true;
+    return;
   }
-  if (g_nUpdateCheckCount == 0) sheet_.WriteRegularRunHeader();
+  if (g_nUpdateCheckCount == 0) m_bAdministrator = sheet_.WriteRegularRunHeader();
   // The check blocks this thread until the server has answered, so the sheet must be visible first. A posted
   // message is dispatched only after Windows has shown the sheet.
-  m_bFirstCheckPending = true;
+  first_check_pending_ = true;
   UpdatePageState();
   PostMessageW(Handle(), kFirstCheckMessage, 0, 0);
-  return true;
 }
 
 bool PatchApply::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
   if (message != kFirstCheckMessage) return CPropertyPage::OnMessage(message, wparam, lparam, result);
-  if (m_bFirstCheckPending) OnFirstCheck();
+  if (first_check_pending_) OnFirstCheck();
   return true;
 }
 
@@ -66,13 +60,13 @@ void PatchApply::OnFirstCheck() {
   Sheet().PaintBeforeBlocking();
   sheet_.RunUpdateCheck();
   if (g_bProductInstalled) TakeUpdaterPathFromSheet();
-  m_bFirstCheckPending = false;
+  first_check_pending_ = false;
   ShowResult();
 }
 
-bool PatchApply::OnSetActive() {
+void PatchApply::OnSetActive() {
   UpdatePageState();
-  return CPropertyPage::OnSetActive();
+  CPropertyPage::OnSetActive();
 }
 
 void PatchApply::OnCommand(int id, int code) {
@@ -99,14 +93,12 @@ void PatchApply::OnCommand(int id, int code) {
 }
 
 void PatchApply::OnCheckAtStartup() {
-  UpdateData(true);
-  m_chkCheckOnStartup.SetCheck(m_bCheckOnStartup != 0);
+  m_bCheckOnStartup = m_chkCheckOnStartup.IsChecked() ? 1 : 0;
   WriteCheckUpdatesKey(m_bCheckOnStartup != 0);
 }
 
 void PatchApply::OnHideNetworkErrors() {
-  UpdateData(true);
-  m_chkHideNetworkErrors.SetCheck(m_bHideNetworkErrors != 0);
+  m_bHideNetworkErrors = m_chkHideNetworkErrors.IsChecked() ? 1 : 0;
   WriteIgnorePatchErrorKey(m_bHideNetworkErrors != 0);
 }
 
@@ -115,7 +107,8 @@ void PatchApply::OnContinueWithoutUpdates() {
 }
 
 void PatchApply::BuildUpdaterCommand() {
-  m_strUpdaterCommand = LaunchParameters(m_strUpdaterFile);
+  // One pair of quotes encloses the whole command; the file is not quoted separately.
+  m_strUpdaterCommand = L"/c \"" + m_strUpdaterFile + L" /update\"";
 }
 
 void PatchApply::OnInstallUpdates() {
@@ -188,7 +181,7 @@ void PatchApply::UpdatePageState() {
   m_chkCheckOnStartup.SetCheck(m_bCheckOnStartup != 0);
   m_chkHideNetworkErrors.SetCheck(m_bHideNetworkErrors != 0);
   m_ctlNote.SetText(ui_texts::kNote);
-  if (m_bFirstCheckPending) {
+  if (first_check_pending_) {
     ShowState({});
     return;
   }
@@ -207,7 +200,7 @@ void PatchApply::ShowState(const PageState& state) {
   m_btnRetry.Enable(state.retry_enabled);
   m_btnContinue.Enable(state.continue_offered);
   m_btnContinue.Show(state.continue_offered);
-  m_ctlMessage.m_crText = ReadableOnFace({RGB(0, 0, 0)});
+  m_ctlMessage.m_crText = RGB(0, 0, 0);
   m_ctlMessage.RedrawNow();
   m_ctlMessage.SetText(state.text);
 }
@@ -220,6 +213,7 @@ void PatchApply::ClearBeforeCheck() {
 void PatchApply::ShowResult() {
   DiscardInput();
   UpdatePageState();
+  m_ctlMessage.Announce();
   PostFocus();
   run_.DatedLog().OpenSystemLog();
   NotifySiblings();

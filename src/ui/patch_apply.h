@@ -5,7 +5,7 @@
 #include "framework/controls.h"
 #include "framework/property_page.h"
 #include "ui/link_control.h"
-#include "ui/page_state.h"
+#include "ui/page_rules.h"
 #include "ui/update_options.h"
 
 class RunState;
@@ -15,14 +15,13 @@ class SheetUpdateCheck;
 /// file and starts the product's own update.
 class PatchApply : public CPropertyPage, private UpdateOptions {
  public:
-  /// Both outlive the page. In patch verification mode (`run.LaunchedFromPatchCheck`) the page shows the
-  /// result of the check at start-up; otherwise it runs the sheet's check when it is first shown.
+  /// Both outlive the page. With `run.LaunchedFromPatchCheck` the page shows the result of the start-up
+  /// check; otherwise it runs the interactive check when it is first shown.
   PatchApply(RunState& run, SheetUpdateCheck& sheet);
 
  protected:
-  void DoDataExchange(const CDataExchange& exchange) override;
-  bool OnInitDialog() override;
-  bool OnSetActive() override;
+  void OnInitDialog() override;
+  void OnSetActive() override;
   HWND FocusTarget() const override;
   void OnCommand(int id, int code) override;
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
@@ -36,6 +35,7 @@ class PatchApply : public CPropertyPage, private UpdateOptions {
   void OnContinueWithoutUpdates();
   void OnFirstCheck();
 
+  void AttachControls();
   void TakeStartUpResult();
   void RetryPatchCheck();
   void TakeUpdaterPath(const std::wstring& executable);
@@ -63,10 +63,12 @@ class PatchApply : public CPropertyPage, private UpdateOptions {
   std::wstring m_strUpdaterCommand;  ///< parameters for the command interpreter
   CButton m_chkCheckOnStartup;
   CButton m_chkHideNetworkErrors;
-  // Patch verification mode: results of the checks so far.
+  // Results of the start-up checks so far.
   bool m_bLastCheckFailed = false;
   std::wstring m_strLastCheckError;
   bool m_bLastUpdatesFound = false;
 
-  bool m_bFirstCheckPending = false;  ///< the sheet's first check has not run yet
+  /// Result of IsRunningAsAdmin; true only on the page that has written the run header.
+  bool m_bAdministrator = false;
+  bool first_check_pending_ = false;  ///< the first interactive check has not run yet
 };

@@ -12,7 +12,6 @@
 #include "logcheck/verdict.h"
 #include "support/table.h"
 #include "text/text.h"
-#include "ui/log_saving.h"
 #include "update/decision.h"
 #include "update/pack_list.h"
 #include "update/record_text.h"
@@ -105,9 +104,6 @@ void Logs(const Text& in) {
   const std::string bytes(in.begin(), in.end());
   const std::string lines = log_rules::WithLf(log_rules::WithCrLf(bytes));
   assert(lines == (bytes.empty() || bytes.back() == '\n' ? bytes : bytes + '\n'));
-  Text edit = EditText(in);
-  text::ReplaceAll(edit, L"\r\n", L"\n");
-  assert(edit == in);
 }
 
 // Each line of a log is read at most once, and each check has advice.

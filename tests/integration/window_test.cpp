@@ -14,7 +14,7 @@
 
 #include "app/tavrel_sheet.h"
 #include "framework/application.h"
-#include "framework/message_box.h"
+#include "framework/dialogs.h"
 #include "platform/system_library.h"
 #include "resource.h"
 #include "support/import_hook.h"

@@ -4,15 +4,13 @@
 
 #include "console/encoding.h"
 #include "console/terminal.h"
-#include "framework/command_line.h"
 #include "log/log_rules.h"
 #include "log/log_texts.h"
 #include "packcheck/report.h"
 #include "product/identity.h"
 #include "support/table.h"
 #include "text/text.h"
-#include "ui/log_saving.h"
-#include "ui/page_state.h"
+#include "ui/page_rules.h"
 #include "update/decision.h"
 #include "update/pack_list.h"
 #include "update/record_text.h"
@@ -25,28 +23,10 @@ namespace {
 using Text = std::wstring;
 using View = std::wstring_view;
 
-// Writes down the calls: "~" before a switch, "!" after the last argument.
-class Recorder : public CCommandLineInfo {
- public:
-  Text calls;
-  void ParseParam(const wchar_t* text, bool is_switch, bool is_last) override {
-    calls.append(is_switch ? L"[~" : L"[").append(text).append(is_last ? L"!]" : L"]");
-  }
-};
-
 Text Fold(View version) {
   std::vector<std::int32_t> n;
   for (const Text& field : Split(version, L'.')) n.push_back(text::ParseDecimal(field));
   return text::FormatDecimal(text::FoldVersion(n[0], n[1], n[2], n[3]));
-}
-
-Text Parse(View in) {
-  const std::vector<Text> arguments = Split(in);
-  std::vector<const wchar_t*> pointers;
-  for (const Text& argument : arguments) pointers.push_back(argument.c_str());
-  Recorder recorder;
-  ParseArguments(static_cast<int>(pointers.size()), pointers.data(), recorder);
-  return recorder.calls;
 }
 
 Text Newest(View sections) {
@@ -95,7 +75,7 @@ Text DecideFor(View in) {
 
 Text Cut(View path) {
   const text::SplitPath split = text::SplitAtLastBackslash(path);
-  return Text(split.has_backslash ? L"" : L"none").append(split.folder).append(L"|").append(split.file);
+  return Text(split.folder).append(L"|").append(split.file);
 }
 
 Text Choose(View times) {
@@ -144,7 +124,6 @@ const std::map<Text, Text (*)(View)> kFunctions = {
     {L"Number", [](View in) { return std::to_wstring(text::ParseDecimal(in)); }},
     {L"Fold", Fold},
     {L"Cut", Cut},
-    {L"Arguments", Parse},
     {L"Newest", Newest},
     {L"Recorded",
      [](View in) {

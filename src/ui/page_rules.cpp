@@ -1,10 +1,10 @@
-#include "ui/page_state.h"
-
-#include <string_view>
+#include "ui/page_rules.h"
 
 #include "ui/ui_texts.h"
 
 namespace {
+
+constexpr std::wstring_view kExtension = L".txt";
 
 /// The error text of the failure that the page has to show; empty when there is none.
 std::wstring_view FailureDetail(const PageResults& results) {
@@ -47,4 +47,14 @@ PageState DecidePageState(const PageResults& results) {
     state.retry_enabled = false;
   }
   return state;
+}
+
+std::optional<std::wstring> SavedLogPath(std::wstring_view path) {
+  const std::size_t backslash = path.rfind(L'\\');
+  const std::wstring_view name = backslash == std::wstring_view::npos ? path : path.substr(backslash + 1);
+  const std::size_t dot = name.rfind(L'.');
+  std::wstring result(path);
+  if (dot == std::wstring_view::npos) return result += kExtension;
+  if (name.substr(dot) != kExtension) return std::nullopt;
+  return result;
 }

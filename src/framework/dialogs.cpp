@@ -1,10 +1,11 @@
-#include "framework/file_dialog.h"
+#include "framework/dialogs.h"
 
 #include <commdlg.h>
 
 #include <algorithm>
 
 #include "framework/application.h"
+#include "framework/window.h"
 #include "platform/system_library.h"
 
 namespace {
@@ -14,7 +15,23 @@ platform::SystemFunction<decltype(&::GetSaveFileNameW)> GetSaveFile(common_dialo
 
 constexpr std::size_t kLongestPath = 32768;
 
+HWND MessageOwner(const CWinApp* application) {
+  if (application == nullptr || application->MainWindow() == nullptr) return nullptr;
+  const HWND main = application->MainWindow()->Handle();
+  return main == nullptr ? nullptr : GetLastActivePopup(main);
+}
+
 }  // namespace
+
+int ShowMessage(const std::wstring& text, UINT flags, const std::wstring& title) {
+  CWinApp::PrepareWindows();
+  const CWinApp* application = CWinApp::Current();
+  const std::wstring& caption = title.empty() && application != nullptr ? application->Title() : title;
+  const HWND owner = MessageOwner(application);
+  // Without an owner, only this flag brings the box in front of the program that started this one.
+  if (owner == nullptr) flags |= MB_SETFOREGROUND;
+  return MessageBoxW(owner, text.c_str(), caption.c_str(), flags);
+}
 
 std::optional<std::wstring> AskSavePath(HWND owner, const SaveDialogOptions& options) {
   CWinApp::PrepareWindows();
