@@ -3,24 +3,46 @@
 
 !define USAGE "Usage: setup.exe [/S] [/D=FOLDER]$\r$\n$\r$\n\
 /S$\tasks nothing and shows no window$\r$\n\
-/D=FOLDER$\tinstalls there; the last option, an absolute path without quotes$\r$\n$\r$\n\
+/D=FOLDER$\tinstalls there; the last option, the full path, with backslashes and without quotes$\r$\n$\r$\n\
 Exit code: 0 done, 1 cancelled, 2 failed or wrong use, 3 the utility is running, 4 no administrator."
 !define UN_USAGE "Usage: ${UNINSTALLER} [/S] [_?=FOLDER]$\r$\n$\r$\n\
 /S$\tasks nothing and shows no window$\r$\n\
 _?=FOLDER$\tthe folder of the utility, without quotes, last: the uninstaller waits for the end and stays there"
 
-; Writes a line to standard output, if there is one: a file, a pipe or the console of the caller. $0 is 0 when not.
+; 1 when the last Print found a standard output.
+Var Printed
+
+; Writes the text on the stack and a line end to standard output: a file, a pipe or the console of the caller. Explorer
+; gives programs a standard output that is no file, and GetFileType then returns 0. Changes no other variable.
+!macro PrintFunction un
+Function ${un}Print
+  System::Store S
+  Pop $0
+  StrCpy $Printed 0
+  System::Call 'kernel32::GetStdHandle(i -11) p .r1' ; STD_OUTPUT_HANDLE
+  System::Call 'kernel32::GetFileType(p r1) i .r2'
+  ${If} $2 = 0
+    System::Call 'kernel32::AttachConsole(i -1)' ; ATTACH_PARENT_PROCESS
+    System::Call 'kernel32::GetStdHandle(i -11) p .r1'
+    System::Call 'kernel32::GetFileType(p r1) i .r2'
+  ${EndIf}
+  ${If} $2 <> 0
+    FileWrite $1 "$0$\r$\n"
+    StrCpy $Printed 1
+  ${EndIf}
+  System::Store L
+FunctionEnd
+!macroend
+!insertmacro PrintFunction ""
+!insertmacro PrintFunction "un."
+
 !macro Print text
-  System::Call 'kernel32::GetStdHandle(i -11) p .r0' ; STD_OUTPUT_HANDLE
-  ${If} $0 = 0
-    System::Call 'kernel32::AttachConsole(i -1) i .r0' ; ATTACH_PARENT_PROCESS
-    ${If} $0 <> 0
-      System::Call 'kernel32::GetStdHandle(i -11) p .r0'
-    ${EndIf}
-  ${EndIf}
-  ${If} $0 <> 0
-    FileWrite $0 "${text}$\r$\n"
-  ${EndIf}
+  Push "${text}"
+  !ifdef __UNINSTALL__
+    Call un.Print
+  !else
+    Call Print
+  !endif
 !macroend
 
 !macro WrongUse text
@@ -54,6 +76,7 @@ Function ${un}CheckCommandLine
       StrCpy $R1 "$R1$0"
     ${Loop}
     StrCpy $1 $R1 3
+    StrCpy $2 $R1 4
     ${If} $R1 == ""
       ${If} $0 == ""
         ${Break}
@@ -65,6 +88,9 @@ Function ${un}CheckCommandLine
       StrCpy $R1 "$R1 $R0" "" 3
       Call ${un}CheckFolder
       ${Break}
+    ${ElseIf} $2 S== '"_?='
+      ; NSIS ignores it in quotes, and has started a copy of the uninstaller without it.
+      ${Break}
     ${ElseIf} $R1 == "/?"
     ${OrIf} $R1 == "-?"
     ${OrIf} $R1 == "/h"
@@ -72,7 +98,7 @@ Function ${un}CheckCommandLine
     ${OrIf} $R1 == "/help"
     ${OrIf} $R1 == "--help"
       !insertmacro Print "${usage}"
-      ${If} $0 = 0
+      ${If} $Printed = 0
         MessageBox MB_OK|MB_ICONINFORMATION "${usage}" /SD IDOK
       ${EndIf}
       SetErrorLevel 0
@@ -84,7 +110,7 @@ Function ${un}CheckCommandLine
 FunctionEnd
 !macroend
 
-; NSIS leaves $INSTDIR empty when $R1 is not absolute or is a file, and removes characters that no path holds.
+; NSIS leaves $INSTDIR empty when it does not accept the folder $R1, and removes characters that no path holds.
 Function CheckFolder
   ${Do}
     StrCpy $0 $R1 1 -1
@@ -94,10 +120,17 @@ Function CheckFolder
     ${EndIf}
     StrCpy $R1 $R1 -1
   ${Loop}
-  ${If} $R1 == ""
-  ${OrIf} $R1 != $INSTDIR
-    !insertmacro WrongUse "/D= takes the absolute path of a folder, without quotes: $R1"
+  ${If} $R1 != ""
+  ${AndIf} $R1 == $INSTDIR
+    Return
   ${EndIf}
+  ${GetRoot} $R1 $0
+  System::Call 'kernel32::GetFileAttributesW(w "$0\") i .r1'
+  ${If} $0 != ""
+  ${AndIf} $1 = -1
+    !insertmacro WrongUse "The drive or network folder $0 does not exist: /D=$R1"
+  ${EndIf}
+  !insertmacro WrongUse "/D= takes the full path of a folder, with backslashes, without quotes, and not below a file: $R1"
 FunctionEnd
 
 ; NSIS has taken the folder after _?= already.

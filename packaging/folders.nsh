@@ -17,6 +17,9 @@
 !define LOG_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;;0x1200ab;;;BU)(A;OIIO;0x12019f;;;BU)(A;OIIO;0x12019f;;;S-1-3-4)"
 !define NOTICE_RIGHTS "O:BAD:P(A;;FA;;;SY)(A;;FA;;;BA)(A;;0x120089;;;BU)"
 
+; The lowest folder that CreateProgramFolder has made, and how many it has made: this one and those above it.
+Var MadeFolder
+Var MadeFolders
 Var LogFolder
 Var LogHandle
 Var ParentHandle
@@ -66,7 +69,20 @@ Function CreateProgramFolder
   ${If} $0 = 0
     StrCpy $R1 "${PROGRAM_RIGHTS}"
     Call CreateFolder
+    ${If} $0 = 0
+      StrCpy $MadeFolder $R0
+      IntOp $MadeFolders $MadeFolders + 1
+    ${EndIf}
   ${EndIf}
+FunctionEnd
+
+; After a failure: removes the folders that CreateProgramFolder has made, if they are empty.
+Function RemoveMadeFolders
+  ${DoWhile} $MadeFolders > 0
+    RMDir $MadeFolder
+    ${GetParent} $MadeFolder $MadeFolder
+    IntOp $MadeFolders $MadeFolders - 1
+  ${Loop}
 FunctionEnd
 
 ; Sets owner and access list of the open folder $R0 but not of its files. (SetSecurityInfo would change the files too,
@@ -108,17 +124,8 @@ Function IsOwnedByAdministrators
   System::Call 'kernel32::LocalFree(p r2)'
 FunctionEnd
 
-; Opens the folder $R0 itself, not the target of a link of that name. Until the handle is closed no other process can
-; rename or delete the folder. Out: $0 the handle, or "link", or "foreign": not a folder of the administrators.
-Function OpenFolder
-  ; READ_CONTROL | WRITE_DAC | WRITE_OWNER | FILE_READ_ATTRIBUTES | FILE_LIST_DIRECTORY (the share mode counts only
-  ; with it), FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING,
-  ; FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT
-  System::Call 'kernel32::CreateFileW(w R0, i 0xE0081, i 3, p 0, i 3, i 0x02200000, p 0) p .r6'
-  ${If} $6 = -1
-    StrCpy $0 "foreign"
-    Return
-  ${EndIf}
+; Out: $2 the attributes of the open file or folder $6, whose path is $R0.
+Function ReadAttributes
   System::Alloc 52 ; BY_HANDLE_FILE_INFORMATION begins with the attributes
   Pop $1
   StrCpy $2 0
@@ -129,12 +136,31 @@ Function OpenFolder
   System::Free $1
   ; Wine reports the attribute of a link only for a path, not for an open handle.
   System::Call 'kernel32::GetFileAttributesW(w R0) i .r3'
-  IntOp $3 $3 | $2
   IntOp $3 $3 & 0x400 ; FILE_ATTRIBUTE_REPARSE_POINT
+  IntOp $2 $2 | $3
+FunctionEnd
+
+; Opens the file or folder $R0 itself, not the target of a link of that name, with the access $R2. $R3: 0x10 for a
+; folder, 0 for a file. If $R2 has FILE_LIST_DIRECTORY, no other process can write to, rename or delete the folder until
+; the handle is closed. Out: $0 the handle, or "link", or "busy", or "foreign": not of that kind, or not of administrators.
+Function Open
+  ; FILE_SHARE_READ, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT
+  System::Call 'kernel32::CreateFileW(w R0, i R2, i 1, p 0, i 3, i 0x02200000, p 0) p .r6 ? e'
+  Pop $0
+  ${If} $6 = -1
+    ${If} $0 = 32 ; ERROR_SHARING_VIOLATION
+      StrCpy $0 "busy"
+    ${Else}
+      StrCpy $0 "foreign"
+    ${EndIf}
+    Return
+  ${EndIf}
+  Call ReadAttributes
+  IntOp $3 $2 & 0x400
   IntOp $2 $2 & 0x10 ; FILE_ATTRIBUTE_DIRECTORY
   ${If} $3 <> 0
     StrCpy $0 "link"
-  ${ElseIf} $2 = 0
+  ${ElseIf} $2 <> $R3
     StrCpy $0 "foreign"
   ${Else}
     Push $R0
@@ -155,50 +181,57 @@ FunctionEnd
 ; replaced, because that account could still have it open; one with content is refused. Out: $0 the handle.
 Function TakeFolder
   StrCpy $R1 "${CLOSED_RIGHTS}"
+  ; READ_CONTROL | WRITE_DAC | WRITE_OWNER | FILE_READ_ATTRIBUTES | FILE_LIST_DIRECTORY
+  StrCpy $R2 0xE0081
+  StrCpy $R3 0x10
   Call CreateFolder
-  Call OpenFolder
+  Call Open
   ${If} $0 == "foreign"
     RMDir "$R0\${TAVREL_FOLDER}"
     RMDir "$R0"
     Call CreateFolder
-    Call OpenFolder
+    Call Open
   ${EndIf}
   ${If} $0 == "link"
     !insertmacro Fail ${EXIT_FAILED} "$R0 leads to another folder. Remove it, then install again."
+  ${ElseIf} $0 == "busy"
+    !insertmacro Fail ${EXIT_FAILED} "Another program has opened $R0 for writing. Restart Windows, then install again."
   ${ElseIf} $0 == "foreign"
     !insertmacro Fail ${EXIT_FAILED} "$R0 is not a folder of the administrators. Remove it, or if you trust its content run takeown /a /f $R0. Then install again."
   ${EndIf}
 FunctionEnd
 
-; Out: $0 the first name in the log folder that is neither a log nor the notice, or "".
-Function FindForeignContent
+; Users may create files in the log folder: those stay. Out: $0 the first folder or link in it, or "".
+Function FindFolderOrLink
   FindFirst $1 $0 "$LogFolder\*"
   ${DoUntil} $0 == ""
-    StrCpy $2 $0 20
-    StrCpy $3 $0 "" -4
     System::Call 'kernel32::GetFileAttributesW(w "$LogFolder\$0") i .r4'
     IntOp $4 $4 & 0x410 ; FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY
-    ${If} $0 != "."
+    ${If} $4 <> 0
+    ${AndIf} $0 != "."
     ${AndIf} $0 != ".."
-    ${AndIf} $0 != "${NOTICE}"
-      ${If} $2 != "${TAVREL_PREFIX}_SystemTavrel_"
-      ${OrIf} $3 != ".log"
-      ${OrIf} $4 <> 0
-        ${Break}
-      ${EndIf}
+      ${Break}
     ${EndIf}
     FindNext $1 $0
   ${Loop}
   FindClose $1
 FunctionEnd
 
-; Writes the notice anew; an older one may be another account's. Out: $0 -1 when it cannot be written.
-Function WriteNotice
-  Delete "$LogFolder\${NOTICE}"
+; Writes the notice, unless there is one of the administrators. Out: $0 -1 when it cannot be written.
+Function PrepareNotice
+  StrCpy $R0 "$LogFolder\${NOTICE}"
+  StrCpy $R2 0x20080 ; READ_CONTROL | FILE_READ_ATTRIBUTES: no other process can prevent these
+  StrCpy $R3 0
+  Call Open
+  ${If} $0 <> 0
+    System::Call 'kernel32::CloseHandle(p r0)'
+    Return
+  ${EndIf}
+  Delete $R0
   StrCpy $R1 "${NOTICE_RIGHTS}"
   Call MakeRights
   ; GENERIC_WRITE, not shared, CREATE_NEW, FILE_ATTRIBUTE_NORMAL
-  System::Call 'kernel32::CreateFileW(w "$LogFolder\${NOTICE}", i 0x40000000, i 0, p r2, i 1, i 0x80, p 0) p .r3'
+  System::Call 'kernel32::CreateFileW(w R0, i 0x40000000, i 0, p r2, i 1, i 0x80, p 0) p .r3'
   Call FreeRights
   StrCpy $0 $3
   ${If} $0 <> -1
@@ -214,6 +247,17 @@ FunctionEnd
     System::Call 'advapi32::SetKernelObjectSecurity(p $LogHandle, i 5, p $FormerRights)'
   ${EndIf}
   !insertmacro Fail ${EXIT_FAILED} "${text}"
+!macroend
+
+; Ends the installer when an open folder has become a link since it was opened.
+!macro RefuseLink handle path
+  StrCpy $6 ${handle}
+  StrCpy $R0 "${path}"
+  Call ReadAttributes
+  IntOp $2 $2 & 0x400
+  ${If} $2 <> 0
+    !insertmacro FailLogFolder "$R0 leads to another folder. Remove it, then install again."
+  ${EndIf}
 !macroend
 
 ; Prepares the log folder. Its rights are opened to users last, when it holds a file that they cannot delete: a user
@@ -238,14 +282,18 @@ Function PrepareLogFolder
   ${If} $0 = 0
     !insertmacro Fail ${EXIT_FAILED} "The rights on $LogFolder cannot be set."
   ${EndIf}
-  Call FindForeignContent
+  Call FindFolderOrLink
   ${If} $0 != ""
-    !insertmacro FailLogFolder "$LogFolder\$0 is not a log. Remove it, then install again."
+    !insertmacro FailLogFolder "$LogFolder\$0 is a folder or a link. Remove it, then install again."
   ${EndIf}
-  Call WriteNotice
+  Call PrepareNotice
   ${If} $0 = -1
     !insertmacro FailLogFolder "$LogFolder\${NOTICE} cannot be written."
   ${EndIf}
+  ; From now on no folder can become a link, because both have content.
+  !insertmacro RefuseLink $ParentHandle "$APPDATA\${TAVREL_PRODUCT}"
+  !insertmacro RefuseLink $LogHandle $LogFolder
+  StrCpy $R0 $LogHandle
   StrCpy $R1 "${LOG_RIGHTS}"
   Call SetRights
   StrCpy $R0 $ParentHandle

@@ -86,15 +86,20 @@ Function ${un}WaitForUtility
     ${IfNot} ${FileExists} "$R0\${IMAGE}"
       Return
     ${EndIf}
-    ClearErrors
-    FileOpen $0 "$R0\${IMAGE}" a
-    ${IfNot} ${Errors}
-      FileClose $0
+    SetFileAttributes "$R0\${IMAGE}" NORMAL
+    ; GENERIC_WRITE, not shared, OPEN_EXISTING
+    System::Call 'kernel32::CreateFileW(w "$R0\${IMAGE}", i 0x40000000, i 0, p 0, i 3, i 0, p 0) p .r2 ? e'
+    Pop $0
+    ${If} $2 <> -1
+      System::Call 'kernel32::CloseHandle(p r2)'
       Return
     ${EndIf}
     Sleep 500
     IntOp $1 $1 + 1
   ${LoopUntil} $1 = 10
+  ${If} $0 <> 32 ; ERROR_SHARING_VIOLATION
+    !insertmacro Fail ${EXIT_FAILED} "$R0\${IMAGE} cannot be written (Windows error $0)."
+  ${EndIf}
   !insertmacro Print "The ${NAME} is running."
   MessageBox MB_RETRYCANCEL|MB_ICONQUESTION "The ${NAME} is running.$\n$\nClose it, also where other users are logged on, then choose Retry." /SD IDCANCEL IDRETRY again
   SetErrorLevel ${EXIT_RUNNING}
@@ -157,12 +162,10 @@ Function FindOldFolder
   StrCpy $OldSeed $0
 FunctionEnd
 
-; Replaces a file in $INSTDIR by NAME.new beside it, in one step. Sets the error flag when that fails.
+; Replaces a file in $INSTDIR by NAME.new beside it, in one step. Sets $0 to 0 when that fails.
 !macro Replace name
+  SetFileAttributes "$INSTDIR\${name}" NORMAL
   System::Call 'kernel32::MoveFileExW(w "$INSTDIR\${name}.new", w "$INSTDIR\${name}", i 1) i .r0' ; MOVEFILE_REPLACE_EXISTING
-  ${If} $0 = 0
-    SetErrors
-  ${EndIf}
 !macroend
 
 ; The new files are complete before the first of them replaces an old one, so a full disk damages no installation.
@@ -170,6 +173,7 @@ Function CopyProgram
   ${If} $OldFolder != ""
     Delete "$OldFolder\${IMAGE}.new"
   ${EndIf}
+  StrCpy $0 0
   ClearErrors
   SetOutPath $INSTDIR
   File "/oname=${IMAGE}.new" "${PROGRAM}"
@@ -178,17 +182,18 @@ Function CopyProgram
   ${If} ${FileExists} "$OldFolder\${IMAGE}.new"
     StrCpy $OldFolder ""
   ${EndIf}
+  ; This test clears the error flag.
   ${IfNot} ${Errors}
     !insertmacro Replace "${IMAGE}"
+    ${If} $0 <> 0
+      !insertmacro Replace "${UNINSTALLER}"
+    ${EndIf}
   ${EndIf}
-  ${IfNot} ${Errors}
-    !insertmacro Replace "${UNINSTALLER}"
-  ${EndIf}
-  ${If} ${Errors}
+  ${If} $0 = 0
     Delete "$INSTDIR\${IMAGE}.new"
     Delete "$INSTDIR\${UNINSTALLER}.new"
     SetOutPath $TEMP
-    RMDir $INSTDIR
+    Call RemoveMadeFolders
     !insertmacro Fail ${EXIT_FAILED} "The files cannot be written to $INSTDIR."
   ${EndIf}
 FunctionEnd
@@ -233,6 +238,7 @@ Section
   StrCpy $R0 $INSTDIR
   Call CreateProgramFolder
   ${If} $0 <> 0
+    Call RemoveMadeFolders
     !insertmacro Fail ${EXIT_FAILED} "The folder $INSTDIR cannot be created (Windows error $0)."
   ${EndIf}
   Call CopyProgram

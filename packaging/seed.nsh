@@ -1,6 +1,6 @@
 ; korsa.ini in the folder of the utility: the installer places it, and each user's first start copies it.
 
-; korsa.ini in $OldFolder: "none"; "installed", as the installer left it; "changed"; "taken", copied to $INSTDIR.
+; State of korsa.ini in $OldFolder: none, installed (unchanged since), changed, taken (already copied to $INSTDIR).
 Var OldSeed
 
 ; Out: $0 the state of korsa.ini in the folder $R0 (see $OldSeed), $1 when it was last written.
