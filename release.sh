@@ -1,40 +1,35 @@
 #!/bin/bash
-# Makes a release: see the usage text below.
+# Usage: ./release.sh [--draft] [TAG | COMMIT]
+#
+# Builds the commit (HEAD unless given) twice, in two folders of different paths, and compares the programs and the
+# installer byte for byte. Leaves in build/dist/ what packaging/pack.sh makes.
+#
+# Refuses a dirty tree, a commit without the tag of its version (v2.0.3), entries under [Unreleased] in CHANGELOG.md,
+# a version without a section there, and a program that is not hardened.
+#
+#   --draft   does the same for any commit, with DRAFT in all names, versions and in the notes, which include
+#             [Unreleased]. The last number of a draft's file version is the number of commits; a release has 0 there.
+#
+# Programs, uninstaller and installer are signed where TAVREL_SIGN_CERTIFICATE names a certificate: see
+# packaging/sign.sh. Without it the output, the notes and SHA256SUMS say UNSIGNED. The builds are compared before they
+# are signed, so everyone can build the commit and compare too.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/scripts/lib.sh"
 
-usage() {
-  cat <<'EOT'
-Usage: ./release.sh [--draft] [TAG | COMMIT]
-
-Builds the commit (HEAD unless given) twice, in two folders of different paths, and compares the programs and the
-installer byte for byte. Leaves in build/dist/: the installer, a zip of the programs and the guides, the software
-bill of materials, the notes of the version from CHANGELOG.md, and SHA256SUMS over all.
-
-Refuses a dirty tree, a commit without the tag of its version (v2.0.3), entries under [Unreleased] in CHANGELOG.md,
-a version without a section there, and a program without address randomisation or data execution prevention.
-
-  --draft   does the same for any commit, with DRAFT in all names and in the notes, which include [Unreleased]
-
-Programs, uninstaller and installer are signed where TAVREL_SIGN_CERTIFICATE names a certificate: see
-packaging/sign.sh. Without it the output, the notes and SHA256SUMS say UNSIGNED. The builds are compared before
-they are signed, so everyone can build the commit and compare too.
-EOT
-}
-
 draft=
-while (($#)); do
-  case $1 in
+commits=()
+for argument; do
+  case $argument in
     --help | -h) usage; exit ;;
-    --draft) draft=-DRAFT; shift ;;
-    -*) die "unknown option: $1; ./release.sh --help tells more" ;;
-    *) break ;;
+    --draft) draft=-DRAFT ;;
+    -*) die "unknown option: $argument; ./release.sh --help tells more" ;;
+    *) commits+=("$argument") ;;
   esac
 done
-(($# <= 1)) || die "releases one commit at a time; ./release.sh --help tells more"
+((${#commits[@]} <= 1)) || die "releases one commit at a time; ./release.sh --help tells more"
 cd "$repo"
-commit=$(git rev-parse --verify --quiet "${1:-HEAD}^{commit}") || die "no such commit: $1"
+commit=$(git rev-parse --verify --quiet "${commits[0]-HEAD}^{commit}") || die "no such commit: ${commits[0]-HEAD}"
 [[ -z $(git status --porcelain) ]] || die "the tree is dirty: commit or remove what git status names, then go on"
 version=$(git show "$commit:CMakeLists.txt" | sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p')
 # The text below the heading that matches an expression, without blank lines around it.
@@ -43,7 +38,10 @@ changes=$(changelog "\[${version//./\\.}\] - [0-9-]*")
 unreleased=$(changelog '\[Unreleased\]')
 if [[ -n $draft ]]; then
   changes=${unreleased:-$changes}
+  TAVREL_DRAFT=$(git rev-list --count "$commit")
+  export TAVREL_DRAFT
 else
+  unset TAVREL_DRAFT
   git tag --points-at "$commit" | grep -qxF "v$version" ||
     die "the commit has no tag v$version: set it (git tag), or make a draft (--draft)"
   [[ -z $unreleased ]] ||
@@ -60,16 +58,15 @@ SOURCE_DATE_EPOCH=$(git log -1 --format=%ct "$commit")
 export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
 work=$build_root/release-work
 dist=$build_root/dist
-name=QRTTavrelUtility-$version$draft
-setup=QRTTavrelUtility-$version-setup.exe
 tools=(packcheck logcheck)
+setup=QRTTavrelUtility-$version$draft-setup.exe
 rm -rf "$work" "$dist"
 
 # Paths of different depth and length, so that the comparison shows a path in a file.
 for folder in "$work/1" "$work/second/checkout"; do
   mkdir -p "$folder"
   git archive "$commit" | tar -x -C "$folder"
-  say "Building $version in $folder"
+  say "Building $version$draft in $folder"
   export TAVREL_BUILD_ROOT=$folder/build
   {
     "$folder/scripts/build.sh" release QRTTavrelUtility "${tools[@]}" standin_15_0_2_5 installer
@@ -78,57 +75,13 @@ for folder in "$work/1" "$work/second/checkout"; do
 done
 unset TAVREL_BUILD_ROOT
 tree=$work/1/build
-programs=(QRTTavrelUtility.exe "${tools[@]/%/.exe}")
-for file in "${programs[@]/#/release/}" "release/$setup" "${tools[@]/#/host/}"; do
+programs=(release/{QRTTavrelUtility,packcheck,logcheck,demo/standin/15.0.2.5/Qrt}.exe "release/$setup")
+for file in "${programs[@]}" "${tools[@]/#/host/}"; do
   cmp "$tree/$file" "$work/second/checkout/build/$file" || die "$file differs between two builds"
 done
-"$work/1/packaging/hardened.sh" "${programs[@]/#/$tree/release/}" "$tree/release/$setup" || die "not hardened"
-
-# trial/ is for the guide docs/windows.md: a stand-in of the product, and a list for the server.
-content=$work/$name
-mkdir -p "$dist" "$content/linux" "$content/trial/qrt15"
-cp "${programs[@]/#/$tree/release/}" "$tree/release/korsa.ini" "$tree/release/generated/deploy.ps1" "$content/"
-cp "${tools[@]/#/$tree/host/}" "$content/linux/"
-cp "$tree/release/demo/standin/15.0.2.5/Qrt.exe" "$content/trial/"
-cp "$work/1/demo/updates.ini" "$content/trial/qrt15/"
-"$work/1/packaging/guides.sh" "$content"
-"$work/1/packaging/notices.sh" >"$content/THIRD-PARTY-NOTICES.txt"
-signature='UNSIGNED: neither the programs nor the installer carry a signature.'
-if [[ -n ${TAVREL_SIGN_CERTIFICATE-} ]]; then
-  say "Signing"
-  signature='The programs, the uninstaller and the installer are signed.'
-  "$work/1/packaging/sign.sh" "${programs[@]/#/$content/}"
-  TAVREL_SIGN=$work/1/packaging/sign.sh "$work/1/packaging/installer.sh" "$tree/release" \
-    "$content/QRTTavrelUtility.exe" >&2
-  "$work/1/packaging/sign.sh" "$tree/release/$setup"
-fi
-nsis=$(makensis -VERSION)
-nsis=${nsis#v}
-origin="The installer was made with NSIS $nsis."
-# Its temporary folder: CVE-2026-42171, in 3.06.1 to 3.11.
-if dpkg --compare-versions "$nsis" lt 3.12; then
-  origin+=' Do not run it as SYSTEM: with NSIS before 3.12 a local user can then gain the rights of SYSTEM.'
-  origin+=' Deploy with the zip instead (docs/administrator.md).'
-fi
-
-cp "$tree/release/$setup" "$dist/$name-setup.exe"
-find "$content" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
-(cd "$work" && find "$name" | sort | zip -q -X "$dist/$name.zip" -@)
-(cd "$content" && "$work/1/packaging/bill-of-materials.sh" "$version$draft" "$commit" "$SOURCE_DATE_EPOCH" \
-  "${programs[@]}" "${tools[@]/#/linux/}" "$dist/$name-setup.exe") >"$dist/$name.cdx.json"
-notes=$dist/NOTES$draft.md
-{
-  printf '# Varnexa Tavrel Utility %s\n\n' "$version$draft"
-  if [[ -n $draft ]]; then printf 'DRAFT of commit %s, not a release.\n\n' "$commit"; fi
-  printf '%s\n\n' 'Made for Windows 7 SP1 to 11. Tested under Wine only, never on a real Windows.' "$signature" "$origin" "$changes"
-} >"$notes"
-{
-  if [[ $signature == UNSIGNED* ]]; then echo "# $signature"; fi
-  cd "$dist" && sha256sum -- *
-} >"$work/SHA256SUMS"
-mv "$work/SHA256SUMS" "$dist/SHA256SUMS$draft"
+"$work/1/packaging/hardened.sh" "${programs[@]/#/$tree/}" || die "not hardened"
+printf '%s\n' "$changes" >"$work/changes"
+"$work/1/packaging/pack.sh" "$tree" "$dist" "$commit" "$work/changes"
 rm -rf "$work"
-say "$signature"
-say "$origin"
-if [[ -n $draft ]]; then say "Drafted $version ($commit) in $dist:"; else say "Released $version ($commit) in $dist:"; fi
+say "$version$draft ($commit) is in $dist:"
 ls -l "$dist"

@@ -1,13 +1,13 @@
 #!/bin/bash
 # Prints the software bill of materials (CycloneDX 1.5, JSON) of a release:
-#   packaging/bill-of-materials.sh VERSION COMMIT SECONDS FILE…
-# SECONDS is the commit's time since 1970. A FILE that is no .exe is a program for Linux.
+#   packaging/bill-of-materials.sh MAKER VERSION COMMIT SECONDS FILE…
+# MAKER supplies the files. SECONDS is the commit's time since 1970. A FILE in linux/ is a program for Linux.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
-check_usage 4 "$@"
-version=$1 commit=$2 seconds=$3
-shift 3
+check_usage 5 "$@"
+maker=$1 version=$2 commit=$3 seconds=$4
+shift 4
 
 # Prints the Debian package of a file of a compiler, and its version: package_of COMPILER FILE
 package_of() {
@@ -32,8 +32,8 @@ libraries() {
     library mingw-w64-crt ZPL-2.1 "start-up code of the C runtime" '[.]exe$' $(package_of $cross libmsvcrt.a)
     library winpthreads 'MIT AND BSD-3-Clause' "threads of the C++ standard library" '[.]exe$' \
       $(package_of $cross libwinpthread.a)
-    library libgcc-linux "$gcc" "compiler runtime" '^linux/' $(package_of g++ libgcc.a)
-    library libstdc++-linux "$gcc" "C++ standard library" '^linux/' $(package_of g++ libstdc++.a)
+    library libgcc-linux "$gcc" "compiler runtime for Linux" '^linux/' $(package_of g++ libgcc.a)
+    library libstdc++-linux "$gcc" "C++ standard library for Linux" '^linux/' $(package_of g++ libstdc++.a)
     library nlohmann-json MIT "JSON" 'check([.]exe)?$' nlohmann-json3-dev "$(version_of nlohmann-json3-dev)"
     library cli11 BSD-3-Clause "command lines" 'check([.]exe)?$' libcli11-dev "$(version_of libcli11-dev)"
     library nsis 'Zlib AND CPL-1.0' "installer and uninstaller, with an LZMA decompressor" '-setup[.]exe$' \
@@ -43,28 +43,28 @@ libraries() {
 files() {
   local file
   for file; do
-    jq -n --arg name "${file#"${file%/*}/"}" --arg path "$file" --arg version "$version" \
+    jq -n --arg name "${file#"${file%/*}/"}" --arg path "$file" --arg maker "$maker" --arg version "$version" \
       --arg sum "$(sha256sum <"$file" | cut -d ' ' -f 1)" '{
       type: "file", "bom-ref": (if $path | startswith("/") then $name else $path end),
-      supplier: {name: "NORVIK Software Inc."}, name: $name, version: $version,
+      supplier: {name: $maker}, name: $name, version: $version,
       hashes: [{alg: "SHA-256", content: $sum}]}'
   done
 }
 
 # The document's number is derived from the commit, so that it can be reproduced.
-jq -n --arg version "$version" --arg commit "$commit" --arg time "$(date -u -d "@$seconds" +%FT%TZ)" \
+jq -n --arg maker "$maker" --arg version "$version" --arg commit "$commit" --arg time "$(date -u -d "@$seconds" +%FT%TZ)" \
   --arg number "${commit:0:8}-${commit:8:4}-5${commit:13:3}-8${commit:17:3}-${commit:20:12}" --arg jq "$(version_of jq)" \
   --slurpfile libraries <(libraries) --slurpfile files <(files "$@") '{
   bomFormat: "CycloneDX", specVersion: "1.5", serialNumber: "urn:uuid:\($number)", version: 1,
   metadata: {
     timestamp: $time,
     tools: {components: [
-      {type: "application", supplier: {name: "NORVIK Software Inc."}, name: "bill-of-materials.sh", version: $version},
+      {type: "application", supplier: {name: $maker}, name: "bill-of-materials.sh", version: $version},
       {type: "application", supplier: {name: "Debian"}, name: "jq", version: $jq}]},
     component: {
       type: "application", "bom-ref": "release", name: "QRTTavrelUtility", version: $version,
-      supplier: {name: "NORVIK Software Inc."}, properties: [{name: "commit", value: $commit}]},
-    supplier: {name: "NORVIK Software Inc."}},
+      supplier: {name: $maker}, properties: [{name: "commit", value: $commit}]},
+    supplier: {name: $maker}},
   components: ($files + ($libraries | map(del(.users)))),
   dependencies: ([{ref: "release", dependsOn: [$files[]."bom-ref"]}] + [$files[]."bom-ref" as $file | {
     ref: $file, dependsOn: [$libraries[] | select(.users as $users | $file | test($users)) | ."bom-ref"]}])}'

@@ -92,9 +92,6 @@ Function ${un}CheckCommandLine
       ; NSIS ignores it in quotes, and has started a copy of the uninstaller without it.
       ${Break}
     ${ElseIf} $R1 == "/?"
-    ${OrIf} $R1 == "-?"
-    ${OrIf} $R1 == "/h"
-    ${OrIf} $R1 == "-h"
     ${OrIf} $R1 == "/help"
     ${OrIf} $R1 == "--help"
       !insertmacro Print "${usage}"

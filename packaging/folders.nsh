@@ -23,8 +23,6 @@ Var MadeFolders
 Var LogFolder
 Var LogHandle
 Var ParentHandle
-; Security descriptor of the log folder as it was found, or 0.
-Var FormerRights
 
 ; In: $R1 rights. Out: $1 a security descriptor, $2 SECURITY_ATTRIBUTES with it; FreeRights frees both.
 Function MakeRights
@@ -241,14 +239,6 @@ Function PrepareNotice
   ${EndIf}
 FunctionEnd
 
-; Gives the log folder its former rights back, then ends.
-!macro FailLogFolder text
-  ${If} $FormerRights <> 0
-    System::Call 'advapi32::SetKernelObjectSecurity(p $LogHandle, i 5, p $FormerRights)'
-  ${EndIf}
-  !insertmacro Fail ${EXIT_FAILED} "${text}"
-!macroend
-
 ; Ends the installer when an open folder has become a link since it was opened.
 !macro RefuseLink handle path
   StrCpy $6 ${handle}
@@ -256,7 +246,7 @@ FunctionEnd
   Call ReadAttributes
   IntOp $2 $2 & 0x400
   ${If} $2 <> 0
-    !insertmacro FailLogFolder "$R0 leads to another folder. Remove it, then install again."
+    !insertmacro Fail ${EXIT_FAILED} "$R0 leads to another folder. Remove it, then install again."
   ${EndIf}
 !macroend
 
@@ -270,25 +260,19 @@ Function PrepareLogFolder
   StrCpy $R0 $LogFolder
   Call TakeFolder
   StrCpy $LogHandle $0
-  StrCpy $FormerRights 0
-  System::Call 'advapi32::GetSecurityInfo(p $LogHandle, i 1, i 5, p 0, p 0, p 0, p 0, *p .r1) i .r0'
-  ${If} $0 = 0
-    StrCpy $FormerRights $1
+  Call FindFolderOrLink
+  ${If} $0 != ""
+    !insertmacro Fail ${EXIT_FAILED} "$LogFolder\$0 is a folder or a link. Remove it, then install again."
   ${EndIf}
-
   StrCpy $R0 $LogHandle
   StrCpy $R1 "${CLOSED_RIGHTS}"
   Call SetRights
   ${If} $0 = 0
     !insertmacro Fail ${EXIT_FAILED} "The rights on $LogFolder cannot be set."
   ${EndIf}
-  Call FindFolderOrLink
-  ${If} $0 != ""
-    !insertmacro FailLogFolder "$LogFolder\$0 is a folder or a link. Remove it, then install again."
-  ${EndIf}
   Call PrepareNotice
   ${If} $0 = -1
-    !insertmacro FailLogFolder "$LogFolder\${NOTICE} cannot be written."
+    !insertmacro Fail ${EXIT_FAILED} "$LogFolder\${NOTICE} cannot be written."
   ${EndIf}
   ; From now on no folder can become a link, because both have content.
   !insertmacro RefuseLink $ParentHandle "$APPDATA\${TAVREL_PRODUCT}"
@@ -302,7 +286,7 @@ Function PrepareLogFolder
     Call SetRights
   ${EndIf}
   ${If} $0 = 0
-    !insertmacro FailLogFolder "The rights on $LogFolder cannot be set."
+    !insertmacro Fail ${EXIT_FAILED} "The rights on $LogFolder cannot be set."
   ${EndIf}
   System::Call 'kernel32::CloseHandle(p $LogHandle)'
   System::Call 'kernel32::CloseHandle(p $ParentHandle)'

@@ -1,36 +1,32 @@
 #!/bin/bash
-# Puts the guides, as Markdown and as HTML, into the folder of a release: packaging/guides.sh FOLDER
-# Fails when a link in them leads to no file of that folder.
+# Puts the guides as HTML into the folder of a release: packaging/guides.sh FOLDER
+# Fails when a link in them leads to no file or heading there, or a page names a file that no reader of a release has.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
-. "$(dirname -- "${BASH_SOURCE[0]}")/../scripts/lib.sh"
+. "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
+check_usage 1 "$@"
 folder=$(realpath -- "$1")
 cd "$repo"
-guides=(CHANGELOG.md SECURITY.md docs/{user,administrator,publisher,log,windows}.md)
-cp --parents "${guides[@]}" docs/pictures/*.png "$folder/"
-cd "$folder"
+guides=(packaging/index.md CHANGELOG.md SECURITY.md docs/{user,administrator,publisher,log,windows}.md)
+cp --parents docs/pictures/*.png "$folder/"
 for guide in "${guides[@]}"; do
-  {
-    printf '<!DOCTYPE html>\n<html lang="en"><meta charset="utf-8"><title>%s</title>\n' "$(sed -n '1s/^# //p' "$guide")"
-    printf '<style>body { max-width: 60em; margin: auto; font-family: sans-serif } td, th { border: 1px solid; padding: 4px }\n'
-    printf 'table { border-collapse: collapse } img { max-width: 100%% }</style>\n'
-    # cmark-gfm gives headings no names that links could lead to.
-    cmark-gfm --extension table --extension autolink "$guide" | sed -E 's/(href="[^":]*)\.md/\1.html/g' | awk '
-      /^<h[1-6]>/ {
-        name = tolower($0)
-        gsub(/<[^>]*>|&[a-z]+;/, "", name)
-        gsub(/[^a-z0-9 _-]/, "", name)
-        gsub(/ /, "-", name)
-        sub(/>/, " id=\"" name "\">")
-      }
-      { print }'
-  } >"${guide%.md}.html"
+  page=${guide#packaging/} page=${page%.md}.html home=index.html
+  if [[ $page == docs/* ]]; then home=../index.html; fi
+  # Without the column that names tests.
+  awk -F '|' -v OFS='|' '/\| test \|$/ { cut = 1 } !/^\|/ { cut = 0 } cut { NF--; $NF = "" } { print }' "$guide" |
+    sed -E -e '/^<!--.*-->$/d' -e 's/(\]\([^:)]*)\.md/\1.html/g' |
+    pandoc --from gfm --to html5 --standalone --wrap preserve --variable maxwidth=60em \
+      --metadata "pagetitle=$(sed -n '1s/^# //p' "$guide")" \
+      --include-before-body <(if [[ $page != index.html ]]; then printf '<p><a href="%s">All pages</a></p>\n' "$home"; fi) \
+      --output "$folder/$page"
 done
-for page in "${guides[@]/%.md/.html}"; do
+cd "$folder"
+if grep -nE 'tests/|\./(dev|test\.sh)' ./{index,SECURITY}.html docs/*.html; then die "a page names a file of the source"; fi
+for page in ./*.html docs/*.html; do
   while IFS='#' read -r file heading; do
     target=$page
-    if [[ -n $file ]]; then target=${page%"${page##*/}"}$file; fi
+    if [[ -n $file ]]; then target=${page%/*}/$file; fi
     [[ -e $target ]] || die "$page has a link to $file, which is not in the release"
     [[ -z $heading ]] || grep -qF "id=\"$heading\"" "$target" || die "$target has no heading $heading"
-  done < <(grep -o '\(href\|src\)="[^":]*"' "$page" | cut -d '"' -f 2)
+  done < <(grep -oE '(href|src)="[^":]*"' "$page" | cut -d '"' -f 2)
 done

@@ -1,6 +1,7 @@
 #!/bin/bash
 # Fails unless every FILE is a Windows program with address randomisation (0x40), data execution prevention (0x100),
-# no terminal server compatibility layer (0x8000) and subsystem version 6.1:   packaging/hardened.sh FILE…
+# no terminal server compatibility layer (0x8000), subsystem version 6.1, and relocations, without which Windows cannot
+# randomise addresses. NSIS makes installers without relocations: *-setup.exe needs none.   packaging/hardened.sh FILE…
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
@@ -12,6 +13,10 @@ for file; do
   version=$(field MajorSubsystemVersion).$(field MinorSubsystemVersion)
   if (((0x${flags:-0} & 0x8140) != 0x8140)) || [[ $version != 6.1 ]]; then
     echo "$file: characteristics 0x${flags:-0}, subsystem $version; wanted 0x8140, 6.1" >&2
+    exit 1
+  fi
+  if [[ $headers == *'relocations stripped'* && $file != *-setup.exe ]]; then
+    echo "$file: has no relocations" >&2
     exit 1
   fi
 done

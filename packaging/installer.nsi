@@ -1,5 +1,5 @@
 ; The installer of the update utility. Built by packaging/installer.sh, which gives:
-;   VERSION              as in CMakeLists.txt            OUTPUT  the installer to make
+;   VERSION, FILE_VERSION as in generated/version.h      OUTPUT  the installer to make
 ;   PRODUCT              defines from cmake/product.cmake
 ;   PROGRAM, SEED, ICON  files that go into it
 ;   SIGN                 optional: command that signs a file; the file's path is appended to it
@@ -34,13 +34,13 @@ PESubsysVer 6.1
 InstallDir ""
 BrandingText "${TAVREL_MAKER}"
 
-VIProductVersion "${VERSION}.0"
+VIProductVersion "${FILE_VERSION}"
 VIAddVersionKey CompanyName "${TAVREL_MAKER}"
 VIAddVersionKey FileDescription "${NAME} Setup"
-VIAddVersionKey FileVersion "${VERSION}.0"
+VIAddVersionKey FileVersion "${FILE_VERSION}"
 VIAddVersionKey LegalCopyright "${TAVREL_COPYRIGHT}"
 VIAddVersionKey ProductName "${NAME}"
-VIAddVersionKey ProductVersion "${VERSION}.0"
+VIAddVersionKey ProductVersion "${VERSION}"
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"

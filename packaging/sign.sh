@@ -12,14 +12,13 @@ set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 1 "$@"
-fail() { echo "sign.sh: $*" >&2; exit 1; }
-[[ -n ${TAVREL_SIGN_CERTIFICATE-} ]] || fail "TAVREL_SIGN_CERTIFICATE names no certificate"
-[[ -n ${TAVREL_SIGN_TIMESTAMP-} ]] || fail "TAVREL_SIGN_TIMESTAMP names no time-stamp server"
+[[ -n ${TAVREL_SIGN_CERTIFICATE-} ]] || die "TAVREL_SIGN_CERTIFICATE names no certificate"
+[[ -n ${TAVREL_SIGN_TIMESTAMP-} ]] || die "TAVREL_SIGN_TIMESTAMP names no time-stamp server"
 case $TAVREL_SIGN_CERTIFICATE in
   *.p12 | *.pfx) key=(-pkcs12 "$TAVREL_SIGN_CERTIFICATE") ;;
   *)
     [[ -n ${TAVREL_SIGN_MODULE-} && -n ${TAVREL_SIGN_KEY-} ]] ||
-      fail "a certificate that is no PKCS #12 needs TAVREL_SIGN_MODULE and TAVREL_SIGN_KEY"
+      die "a certificate that is no PKCS #12 needs TAVREL_SIGN_MODULE and TAVREL_SIGN_KEY"
     key=(-pkcs11module "$TAVREL_SIGN_MODULE" -certs "$TAVREL_SIGN_CERTIFICATE" -key "$TAVREL_SIGN_KEY") ;;
 esac
 password=(-pass '')

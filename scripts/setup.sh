@@ -33,7 +33,7 @@ packages=(
   wine wine32:i386 wine64 fonts-wine libxrender1:i386 libxcursor1:i386 libxrandr2:i386
   xvfb xdotool imagemagick nginx-light
   # installer and release
-  nsis osslsigncode zip jq cmark-gfm
+  nsis osslsigncode zip jq pandoc
 )
 log=$build_root/setup.log
 

@@ -53,15 +53,80 @@ TAVREL_SIGN_TIMESTAMP=|names no time-stamp server
 TAVREL_SIGN_TIMESTAMP=http://127.0.0.1:1/|Failed
 END
 
-# The flags are 0x5e bytes after the start of the PE header, whose offset is at 0x3c.
-cp "$program" soft.exe
-at=$(($(od -An -tu4 -j60 -N4 soft.exe) + 0x5e))
-printf '\x00\x00' | dd of=soft.exe bs=1 seek=$at conv=notrunc status=none
-if "$repo/packaging/hardened.sh" soft.exe 2>/dev/null; then fail "a program without hardening passes"; fi
-rights=$(sed -n 's/^!define LOG_RIGHTS "\(.*\)"/\1/p' "$repo/packaging/folders.nsh")
-grep -qF "'$rights'" "$repo/packaging/deploy.ps1.in" || fail "deploy.ps1 sets other rights than the installer"
+# What a publisher notices: a program that is not hardened, a zip that depends on the machine, wrong sums, a draft or an
+# unsigned release that does not say so, a program that is not in the bill of materials.
+# The flags of the file header are 0x16 bytes after the start of the PE header, whose offset is at 0x3c; the other two
+# are 0x5e after it. Flags to clear or set: offset, bytes.
+start=$(od -An -tu4 -j60 -N4 "$program")
+while read -r offset bytes; do
+  cp "$program" soft.exe
+  # shellcheck disable=SC2059  # the bytes are escapes
+  printf "$bytes" | dd of=soft.exe bs=1 seek=$((start + offset)) conv=notrunc status=none
+  if "$repo/packaging/hardened.sh" soft.exe 2>/dev/null; then fail "passes as hardened: $offset $bytes"; fi
+done <<'END'
+0x5e \x00\x81
+0x5e \x40\x80
+0x5e \x40\x01
+0x16 \x03
+END
+"$repo/packaging/hardened.sh" "$program" || fail "the program is not hardened"
 
-# A tagged commit whose changelog is in order. The set-up, which comes after the refusals, ends every run.
+# Both ways to deploy give the same rights, and users never the right to write to the program.
+same_rights() {
+  local rights
+  rights=$(sed -n "s/^!define $1 \"\(.*\)\"/\1/p" "$repo/packaging/folders.nsh")
+  grep -qF "'$rights'" "$repo/packaging/deploy.ps1.in" || fail "deploy.ps1 has other rights than $1"
+}
+for rights in PROGRAM_RIGHTS LOG_RIGHTS NOTICE_RIGHTS; do same_rights "$rights"; done
+grep -qxF '!define PROGRAM_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)"' \
+  "$repo/packaging/folders.nsh" || fail "users may do more than read and execute the program"
+
+# What is published, of a build with scripts as programs for Linux: a release, again under another umask, a signed draft.
+mkdir -p build/{release/generated,release/demo/standin/15.0.2.5,host}
+cp "$1"/{QRTTavrelUtility,packcheck,logcheck}.exe build/release/
+cp "$1"/generated/{version.h,product.*,korsa.ini,deploy.ps1} build/release/generated/
+cp "$1/demo/standin/15.0.2.5/Qrt.exe" build/release/demo/standin/15.0.2.5/
+for tool in packcheck logcheck; do echo "$tool" >build/host/$tool; done
+echo '- Changed.' >changes
+export SOURCE_DATE_EPOCH=1700000000
+pack() { "$repo/packaging/pack.sh" build "$@" 7777777777777777777777777777777777777777 changes 2>pack.log || { cat pack.log >&2; fail "cannot pack $*"; }; }
+"$repo/packaging/installer.sh" build/release >/dev/null
+(unset TAVREL_SIGN_CERTIFICATE && pack released && umask 077 && pack again)
+cmp released/SHA256SUMS again/SHA256SUMS || fail "the umask changes what is published"
+sed -i 's/^\(#define TAVREL_VERSION .*\)"/\1-DRAFT"/' build/release/generated/version.h
+"$repo/packaging/installer.sh" build/release >/dev/null
+pack drafted
+
+(cd released && sha256sum --quiet -c SHA256SUMS) || fail "wrong sums"
+version=$(sed -n 's/.*\(VERSION\) "\(.*\)-DRAFT"/\2/p' build/release/generated/version.h)
+name=QRTTavrelUtility-$version
+files=(NOTES.md "$name"{-setup.exe,.cdx.json,.zip} SHA256SUMS)
+[[ $(cd released && echo *) == "${files[*]}" ]] || fail "published: $(ls released)"
+files=(NOTES-DRAFT.md "$name-DRAFT"{-setup.exe,.cdx.json,.zip} SHA256SUMS-DRAFT)
+[[ $(cd drafted && echo *) == "${files[*]}" ]] || fail "drafted: $(ls drafted)"
+grep -q UNSIGNED released/NOTES.md && grep -q UNSIGNED released/SHA256SUMS || fail "does not say UNSIGNED"
+grep -q 'DRAFT of commit 7777' drafted/NOTES-DRAFT.md && ! grep -q UNSIGNED drafted/* || fail "wrong notes of a signed draft"
+grep -qx -- '- Changed.' released/NOTES.md && ! grep -q DRAFT released/NOTES.md || fail "wrong notes of a release"
+unzip -q "released/$name.zip" && unzip -q "drafted/$name-DRAFT.zip"
+for file in "$name-DRAFT"/{,trial/}*.exe "drafted/$name-DRAFT-setup.exe"; do
+  osslsigncode verify -CAfile signer.pem -TSA-CAfile stamper.pem -in "$file" >verify.log 2>&1 || fail "$file is not signed"
+done
+# Every program is in the bill of materials with its sum; every library of the bill is in the notices.
+bill=released/$name.cdx.json
+find "$name" "released/$name-setup.exe" -type f \( -path '*/linux/*' -o -name '*.exe' -o -name '*.ps1' \) -exec sha256sum {} + |
+  cut -d ' ' -f 1 | sort >sums
+jq -r '.components[].hashes[0].content? // empty' "$bill" | sort | cmp sums || fail "a program is not in the bill of materials"
+while read -r library; do
+  grep -q "^======== $library: " "$name/THIRD-PARTY-NOTICES.txt" || fail "no notice for $library"
+done < <(jq -r '.components[] | select(.type == "library").name' "$bill")
+# The first page leads to each guide, and each guide back. Two blanks of a log's text stay two.
+for page in "$name"/{CHANGELOG,SECURITY,docs/*}.html; do
+  grep -qF "href=\"${page#*/}\"" "$name/index.html" && grep -q 'index.html"' "$page" || fail "no link to or from $page"
+done
+grep -q '>App  Mode:<' "$name/docs/log.html" && grep -q 'white-space: pre-wrap' "$name/docs/log.html" ||
+  fail "log.html shows two blanks as one"
+
+# A commit that release.sh accepts. A fake setup.sh ends each run that was not refused.
 mkdir tree
 (cd "$repo" && cp --parents -t "$work/tree" release.sh scripts/lib.sh CMakeLists.txt)
 chmod -R u+w tree  # the checkout can be read-only
@@ -84,8 +149,9 @@ true||not refused
 echo >>CHANGELOG.md||the tree is dirty
 touch foreign||the tree is dirty
 true|nowhere|no such commit
+true|HEAD --daft|unknown option: --daft
 git commit -q --allow-empty -m next||has no tag v
-git commit -q --allow-empty -m next|--draft|not refused
+git commit -q --allow-empty -m next|HEAD --draft|not refused
 sed -i '2s/^$/- New./' CHANGELOG.md; git commit -qam next; git tag -f v$(version)||entries under [Unreleased]
 sed -i 's/ VERSION [0-9]/&9/' CMakeLists.txt; git commit -qam next; git tag v$(version)||CHANGELOG.md has no section
 EOT

@@ -1,0 +1,71 @@
+#!/bin/bash
+# Packs what is published: packaging/pack.sh BUILD DIST COMMIT CHANGES
+#   BUILD    folder with the trees of the presets release (with the targets that release.sh builds) and host
+#   DIST     folder to be made, with the installer, a zip of programs and guides, the software bill of materials, the
+#            release notes, and SHA256SUMS over all
+#   COMMIT   its hash, for the bill of materials
+#   CHANGES  file with the changes of this version, as Markdown, for the notes
+# SOURCE_DATE_EPOCH is the time of all files, in seconds since 1970. packaging/sign.sh describes the variables for signing.
+set -euo pipefail
+# shellcheck source=scripts/lib.sh
+. "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
+check_usage 4 "$@"
+packaging=$repo/packaging build=$(realpath -- "$1") dist=$(realpath -m -- "$2") commit=$3 changes=$(<"$4")
+# The modes of files are part of the zip.
+umask 022
+export TZ=UTC LC_ALL=C.UTF-8
+# shellcheck source=/dev/null
+. "$build/release/generated/product.sh"
+version=$(sed -n 's/^#define TAVREL_VERSION "\(.*\)"$/\1/p' "$build/release/generated/version.h")
+name=QRTTavrelUtility-$version
+setup=$dist/$name-setup.exe
+content=$dist/$name
+draft=
+if [[ $version == *-DRAFT ]]; then draft=-DRAFT; fi
+
+# trial/ is for the guide docs/windows.md: a stand-in of the product, and a list for the server.
+programs=(QRTTavrelUtility.exe packcheck.exe logcheck.exe trial/Qrt.exe)
+mkdir -p "$content/linux" "$content/trial/qrt15"
+cp "$build"/release/{QRTTavrelUtility,packcheck,logcheck}.exe "$build/release/korsa.ini" \
+  "$build/release/generated/deploy.ps1" "$content/"
+cp "$build"/host/{packcheck,logcheck} "$content/linux/"
+cp "$build/release/demo/standin/15.0.2.5/Qrt.exe" "$content/trial/"
+cp "$repo/demo/updates.ini" "$content/trial/qrt15/"
+"$packaging/guides.sh" "$content"
+signature='UNSIGNED: neither the programs nor the installer carry a signature.'
+if [[ -n ${TAVREL_SIGN_CERTIFICATE-} ]]; then
+  say "Signing"
+  signature='The programs, the uninstaller and the installer are signed.'
+  "$packaging/sign.sh" "${programs[@]/#/$content/}"
+  TAVREL_SIGN=$packaging/sign.sh "$packaging/installer.sh" "$build/release" "$content/QRTTavrelUtility.exe" >&2
+fi
+cp "$build/release/$name-setup.exe" "$setup"
+if [[ -n ${TAVREL_SIGN_CERTIFICATE-} ]]; then "$packaging/sign.sh" "$setup"; fi
+nsis=$(makensis -VERSION)
+nsis=${nsis#v}
+origin="The installer was made with NSIS $nsis."
+# Its temporary folder: CVE-2026-42171, in 3.06.1 to 3.11.
+if dpkg --compare-versions "$nsis" lt 3.12; then
+  origin+=' Do not run it, or the uninstaller, as SYSTEM: with NSIS before 3.12 a local user can then gain the rights of'
+  origin+=' SYSTEM. Deploy with the zip instead (docs/administrator.html).'
+fi
+
+(cd "$content" && "$packaging/bill-of-materials.sh" "$TAVREL_MAKER" "$version" "$commit" "$SOURCE_DATE_EPOCH" \
+  "${programs[@]}" linux/{packcheck,logcheck} deploy.ps1 "$setup") >"$dist/$name.cdx.json"
+"$packaging/notices.sh" "$dist/$name.cdx.json" >"$content/THIRD-PARTY-NOTICES.txt"
+chmod -R u=rwX,go=rX "$content"
+find "$content" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
+(cd "$dist" && find "$name" | sort | zip -q -X "$name.zip" -@)
+rm -r "$content"
+{
+  printf '# %s %s\n\n' "$TAVREL_TITLE" "$version"
+  if [[ -n $draft ]]; then printf 'DRAFT of commit %s, not a release.\n\n' "$commit"; fi
+  printf '%s\n\n' 'Made for Windows 7 SP1 to 11. Tested under Wine only, never on a real Windows.' "$signature" "$origin" "$changes"
+} >"$dist/NOTES$draft.md"
+sums=$(cd "$dist" && sha256sum -- *)
+{
+  if [[ $signature == UNSIGNED* ]]; then echo "# $signature"; fi
+  printf '%s\n' "$sums"
+} >"$dist/SHA256SUMS$draft"
+say "$signature"
+say "$origin"
