@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "console/terminal.h"
+#include "console/text.h"
 #include "version.h"
 
 namespace console {

@@ -11,8 +11,7 @@
 #include <fstream>
 #include <iostream>
 
-#include "console/encoding.h"
-#include "console/terminal.h"
+#include "console/text.h"
 
 namespace console {
 namespace {

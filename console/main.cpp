@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "console/command_line.h"
-#include "console/encoding.h"
-#include "console/terminal.h"
+#include "console/text.h"
 
 #ifdef __MINGW32__
 // Makes the C runtime expand "*" and "?" in arguments, which cmd does not do. (MSVC: setargv in

@@ -1,6 +1,6 @@
 #include "logcheck/guide.h"
 
-#include "console/encoding.h"
+#include "console/text.h"
 #include "logcheck/texts.h"
 #include "logcheck/verdict.h"
 #include "text/text.h"

@@ -6,9 +6,8 @@
 #include <vector>
 
 #include "console/command_line.h"
-#include "console/encoding.h"
 #include "console/input.h"
-#include "console/terminal.h"
+#include "console/text.h"
 #include "logcheck/guide.h"
 #include "logcheck/output.h"
 

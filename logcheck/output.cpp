@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
-#include "console/encoding.h"
 #include "console/json.h"
-#include "console/terminal.h"
+#include "console/text.h"
 #include "text/text.h"
 
 namespace logcheck {

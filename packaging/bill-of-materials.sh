@@ -36,6 +36,7 @@ libraries() {
     library libstdc++-linux "$gcc" "C++ standard library for Linux" '^linux/' $(package_of g++ libstdc++.a)
     library nlohmann-json MIT "JSON" 'check([.]exe)?$' nlohmann-json3-dev "$(version_of nlohmann-json3-dev)"
     library cli11 BSD-3-Clause "command lines" 'check([.]exe)?$' libcli11-dev "$(version_of libcli11-dev)"
+    library utfcpp BSL-1.0 "UTF-8" 'check([.]exe)?$' libutfcpp-dev "$(version_of libutfcpp-dev)"
     library nsis 'Zlib AND CPL-1.0' "installer and uninstaller, with an LZMA decompressor" '-setup[.]exe$' \
       nsis "$(version_of nsis)"
   }

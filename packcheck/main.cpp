@@ -1,16 +1,17 @@
 // packcheck: shows a publisher, before publication, how clients read a list of updates and what they do.
 #include <algorithm>
+#include <charconv>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "console/command_line.h"
 #include "console/input.h"
-#include "console/terminal.h"
+#include "console/text.h"
 #include "packcheck/output.h"
 #include "packcheck/report.h"
-#include "packcheck/warnings.h"
 #include "update/record_text.h"
 #include "update/section_names.h"
 
@@ -26,22 +27,15 @@ struct Options {
 /// Parses exactly four 16-bit numbers that are separated by dots.
 std::optional<packcheck::Version> ParseVersion(const std::string& text) {
   packcheck::Version version{};
-  std::size_t field = 0, digits = 0;
-  unsigned value = 0;
-  for (const char c : text + ".") {
-    if (c == '.') {
-      if (digits == 0 || field == version.size()) return std::nullopt;
-      version[field++] = static_cast<std::uint16_t>(value);
-      value = 0;
-      digits = 0;
-      continue;
-    }
-    value = value * 10 + static_cast<unsigned>(c - '0');
-    if (c < '0' || c > '9' || value > 0xFFFF) return std::nullopt;
-    ++digits;
+  const std::string dotted = "." + text;
+  const char *at = dotted.data(), *const end = at + dotted.size();
+  for (std::uint16_t& number : version) {
+    if (at == end || *at != '.') return std::nullopt;
+    const auto [next, error] = std::from_chars(at + 1, end, number);
+    if (error != std::errc()) return std::nullopt;
+    at = next;
   }
-  if (field != version.size()) return std::nullopt;
-  return version;
+  return at == end ? std::optional(version) : std::nullopt;
 }
 
 std::string CheckVersion(const std::string& text) {
@@ -49,15 +43,9 @@ std::string CheckVersion(const std::string& text) {
                             : "'" + text + "' is not a version: four numbers up to 65535, as in 15.0.2.5";
 }
 
-std::string CheckCode(const std::string& text) {
-  const std::vector<std::string>& codes = packcheck::WarningCodes();
-  return std::find(codes.begin(), codes.end(), text) != codes.end()
-             ? ""
-             : "no warning has the code '" + text + "'";
-}
-
 /// The error in the combination of options; empty when there is none.
 std::string CheckUse(const Options& options) {
+  if (options.lists.empty()) return "name a list of updates";
   if (options.compare && options.lists.size() != 2) return "--compare takes two lists, OLD and NEW";
   const auto inputs = std::count(options.lists.begin(), options.lists.end(), "-") + (options.record == "-");
   return inputs > 1 ? "only one list or record can be standard input" : "";
@@ -98,10 +86,10 @@ int CompareLists(const CLI::App& app, const Options& options, std::optional<std:
   const console::Input after = console::Read(console::PathOf(options.lists[1]), kListSizeLimit);
   if (!before.error.empty() || !after.error.empty())
     return console::Fail(app, before.error.empty() ? after.error : before.error);
-  const auto changes = packcheck::Compare(before.bytes, after.bytes, record);
-  if (!console::Print(app, options.json ? packcheck::AsJson(changes) : packcheck::AsText(changes)))
+  const auto comparison = packcheck::Compare(before.bytes, after.bytes, record);
+  if (!console::Print(app, options.json ? packcheck::AsJson(comparison) : packcheck::AsText(comparison)))
     return console::kFailed;
-  return changes.empty() ? console::kClean : console::kFound;
+  return comparison.changes.empty() ? console::kClean : console::kFound;
 }
 
 }  // namespace
@@ -112,7 +100,7 @@ int console::RunTool(const std::vector<std::string>& arguments) {
       "Exit status: 0 no warnings (with --compare: no changes), 1 warnings (changes), 2 wrong use or a file\n"
       "that cannot be read. Of several lists, the highest.");
   Options options;
-  app.add_option("LIST", options.lists, "Lists of updates; - for standard input")->required()->type_name("");
+  app.add_option("LIST", options.lists, "Lists of updates; - for standard input")->type_name("");
   app.add_flag("--json", options.json, "Print JSON, one object for each list, instead of text");
   auto* product =
       app.add_option("--product", options.product, "Only for a client whose Qrt.exe has this version")
@@ -123,7 +111,7 @@ int console::RunTool(const std::vector<std::string>& arguments) {
       app.add_option("--ignore", options.ignored, "Leave out the warnings of this code; can be repeated")
           ->type_name("CODE")
           ->allow_extra_args(false)
-          ->check(CheckCode);
+          ->check(CLI::IsMember(packcheck::WarningCodes()));
   app.add_flag("--compare", options.compare,
                "Of two lists, OLD and NEW: show only the clients that get another answer")
       ->excludes(product)

@@ -3,14 +3,41 @@
 #include <algorithm>
 #include <string_view>
 
-#include "console/encoding.h"
 #include "console/json.h"
-#include "console/terminal.h"
+#include "console/text.h"
+
+JSON_OF(LatestPack, level, build)
 
 namespace packcheck {
-namespace {
 
 using console::Json;
+
+JSON_OF(Answer, offered, exit_code, record_deleted)
+JSON_OF(Warning, code, name, text)
+
+static void to_json(Json& json, const Row& row) {
+  json = {{"from", DottedText(row.from)}};
+  json.update(Json(row.answer));
+}
+
+static void to_json(Json& json, const Client& client) {
+  json = {{"product", DottedText(client.product)}};
+  json.update(Json(client.answer));
+  json["log"] = client.log;
+}
+
+static void to_json(Json& json, const Change& change) {
+  json = {{"from", DottedText(change.from)},
+          {"to", DottedText(change.to)},
+          {"old", change.before},
+          {"new", change.after}};
+}
+
+JSON_OF(Report, heading, packs, dropped, newest, client, table, warnings)
+JSON_OF(Comparison, changes, warnings)
+
+namespace {
+
 using Texts = std::vector<std::wstring>;
 
 // With these bounds a report is at most 33 lines long.
@@ -49,21 +76,21 @@ std::string Lines(const std::string& label, const Texts& names) {
   return text + More(names.size(), kNamesShown, "");
 }
 
-std::string Answer(const ClientAnswer& client) {
-  return std::string(client.offered ? "offered" : "not offered") + ", exit code " +
-         std::to_string(client.exit_code) + (client.record_deleted ? ", the record is deleted" : "");
+std::string Shown(const Answer& answer) {
+  return std::string(answer.offered ? "offered" : "not offered") + ", exit code " +
+         std::to_string(answer.exit_code) + (answer.record_deleted ? ", the record is deleted" : "");
 }
 
-std::string AnswerWithLog(const ClientAnswer& client) {
-  std::string text = "Client " + DottedText(client.product) + ": updates are " + Answer(client) + "\n";
+std::string AnswerWithLog(const Client& client) {
+  std::string text = "Client " + DottedText(client.product) + ": updates are " + Shown(client.answer) + "\n";
   for (const std::wstring& entry : client.log) text += "  | " + console::Printable(entry) + "\n";
   return text;
 }
 
-std::string Table(const std::vector<ClientAnswer>& table) {
+std::string Table(const std::vector<Row>& table) {
   std::string text = Padded("Client version", kAnswerColumn) + "updates\n";
   for (std::size_t i = 0; i < std::min(table.size(), kRowsShown); ++i) {
-    text += Padded("from " + DottedText(table[i].product), kAnswerColumn) + Answer(table[i]) + "\n";
+    text += Padded("from " + DottedText(table[i].from), kAnswerColumn) + Shown(table[i].answer) + "\n";
   }
   return text + More(table.size(), kRowsShown, "; --json shows all, --product one client");
 }
@@ -78,25 +105,6 @@ std::string Warnings(const std::vector<Warning>& warnings) {
   return text + More(warnings.size(), kWarningsShown, " warnings; --json shows all");
 }
 
-Json Strings(const Texts& texts) {
-  Json array = Json::array();
-  for (const std::wstring& text : texts) array.push_back(console::Utf8(text));
-  return array;
-}
-
-Json AnswerObject(const ClientAnswer& client) {
-  return {{"offered", client.offered},
-          {"exit_code", client.exit_code},
-          {"record_deleted", client.record_deleted}};
-}
-
-/// The answer after a first member, "product" or "from", with the client's version.
-Json ClientObject(const char* version_key, const ClientAnswer& client) {
-  Json object = {{version_key, DottedText(client.product)}};
-  object.update(AnswerObject(client));
-  return object;
-}
-
 }  // namespace
 
 std::string AsText(const Report& report) {
@@ -105,55 +113,36 @@ std::string AsText(const Report& report) {
   if (!report.dropped.empty()) text += Lines("Not seen", report.dropped);
   text += Line("Newest", "level " + std::to_string(report.newest.level) + ", build " +
                              std::to_string(report.newest.build));
-  text += "\n" + (report.client ? AnswerWithLog(*report.client) : Table(report.table));
+  text += "\n" + (report.client ? AnswerWithLog(*report.client) : Table(*report.table));
   return text + "\n" + Warnings(report.warnings);
 }
 
-std::string AsText(const std::vector<Change>& changes) {
-  if (changes.empty()) return "No client gets another answer.\n";
-  std::string text = Padded("Client versions", kChangeColumn) + "updates\n";
+std::string AsText(const Comparison& comparison) {
+  const std::vector<Change>& changes = comparison.changes;
+  std::string text = changes.empty() ? "No client gets another answer.\n"
+                                     : Padded("Client versions", kChangeColumn) + "updates\n";
   for (std::size_t i = 0; i < std::min(changes.size(), kRowsShown); ++i) {
     const Change& change = changes[i];
     text += Padded(DottedText(change.from) + " to " + DottedText(change.to), kChangeColumn) +
-            Answer(change.before) + " -> " + Answer(change.after) + "\n";
+            Shown(change.before) + " -> " + Shown(change.after) + "\n";
   }
-  return text + More(changes.size(), kRowsShown, "; --json shows all");
+  text += More(changes.size(), kRowsShown, "; --json shows all");
+  const std::size_t count = comparison.warnings;
+  return text + "\nThe new list has " +
+         (count == 0 ? "no warnings.\n"
+                     : std::to_string(count) + (count == 1 ? " warning" : " warnings") +
+                           "; see them without --compare.\n");
 }
 
 std::string AsJson(const Report& report, const std::string& file) {
   Json json = Json::object();
-  if (!file.empty()) json["file"] = console::Utf8(console::DecodeText(file));
-  json["heading"] = nullptr;
-  if (report.heading) json["heading"] = console::Utf8(*report.heading);
-  json["packs"] = Strings(report.packs);
-  json["dropped"] = Strings(report.dropped);
-  json["newest"] = {{"level", report.newest.level}, {"build", report.newest.build}};
-  json["client"] = nullptr;
-  json["table"] = nullptr;
-  if (report.client) {
-    json["client"] = ClientObject("product", *report.client);
-    json["client"]["log"] = Strings(report.client->log);
-  } else {
-    json["table"] = Json::array();
-    for (const ClientAnswer& client : report.table) json["table"].push_back(ClientObject("from", client));
-  }
-  json["warnings"] = Json::array();
-  for (const Warning& warning : report.warnings) {
-    json["warnings"].push_back(
-        {{"code", warning.code}, {"name", console::Utf8(warning.name)}, {"text", warning.text}});
-  }
+  if (!file.empty()) json["file"] = console::DecodeText(file);
+  json.update(Json(report));
   return console::JsonLine(json);
 }
 
-std::string AsJson(const std::vector<Change>& changes) {
-  Json array = Json::array();
-  for (const Change& change : changes) {
-    array.push_back({{"from", DottedText(change.from)},
-                     {"to", DottedText(change.to)},
-                     {"old", AnswerObject(change.before)},
-                     {"new", AnswerObject(change.after)}});
-  }
-  return console::JsonLine({{"changes", array}});
+std::string AsJson(const Comparison& comparison) {
+  return console::JsonLine(comparison);
 }
 
 }  // namespace packcheck

@@ -11,10 +11,10 @@
 namespace packcheck {
 
 std::string AsText(const Report& report);
-std::string AsText(const std::vector<Change>& changes);
+std::string AsText(const Comparison& comparison);
 
 /// `file`: the list's name, written when several lists were examined; empty otherwise.
 std::string AsJson(const Report& report, const std::string& file);
-std::string AsJson(const std::vector<Change>& changes);
+std::string AsJson(const Comparison& comparison);
 
 }  // namespace packcheck

@@ -3,16 +3,17 @@
 #include <iterator>
 #include <set>
 
-#include "packcheck/warnings.h"
+#include "packcheck/clients.h"
 
 namespace packcheck {
 namespace {
 
-std::vector<ClientAnswer> Table(const Published& published) {
-  std::vector<ClientAnswer> table;
+std::vector<Row> Table(const Published& published) {
+  std::vector<Row> table;
   for (const LevelAndBuild& numbers : Thresholds(published)) {
-    ClientAnswer client = AnswerFor(published, VersionOf(numbers));
-    if (table.empty() || !table.back().IsSameAs(client)) table.push_back(std::move(client));
+    const Client client = AskClient(published, VersionOf(numbers));
+    if (table.empty() || table.back().answer != client.answer)
+      table.push_back({.from = client.product, .answer = client.answer});
   }
   return table;
 }
@@ -26,48 +27,50 @@ LevelAndBuild Predecessor(const LevelAndBuild& numbers) {
 
 Report Examine(std::string_view list, std::optional<std::string_view> record,
                std::optional<Version> product) {
+  const Published published = ReadPublished(list, record);
   Report report;
-  const Published published = ReadPublished(list, record, report.dropped);
   if (!published.sections.empty()) {
     report.heading = published.sections.front();
     report.packs.assign(published.sections.begin() + 1, published.sections.end());
   }
+  report.dropped = published.lost;
+  if (published.hidden) report.dropped.insert(report.dropped.begin(), *published.hidden);
   report.newest = published.newest;
   if (product) {
-    report.client = AnswerFor(published, *product);
+    report.client = AskClient(published, *product);
   } else {
     report.table = Table(published);
   }
-  AddWarnings(list, published, report);
+  report.warnings = FindWarnings(list, published);
   return report;
 }
 
-std::vector<Change> Compare(std::string_view before, std::string_view after,
-                            std::optional<std::string_view> record) {
-  std::vector<std::wstring> lost;
-  const Published old_list = ReadPublished(before, record, lost),
-                  new_list = ReadPublished(after, record, lost);
+Comparison Compare(std::string_view before, std::string_view after, std::optional<std::string_view> record) {
+  const Published old_list = ReadPublished(before, record), new_list = ReadPublished(after, record);
   std::set<LevelAndBuild> thresholds = Thresholds(old_list);
   thresholds.merge(Thresholds(new_list));
-  std::vector<Change> changes;
+  Comparison comparison{.changes = {}, .warnings = FindWarnings(after, new_list).size()};
+  std::vector<Change>& changes = comparison.changes;
   bool continues = false;  // the last change reaches up to this threshold
   for (auto i = thresholds.begin(); i != thresholds.end(); ++i) {
     const auto next = std::next(i);
-    const Version from = VersionOf(*i);
-    const Version to = VersionOf(next == thresholds.end() ? LevelAndBuild{kLargestNumber, kLargestNumber}
-                                                          : Predecessor(*next));
-    ClientAnswer old_answer = AnswerFor(old_list, from), new_answer = AnswerFor(new_list, from);
-    const bool differs = !old_answer.IsSameAs(new_answer);
-    if (differs && continues && changes.back().before.IsSameAs(old_answer) &&
-        changes.back().after.IsSameAs(new_answer)) {
-      changes.back().to = to;
+    Change change{.from = VersionOf(*i),
+                  .to = VersionOf(next == thresholds.end() ? LevelAndBuild{kLargestNumber, kLargestNumber}
+                                                           : Predecessor(*next)),
+                  .before = {},
+                  .after = {}};
+    change.before = AskClient(old_list, change.from).answer;
+    change.after = AskClient(new_list, change.from).answer;
+    const bool differs = change.before != change.after;
+    if (differs && continues && changes.back().before == change.before &&
+        changes.back().after == change.after) {
+      changes.back().to = change.to;
     } else if (differs) {
-      changes.push_back(
-          {.from = from, .to = to, .before = std::move(old_answer), .after = std::move(new_answer)});
+      changes.push_back(change);
     }
     continues = differs;
   }
-  return changes;
+  return comparison;
 }
 
 }  // namespace packcheck

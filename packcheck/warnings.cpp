@@ -1,10 +1,8 @@
-#include "packcheck/warnings.h"
-
 #include <algorithm>
 #include <array>
-#include <string>
 
-#include "console/terminal.h"
+#include "console/text.h"
+#include "packcheck/clients.h"
 #include "product/identity.h"
 #include "text/text.h"
 #include "update/record_text.h"
@@ -13,25 +11,32 @@
 namespace packcheck {
 namespace {
 
-constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-
-enum Code {
-  kNoSections,
-  kOnlyHeading,
-  kHeadingIsPack,
-  kByteOrderMark,
-  kUnclosed,
-  kControlCharacter,
-  kNotAscii,
-  kBeyondLimit,
-  kNoNumbers,
-  kOutOfRange,
-  kOtherProduct,
-  kDuplicate,
-  kNeverOffered,
-  kOffersOlder,
-  kRecordNeverAhead,
-  kCodeCount,
+enum class Code {
+  not_a_list,
+  utf_16,
+  carriage_return,
+  merge_conflict,
+  no_sections,
+  only_heading,
+  heading_is_pack,
+  byte_order_mark,
+  unclosed,
+  empty_name,
+  control_character,
+  not_ascii,
+  beyond_limit,
+  newest_beyond_limit,
+  no_numbers,
+  extra_number,
+  number_form,
+  out_of_range,
+  prefix_case,
+  other_product,
+  duplicate,
+  never_offered,
+  offers_older,
+  record_never_ahead,
+  count,
 };
 
 struct Meaning {
@@ -41,19 +46,28 @@ struct Meaning {
 /// A list with more faults than this is not a list of updates.
 constexpr std::size_t kMostLineWarnings = 1000;
 
-/// The prefix of the name of each pack of this product: "Varnexa15_0_".
-std::string PackPrefix() {
+/// The beginning of the name of each pack of this product: "Varnexa15_0_".
+std::wstring PackPrefix() {
   std::wstring prefix = std::wstring(identity::kProductLabel) + L"_";
   text::ReplaceAll(prefix, L" ", L"");
   text::ReplaceAll(prefix, L".", L"_");
-  return {prefix.begin(), prefix.end()};
+  return prefix;
 }
 
 /// In the order of Code.
-const std::array<Meaning, kCodeCount>& Meanings() {
+const auto& Meanings() {
   // The last character of the clients' buffer is the null that ends the list of names.
-  static const std::string limit = std::to_string(kSectionNamesCapacity - 1);
-  static const std::array<Meaning, kCodeCount> meanings = {{
+  static const std::string limit =
+      "clients read " + std::to_string(kSectionNamesCapacity - 1) + " characters, one more for each name; ";
+  static const std::string prefix = console::Utf8(PackPrefix());
+  static const std::array<Meaning, static_cast<std::size_t>(Code::count)> meanings = {{
+      {.code = "not-a-list",
+       .text = "the file looks like this, not like a list; publish the list itself, as plain text"},
+      {.code = "utf-16",
+       .text = "the file is UTF-16, which no client on Windows has been tried with; save it as plain ASCII"},
+      {.code = "carriage-return",
+       .text = "a line ends with CR alone, which no client on Windows has been tried with; use CR LF or LF"},
+      {.code = "merge-conflict", .text = "a merge has left its marks; clients read both sides"},
       {.code = "no-sections",
        .text = "clients find no section; begin with a heading in brackets, then the packs"},
       {.code = "only-heading", .text = "no pack follows the heading, so no client is offered anything"},
@@ -63,22 +77,34 @@ const std::array<Meaning, kCodeCount>& Meanings() {
        .text = "Windows does not find this section, because a UTF-8 byte order mark precedes it; save "
                "without the mark"},
       {.code = "unclosed", .text = "the line has no closing bracket, so clients find no section in it"},
+      {.code = "empty-name",
+       .text = "the section has no name; no client on Windows has been tried with one; remove it"},
       {.code = "control-character",
        .text = "it has a control, direction or invisible character, or is cut at a null; use ASCII"},
       {.code = "not-ascii", .text = "each client reads it, or its record, in its own code page; use ASCII"},
-      {.code = "beyond-limit",
-       .text = "clients read " + limit + " characters, one more for each name; it and the rest do not fit"},
+      {.code = "beyond-limit", .text = limit + "it and the rest do not fit"},
+      {.code = "newest-beyond-limit",
+       .text =
+           limit + "the newest pack does not fit, so it reaches nobody; put it directly after the heading"},
       {.code = "no-numbers",
        .text = "its last two fields, between underscores, are not two numbers; name it ..._LEVEL_BUILD"},
+      {.code = "extra-number",
+       .text = "more than two numbers follow " + prefix + "; clients take the last two for level and build"},
+      {.code = "number-form",
+       .text = "a number has a sign or a leading zero, so a record with the plain number does not name it"},
       {.code = "out-of-range",
        .text = "a version's numbers are 0 to 65535, so clients are offered it for ever, or never"},
+      {.code = "prefix-case",
+       .text =
+           "it begins with " + prefix + " in another case, so a record in the usual case does not name it"},
       {.code = "other-product",
-       .text = "it does not begin with " + PackPrefix() + ", which clients do not check; correct the name"},
+       .text = "it does not begin with " + prefix + ", which clients do not check; correct the name"},
       {.code = "duplicate", .text = "the list has this name already; remove one of them"},
       {.code = "never-offered", .text = "the highest level and its build must be 1 or more"},
       {.code = "offers-older",
-       .text = "with the record of this list it is offered updates, though no pack is newer, and loses the "
-               "record; keep a single pack's build at 10 or below"},
+       .text =
+           "a record of one name covers this list, and its build counts like levels: this client is offered "
+           "updates, though no pack is newer, and loses the record; keep builds at 10 or below"},
       {.code = "record-never-ahead",
        .text = "clients read a version only from a record with three underscores and the product's "
                "name; this one never counts as ahead of an executable"},
@@ -86,9 +112,22 @@ const std::array<Meaning, kCodeCount>& Meanings() {
   return meanings;
 }
 
-void Warn(Report& report, Code code, std::wstring_view name = {}) {
-  const Meaning& meaning = Meanings()[code];
-  report.warnings.push_back({.code = meaning.code, .name = std::wstring(name), .text = meaning.text});
+using Warnings = std::vector<Warning>;
+
+void Warn(Warnings& warnings, Code code, std::wstring_view name = {}) {
+  const Meaning& meaning = Meanings()[static_cast<std::size_t>(code)];
+  warnings.push_back({.code = meaning.code, .name = std::wstring(name), .text = meaning.text});
+}
+
+/// What the bytes are when they are no text of one byte a character; empty otherwise.
+std::wstring_view KindOf(std::string_view list) {
+  const std::size_t start = std::min(list.find_first_not_of(" \t\r\n"), list.size());
+  const std::wstring first = WidenBytes(list.substr(start, 9));
+  if (list.starts_with("\x1F\x8B")) return L"gzip";
+  if (text::EqualsIgnoreCase(first, L"<!DOCTYPE") || text::EqualsIgnoreCase(first.substr(0, 5), L"<html"))
+    return L"HTML";
+  if (list.size() > 1 && (list[0] == '\0') != (list[1] == '\0')) return L"UTF-16 without a byte order mark";
+  return {};
 }
 
 /// Whether a field is a number and nothing else.
@@ -97,96 +136,160 @@ bool IsNumber(std::wstring_view field) {
   return !field.empty() && field.find_first_not_of(L"0123456789") == field.npos;
 }
 
-bool IsOutOfRange(std::wstring_view field) {
-  const std::int32_t value = text::ParseDecimal(field);
-  return IsNumber(field) && (value < 0 || value > kLargestNumber);
-}
-
 /// Whether both of a pack's fields are numbers. Clients read them up to the first other character.
 bool HasNumbers(std::wstring_view name) {
   const auto fields = SplitPackName(name);
   return fields && fields->level && IsNumber(*fields->level) && IsNumber(fields->build);
 }
 
-bool IsAscii(std::wstring_view name) {
-  return std::all_of(name.begin(), name.end(), [](wchar_t c) { return c < 0x80; });
-}
-
-void WarnOfMark(std::string_view list, Report& report) {
-  if (!list.starts_with(kUtf8Mark)) return;
-  const std::string_view first_line =
-      list.substr(kUtf8Mark.size(), list.find_first_of("\r\n") - kUtf8Mark.size());
-  const auto names = ReadSectionNames(first_line);
-  if (names.empty()) return;
-  report.dropped.insert(report.dropped.begin(), names.front());
-  Warn(report, kByteOrderMark, names.front());
-}
-
-/// Warns of faults that the names do not show: lines without a closing bracket, and control characters.
-void WarnOfLines(std::string_view list, Report& report) {
+/// Warns of what the names do not show.
+void WarnOfLines(std::string_view list, const Published& published, Warnings& warnings) {
+  if (list.starts_with("\xFF\xFE") || list.starts_with("\xFE\xFF")) Warn(warnings, Code::utf_16);
+  std::wstring text = L"\n" + console::DecodeText(list) + L"\n";
+  text::ReplaceAll(text, L"\r\n", L"\n");
+  if (text.find(L'\r') != text.npos) Warn(warnings, Code::carriage_return);
+  const std::size_t conflict = text.find(L"\n<<<<<<< ");
+  if (conflict != text.npos)
+    Warn(warnings, Code::merge_conflict,
+         text.substr(conflict + 1, text.find_first_of(L"\r\n", conflict + 1) - conflict - 1));
+  if (published.hidden) Warn(warnings, Code::byte_order_mark, *published.hidden);
   if (list.starts_with(kUtf8Mark)) list.remove_prefix(kUtf8Mark.size());
   for (const std::wstring& line : ReadHeadingLines(list)) {
-    if (report.warnings.size() > kMostLineWarnings) return;
+    if (warnings.size() > kMostLineWarnings) return;
     const std::size_t end = line.rfind(L']');
     const std::wstring_view name = SectionNameIn(line);
     if (end == line.npos) {
-      Warn(report, kUnclosed, line);
+      Warn(warnings, Code::unclosed, line);
     } else if (line.find(L'\0') < end || std::any_of(name.begin(), name.end(), console::IsControl)) {
-      Warn(report, kControlCharacter, name.empty() ? line : name);
+      Warn(warnings, Code::control_character, name.empty() ? line : name);
+    } else if (name.empty()) {
+      Warn(warnings, Code::empty_name, line);
     }
   }
 }
 
-void WarnOfWhole(const Published& published, Report& report) {
-  if (!report.heading) return Warn(report, kNoSections);
-  if (HasNumbers(*report.heading)) Warn(report, kHeadingIsPack, *report.heading);
-  if (report.packs.empty()) return Warn(report, kOnlyHeading, *report.heading);
-  if (!IsNewer(report.newest, 0, 0)) Warn(report, kNeverOffered);
-  if (const auto client = FirstOfferedOlder(published)) {
-    const std::string version = DottedText(*client);
-    Warn(report, kOffersOlder, std::wstring(version.begin(), version.end()));
+/// Level and build of a pack, as if it were the only one of its list.
+LatestPack NumbersOf(const std::wstring& name) {
+  LatestPack pack;
+  FindLatestPack({L"", name}, pack);
+  return pack;
+}
+
+/// The shortest record that names every pack. A name that is part of another one needs no entry.
+std::wstring RecordOf(std::vector<std::wstring> sections) {
+  std::stable_sort(sections.begin() + 1, sections.end(),
+                   [](const auto& left, const auto& right) { return left.size() > right.size(); });
+  std::wstring record;
+  for (std::size_t i = 1; i < sections.size(); ++i) {
+    if (record.find(sections[i]) == record.npos) record.append(sections[i]).append(L"\r\n");
   }
+  return record;
 }
 
-void WarnOfPack(std::wstring_view name, const std::wstring& prefix, Report& report) {
-  const bool has_prefix = name.starts_with(prefix);
-  // Clients would read "Varnexa15_0_7" as level 0, build 7.
-  const bool lacks_field = has_prefix && name.find(L'_', prefix.size()) == name.npos;
-  if (lacks_field || !HasNumbers(name)) Warn(report, kNoNumbers, name);
+/// The first version of a client that is offered updates although its record names every pack of the list and
+/// no pack is newer. The cause is the record's version, in which a build of 10 counts like a level.
+std::optional<Version> FirstOfferedOlder(const Published& published) {
+  Published recorded = published;
+  recorded.record = RecordOf(published.sections);
+  // This record covers the list, so only its version can cause an offer.
+  if (!ParseRecordVersion(*recorded.record)) return std::nullopt;
+  LatestPack highest;
+  for (auto name = published.sections.begin() + 1; name != published.sections.end(); ++name) {
+    const LatestPack pack = NumbersOf(*name);
+    if (IsNewer(pack, highest.level, highest.build)) highest = pack;
+  }
+  std::set<LevelAndBuild> candidates = Thresholds(recorded);
+  if (IsInRange(highest.level) && IsInRange(highest.build)) candidates.insert({highest.level, highest.build});
+  for (const LevelAndBuild& numbers : candidates) {
+    const Version version = VersionOf(numbers);
+    if (!IsNewer(highest, version[2], version[3]) && AskClient(recorded, version).answer.offered)
+      return version;
+  }
+  return std::nullopt;
+}
+
+void WarnOfLost(const Published& published, Warnings& warnings) {
+  if (published.lost.empty()) return;
+  LatestPack newest = published.newest;
+  std::wstring missed;
+  for (const std::wstring& name : published.lost) {
+    const LatestPack pack = NumbersOf(name);
+    if (!IsNewer(pack, newest.level, newest.build)) continue;
+    newest = pack;
+    missed = name;
+  }
+  if (missed.empty()) return Warn(warnings, Code::beyond_limit, published.lost.front());
+  Warn(warnings, Code::newest_beyond_limit, missed);
+}
+
+void WarnOfWhole(const Published& published, Warnings& warnings) {
+  const std::vector<std::wstring>& sections = published.sections;
+  if (sections.empty()) return Warn(warnings, Code::no_sections);
+  if (HasNumbers(sections.front())) Warn(warnings, Code::heading_is_pack, sections.front());
+  if (sections.size() == 1) return Warn(warnings, Code::only_heading, sections.front());
+  if (!IsNewer(published.newest, 0, 0)) Warn(warnings, Code::never_offered);
+  if (const auto client = FirstOfferedOlder(published))
+    Warn(warnings, Code::offers_older, console::DecodeText(DottedText(*client)));
+}
+
+/// Of a pack with two numbers.
+void WarnOfNumbers(std::wstring_view name, Warnings& warnings) {
   const auto fields = SplitPackName(name);
-  if (fields && (IsOutOfRange(fields->level.value_or(L"")) || IsOutOfRange(fields->build)))
-    Warn(report, kOutOfRange, name);
-  if (!has_prefix) Warn(report, kOtherProduct, name);
+  bool in_range = true, plain = true;
+  for (const std::wstring_view field : {*fields->level, fields->build}) {
+    const std::int32_t value = text::ParseDecimal(field);
+    in_range = in_range && IsInRange(value);
+    plain = plain && std::to_wstring(value) == field;
+  }
+  if (!in_range) return Warn(warnings, Code::out_of_range, name);
+  if (!plain) Warn(warnings, Code::number_form, name);
 }
 
-void WarnOfNames(const std::vector<std::wstring>& sections, Report& report) {
-  const std::string prefix = PackPrefix();
+void WarnOfPack(std::wstring_view name, Warnings& warnings) {
+  static const std::wstring prefix = PackPrefix();
+  const std::wstring_view beginning = name.substr(0, prefix.size()), rest = name.substr(beginning.size());
+  const bool has_prefix = text::EqualsIgnoreCase(beginning, prefix);
+  const auto underscores = has_prefix ? std::count(rest.begin(), rest.end(), L'_') : 1;
+  // Clients would read "Varnexa15_0_7" as level 0, build 7.
+  if (underscores == 0 || !HasNumbers(name)) {
+    Warn(warnings, Code::no_numbers, name);
+  } else {
+    WarnOfNumbers(name, warnings);
+  }
+  if (underscores > 1) Warn(warnings, Code::extra_number, name);
+  if (beginning != prefix) Warn(warnings, has_prefix ? Code::prefix_case : Code::other_product, name);
+}
+
+void WarnOfNames(const std::vector<std::wstring>& sections, Warnings& warnings) {
   for (auto name = sections.begin(); name != sections.end(); ++name) {
-    if (name != sections.begin()) WarnOfPack(*name, std::wstring(prefix.begin(), prefix.end()), report);
-    if (!IsAscii(*name)) Warn(report, kNotAscii, *name);
+    if (name != sections.begin()) WarnOfPack(*name, warnings);
+    if (std::any_of(name->begin(), name->end(), [](wchar_t c) { return c >= 0x80; }))
+      Warn(warnings, Code::not_ascii, *name);
     const auto is_same = [&](const auto& other) { return text::EqualsIgnoreCase(other, *name); };
-    if (std::any_of(sections.begin(), name, is_same)) Warn(report, kDuplicate, *name);
+    if (std::any_of(sections.begin(), name, is_same)) Warn(warnings, Code::duplicate, *name);
   }
 }
 
 }  // namespace
 
-void AddWarnings(std::string_view list, const Published& published, Report& report) {
-  if (!report.dropped.empty()) Warn(report, kBeyondLimit, report.dropped.front());
-  WarnOfMark(list, report);
-  WarnOfLines(list, report);
-  WarnOfWhole(published, report);
-  WarnOfNames(published.sections, report);
+std::vector<Warning> FindWarnings(std::string_view list, const Published& published) {
+  Warnings warnings;
+  if (const std::wstring_view kind = KindOf(list); !kind.empty()) {
+    Warn(warnings, Code::not_a_list, kind);
+    return warnings;
+  }
+  WarnOfLost(published, warnings);
+  WarnOfLines(list, published, warnings);
+  WarnOfWhole(published, warnings);
+  WarnOfNames(published.sections, warnings);
   const std::wstring record = published.record.value_or(L"");
-  if (!text::Trim(record).empty() && !ParseRecordVersion(record)) Warn(report, kRecordNeverAhead);
+  if (!text::Trim(record).empty() && !ParseRecordVersion(record)) Warn(warnings, Code::record_never_ahead);
+  return warnings;
 }
 
-const std::vector<std::string>& WarningCodes() {
-  static const std::vector<std::string> codes = [] {
-    std::vector<std::string> all;
-    for (const Meaning& meaning : Meanings()) all.emplace_back(meaning.code);
-    return all;
-  }();
+std::vector<std::string> WarningCodes() {
+  std::vector<std::string> codes;
+  for (const Meaning& meaning : Meanings()) codes.push_back(meaning.code);
   return codes;
 }
 

@@ -25,7 +25,7 @@ done
 packages=(
   "${more_packages[@]}"
   # build and checks
-  cmake ninja-build g++ g++-mingw-w64-i686-posix doctest-dev nlohmann-json3-dev libcli11-dev
+  cmake ninja-build g++ g++-mingw-w64-i686-posix doctest-dev nlohmann-json3-dev libcli11-dev libutfcpp-dev
   clang libclang-rt-dev clang-format clang-tidy
   # sandbox: isolation with and without namespaces, Wine and its fonts and X libraries, display, update server,
   # picture of the screen

@@ -2,8 +2,7 @@
 
 #include <map>
 
-#include "console/encoding.h"
-#include "console/terminal.h"
+#include "console/text.h"
 #include "log/log_rules.h"
 #include "log/log_texts.h"
 #include "packcheck/report.h"

@@ -1,0 +1,81 @@
+#include "packcheck/clients.h"
+
+#include "product/identity.h"
+#include "text/text.h"
+#include "update/decision.h"
+#include "update/record_text.h"
+#include "update/section_names.h"
+#include "update/update_texts.h"
+
+namespace packcheck {
+std::string DottedText(const Version& version) {
+  std::string text;
+  for (const auto number : version) text += (text.empty() ? "" : ".") + std::to_string(number);
+  return text;
+}
+
+Published ReadPublished(std::string_view list, std::optional<std::string_view> record) {
+  Published published{
+      .sections = ReadSectionNames(list), .lost = {}, .hidden = {}, .newest = {}, .record = {}};
+  const std::size_t whole = CountWholeNames(published.sections, kSectionNamesCapacity);
+  const auto first_lost = published.sections.begin() + static_cast<std::ptrdiff_t>(whole);
+  published.lost.assign(first_lost, published.sections.end());
+  published.sections.erase(first_lost, published.sections.end());
+  if (published.sections.size() > 1) FindLatestPack(published.sections, published.newest);
+  if (list.starts_with(kUtf8Mark)) {
+    const std::string_view unmarked = list.substr(kUtf8Mark.size());
+    const auto names = ReadSectionNames(unmarked.substr(0, unmarked.find_first_of("\r\n")));
+    if (!names.empty()) published.hidden = names.front();
+  }
+  if (record) published.record = WidenBytes(*record);
+  return published;
+}
+
+Client AskClient(const Published& published, const Version& product) {
+  const auto& [first, second, third, fourth] = product;
+  const std::wstring level = std::to_wstring(third), build = std::to_wstring(fourth);
+  const CheckFacts facts = {.sections = published.sections,
+                            .latest = published.newest,
+                            .record = published.record,
+                            .product_version = text::FoldVersion(first, second, third, fourth),
+                            .product_level = level,
+                            .product_build = build};
+  const Decision decision = Decide(facts, update_texts::kRecordDeleted);
+  Client client{.product = product,
+                .answer = {.offered = decision.offered.value_or(false),
+                           .exit_code = decision.exit_code,
+                           .record_deleted = decision.removal.has_value()},
+                .log = {}};
+  if (published.record)
+    client.log = {std::wstring(update_texts::kRecordFound), std::wstring(update_texts::kRecordRead)};
+  if (decision.removal) client.log.emplace_back(decision.removal->deleted);
+  client.log.insert(client.log.end(), decision.entries.begin(), decision.entries.end());
+  return client;
+}
+
+Version VersionOf(const LevelAndBuild& numbers) {
+  const std::wstring_view major = identity::kProductVersion;
+  const std::size_t point = major.find(L'.');
+  const auto number = [](std::int64_t value) { return static_cast<std::uint16_t>(value); };
+  return {number(text::ParseDecimal(major)), number(text::ParseDecimal(major.substr(point + 1))),
+          number(numbers.first), number(numbers.second)};
+}
+
+std::set<LevelAndBuild> Thresholds(const Published& published) {
+  const std::int64_t newest = published.newest.level;
+  std::set<LevelAndBuild> found{{0, 0}, {newest, 0}, {newest, published.newest.build}, {newest + 1, 0}};
+  // The decision compares the record's version with the folded one, in which ten builds count like a level.
+  const Version zero = VersionOf({0, 0});
+  const std::int64_t ahead = std::int64_t{ParseRecordVersion(published.record.value_or(L"")).value_or(0)} -
+                             text::FoldVersion(zero[0], zero[1], 0, 0);
+  for (std::int64_t level = 0; level * 10 < ahead && level <= kLargestNumber; ++level) {
+    found.insert({level, ahead - level * 10});
+    found.insert({level + 1, 0});
+  }
+  std::erase_if(found, [](const LevelAndBuild& numbers) {
+    return !IsInRange(numbers.first) || !IsInRange(numbers.second);
+  });
+  return found;
+}
+
+}  // namespace packcheck
