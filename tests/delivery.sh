@@ -16,8 +16,14 @@ done
 "${0%/*}/../packaging/hardened.sh" "$program" || failed=1
 grep -q '^Subsystem[[:space:]]*0*2[[:space:]]' <<<"$headers" || fail "is not a window program"
 (($(stat -c %s "$program") <= 250 * 1024)) || fail "is larger than 250 KiB"
-for wanted in 'Common-Controls' asInvoker '<dpiAware'; do
+for wanted in 'Common-Controls' '<dpiAware'; do
   grep -aq "$wanted" "$program" || fail "has no $wanted in its manifest"
+done
+# Windows takes a program without a level for an installer if its description has the word "update". The installer
+# wants an administrator.
+for other in "$tree"/*.exe "$tree"/demo/standin/*/Qrt.exe; do
+  [[ $other == *-setup.exe ]] || grep -aq 'requestedExecutionLevel level="asInvoker"' "$other" ||
+    fail "${other#"$tree/"} has no asInvoker in its manifest"
 done
 
 copy=$(mktemp)
