@@ -1,5 +1,9 @@
 #include "console/command_line.h"
 
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
 #include <algorithm>
 #include <iostream>
 
@@ -26,14 +30,30 @@ std::optional<int> Parse(CLI::App& app, const std::vector<std::string>& argument
   }
 }
 
+bool Write(std::ostream& stream, const std::string& text) {
+#ifdef _WIN32
+  // A console shows bytes in the user's code page.
+  const HANDLE console = GetStdHandle(&stream == &std::cout ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+  if (DWORD mode = 0; GetConsoleMode(console, &mode)) {
+    const std::wstring wide = DecodeText(text);
+    constexpr std::size_t kBlock = 8192;  // the longest call that the documentation promises: 64 KiB
+    for (std::size_t done = 0; done < wide.size(); done += kBlock) {
+      const auto count = static_cast<DWORD>(std::min(kBlock, wide.size() - done));
+      if (!WriteConsoleW(console, wide.data() + done, count, &mode, nullptr)) return false;
+    }
+    return true;
+  }
+#endif
+  return static_cast<bool>(stream << text << std::flush);
+}
+
 int Fail(const CLI::App& app, const std::string& why) {
-  std::cerr << app.get_name() << ": " << why << "\n";
+  Write(std::cerr, app.get_name() + ": " + why + "\n");
   return kFailed;
 }
 
 bool Print(const CLI::App& app, const std::string& text) {
-  std::cout << text << std::flush;
-  if (std::cout) return true;
+  if (Write(std::cout, text)) return true;
   Fail(app, "cannot write to standard output");
   return false;
 }

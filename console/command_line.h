@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,9 @@ std::optional<int> Parse(CLI::App& app, const std::vector<std::string>& argument
 /// Prints the tool's name, ": " and `why`, which must be safe on a terminal, on standard error. Returns
 /// kFailed.
 int Fail(const CLI::App& app, const std::string& why);
+
+/// Writes UTF-8 to std::cout or std::cerr, also where that is a Windows console. False when that fails.
+bool Write(std::ostream& stream, const std::string& text);
 
 /// Writes `text` to standard output. False, after a message on standard error, when that fails.
 bool Print(const CLI::App& app, const std::string& text);

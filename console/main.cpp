@@ -27,7 +27,8 @@ int main(int count, char** arguments) {
     for (int i = 1; i < count; ++i) texts.push_back(utf8(arguments[i]));
     return console::RunTool(texts);
   } catch (const std::exception& error) {
-    std::cerr << console::Printable(std::string_view(error.what())) << "; the program cannot go on\n";
+    console::Write(std::cerr,
+                   console::Printable(std::string_view(error.what())) + "; the program cannot go on\n");
     return console::kFailed;
   }
 }
