@@ -22,46 +22,72 @@ printf '%b' "$head$offered" | iconv -t UTF-16 >"$work/logs/pc1.LOG"
 printf '%b' "$head$offered$head$refused" >"$work/logs/pc2/a.log"
 printf 'GET / HTTP/1.1\n' >"$work/logs/requests.log"
 
-# check PROGRAM: runs the program for each row of standard input. A row: exit status; arguments, "@" is the folder
-# of the files above; standard input for printf, the names in capitals are the texts above; a pattern of the shell for
-# standard output and standard error.
+# expect PROGRAM STATUS PATTERN [ARGUMENT]…: runs the program on this standard input. The pattern is for its output and
+# its messages.
+expect() {
+  local output result=0
+  output=$("${wine[@]}" "$1" "${@:4}" 2>&1) || result=$?
+  # shellcheck disable=SC2053
+  [[ $result == "$2" && ${output//$'\r'/} == $3 ]] ||
+    fail "${1##*/} ${*:4}: $result instead of $2, says: $output"
+}
+
+# check PROGRAM: the same for each row of standard input. A row: exit status; arguments, "@" is the folder of the
+# files above; standard input for printf, the names in capitals are the texts above; the pattern.
 check() {
-  local program=$1 status arguments input said output result
+  local status arguments input said
   while IFS=';' read -r status arguments input said; do
-    input=${input/LONG/$long} input=${input/HEAD/$head} input=${input/OFFERED/$offered} input=${input/REFUSED/$refused}
+    input=${input/HEAD/$head} input=${input/OFFERED/$offered} input=${input/REFUSED/$refused}
     # Each word of a row is one argument.
     # shellcheck disable=SC2059,SC2086
-    output=$(printf "$input" | "${wine[@]}" "$program" ${arguments//@/$work} 2>&1) && result=0 || result=$?
-    # shellcheck disable=SC2053
-    [[ $result == "$status" && ${output//$'\r'/} == $said ]] ||
-      fail "${program##*/} $arguments: $result instead of $status, says: $output"
+    expect "$1" "$status" "$said" ${arguments//@/$work} < <(printf "$input")
   done
 }
 
-check "$packcheck" <<'ROWS'
-0;@/list;;Heading   H*Packs     1*from 15.0.0.0          offered, exit code 3*from 15.0.2.7          not offered*No warnings.
-1;-;\xff\xfe[\0\x9b\0\x2e\x20]\0;Heading   \\x9B\\u202E*warning only-heading: *
-1;--json -;[\xe9"\x1b]\n[LONG]\n[P_1_23];{"heading":"\\\\xE9\\"\\u001b","packs":\["aaa*"],"dropped":\["P_1_23"],"newest":*
-1;--json -;;{"heading":null,*"client":null,"table":\[{"from":"15.0.0.0","offered":false,*}],"warnings":\[{"code":"no-sections","name":"","text":*
-0;--record=@/record -- @/list;;*from 15.0.0.0 *deleted*from 15.0.0.27 *from 15.0.1.0 *from 15.0.1.17 *from 15.0.2.0 *from 15.0.2.7 *
-0;--json --record @/record --product 15.0.2.6 @/list;;*"client":{"product":"15.0.2.6","offered":true,*"log":\["Installer*"table":null*
-1;--json @/list @/list -;[H];{"file":"*list","heading":"H",*}*{"file":"*list",*}*{"file":"-",*"code":"only-heading",*
-0;--ignore only-heading --ignore=duplicate -;[H];*No warnings.
-1;--compare @/list @/older;;*15.0.2.3 to 15.0.2.6  *offered, exit code 3 -> not offered, exit code 3
-0;--json --compare @/list @/list;;{"changes":\[]}
-0;--version;;packcheck [0-9]*.[0-9]*
-0;-h;;Says *Usage: packcheck*Exit status*
-2;;;packcheck: LIST is required*
-2;--strict @/list;;packcheck: *not expected: --strict*
-2;--product 15.0.2 @/list;;packcheck: *15.0.2' is not a version*
-2;--product 15.0.2.65536 @/list;;packcheck: *15.0.2.65536' is not a version*
-2;--ignore nothing @/list;;packcheck: *no warning has the code 'nothing'*
-2;--compare @/list;;packcheck: --compare takes two lists*
-2;--record - -;;packcheck: only one list or record can be standard input*
-2;@;;packcheck: * is a folder*
-2;@/none @/list;;packcheck: cannot read *No warnings.
-2;@/large;;packcheck: * is larger than 32 MiB*
-ROWS
+packcheck() { expect "$packcheck" "$@"; }
+cd "$work"
+packcheck 0 'Heading   H*Packs     1*from 15.0.0.0          offered, exit code 3*from 15.0.2.7          not offered*
+No warnings.' list
+packcheck 1 'Heading   \\x9B\\u202E*warning utf-16: the file*warning only-heading: *' - \
+  < <(printf '\xff\xfe[\0\x9b\0\x2e\x20]\0')
+packcheck 1 '{"heading":"\\\\xE9\\"\\u001b","packs":\["aaa*"],"dropped":\["P_1_23"],"newest":{"level":0,"build":0},*' \
+  --json - < <(printf '[\xe9"\x1b]\n[%s]\n[P_1_23]' "$long")
+packcheck 1 '{"heading":null,*"client":null,"table":\[{"from":"15.0.0.0","offered":false,*}],"warnings":\[{"code":"no-sections","name":"","text":*' \
+  --json - <<<''
+packcheck 0 '*from 15.0.0.0 *deleted*from 15.0.0.27 *from 15.0.1.0 *from 15.0.1.17 *from 15.0.2.0 *from 15.0.2.7 *' \
+  --record=record -- list
+packcheck 0 '*"client":{"product":"15.0.2.6","offered":true,*"log":\["Installer*"table":null*' \
+  --json --record record --product 15.0.2.6 list
+packcheck 1 '{"file":"list","heading":"H",*}
+{"file":"list",*}
+{"file":"-",*"code":"only-heading",*' --json list list - <<<'[H]'
+packcheck 0 '*No warnings.' --ignore only-heading --ignore=duplicate - <<<'[H]'
+packcheck 1 '*15.0.2.3 to 15.0.2.6  *offered, exit code 3 -> not offered, exit code 3
+
+The new list has no warnings.' --compare list older
+packcheck 1 '{"changes":\[{"from":"15.0.2.3","to":"15.0.2.6","old":{"offered":true,*},"new":{"offered":false,*}}],"warnings":0}' \
+  --json --compare list older
+packcheck 0 'No client gets another answer.
+
+The new list has 1 warning; *' --compare list - <<<$'[H]\n[Varnexa15_0_2_07]'
+packcheck 0 'packcheck [0-9]*.[0-9]*' --version
+packcheck 0 'Says *Usage: packcheck*Exit status*' -h
+packcheck 2 'packcheck: name a list*'
+packcheck 2 'packcheck: *not expected: -V*' -V
+packcheck 2 "packcheck: *15.0.2' is not a version*" --product 15.0.2 list
+packcheck 2 "packcheck: *15.0.2.65536' is not a version*" --product 15.0.2.65536 list
+packcheck 2 'packcheck: --ignore: nothing not in {not-a-list,*' --ignore nothing list
+packcheck 2 'packcheck: --compare takes two lists*' --compare list
+packcheck 2 'packcheck: only one list or record can be standard input*' --record - -
+packcheck 2 'packcheck: * is a folder*' empty
+packcheck 2 'packcheck: cannot read *No warnings.' none list
+packcheck 2 'packcheck: * is larger than 32 MiB*' large
+cd "$OLDPWD"
+
+# A Windows console has a code page of its own.
+if ((${#wine[@]})); then
+  [[ $(script -qec "${wine[*]} $packcheck $work/ü" /dev/null) == *ü* ]] || fail "packcheck: no ü on a console"
+fi
 
 check "$logcheck" <<'ROWS'
 0;-;HEADOFFERED;standard input*2026-11-21 22:30  started by the product, utility 2.0.3.0, product not read, ordinary user*offered*An update*

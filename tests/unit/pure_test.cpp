@@ -34,18 +34,33 @@ Text Newest(View sections) {
   return std::to_wstring(latest.level) + L'.' + std::to_wstring(latest.build);
 }
 
-// The bytes of a list, "|" and those of a record.
-Text Warned(View in) {
-  const std::size_t bar = in.find(L'|');
-  const std::string record = bar == in.npos ? "" : Bytes(in.substr(bar + 1));
-  const auto given = bar == in.npos ? std::nullopt : std::optional<std::string_view>(record);
+/// The codes of warnings, each with its name.
+Text Warned(const std::string& list, std::optional<std::string_view> record = {}) {
   Text codes;
-  for (const auto& warning : packcheck::Examine(Bytes(in.substr(0, bar)), given, {}).warnings) {
-    const std::string_view code = warning.code;
-    codes.append(codes.empty() ? L"" : L" ").append(code.begin(), code.end());
-    codes.append(L":").append(warning.name);
+  for (const auto& warning : packcheck::Examine(list, record, {}).warnings) {
+    codes += (codes.empty() ? L"" : L" ") + WidenBytes(warning.code) + L":" + warning.name;
   }
   return codes;
+}
+
+/// Two lists and a record: the ranges of versions with another answer, "+" where updates are offered, "d"
+/// where the record is deleted.
+Text Compared(View in) {
+  const std::vector<Text> files = Split(in);
+  const auto shown = [](const packcheck::Answer& answer) {
+    return std::to_string(answer.exit_code) + (answer.offered ? "+" : "-") +
+           (answer.record_deleted ? "d" : "");
+  };
+  std::string text;
+  const std::string record = Bytes(files[2]);
+  const auto comparison =
+      packcheck::Compare(Bytes(files[0]), Bytes(files[1]),
+                         files[2].empty() ? std::nullopt : std::optional<std::string_view>(record));
+  for (const auto& change : comparison.changes) {
+    text += packcheck::DottedText(change.from) + " to " + packcheck::DottedText(change.to) + " " +
+            shown(change.before) + " > " + shown(change.after) + ", ";
+  }
+  return WidenBytes(text + std::to_string(comparison.warnings));
 }
 
 // The record ("-": there is none), the executable's version, the list.
@@ -142,7 +157,15 @@ const std::map<Text, Text (*)(View)> kFunctions = {
        AppendSectionNames(in, names);
        return Joined(names);
      }},
-    {L"Warnings", Warned},
+    {L"Warnings",
+     [](View in) {
+       // The bytes of a list, and of a record if there is one.
+       const std::size_t bar = in.find(L'|');
+       if (bar == in.npos) return Warned(Bytes(in));
+       const std::string record = Bytes(in.substr(bar + 1));
+       return Warned(Bytes(in.substr(0, bar)), record);
+     }},
+    {L"Compare", Compared},
     {L"Printable",
      [](View in) { return console::DecodeText(console::Printable(std::string_view(Bytes(in)))); }},
     {L"Normalise", [](View in) { return log_rules::Normalise(Text(in)); }},
@@ -192,4 +215,11 @@ TEST_CASE("the sections of a list have the names that Windows finds, as many as 
     const std::vector<Text> names = ReadSectionNames(Bytes(row[0]));
     CHECK(Literal(std::to_wstring(CountWholeNames(names, 8)) + Joined(names)) == Literal(row[1]));
   }
+}
+
+TEST_CASE("packs beyond the clients' buffer are a warning, and the newest of all packs is one of its own") {
+  std::string packs;
+  for (int build = 1; build <= 70; ++build) packs += "[Varnexa15_0_1_" + std::to_string(build) + "]\n";
+  CHECK(Literal(Warned("[H]\n[Varnexa15_0_2_7]\n" + packs)) == "beyond-limit:Varnexa15_0_1_60");
+  CHECK(Literal(Warned("[H]\n" + packs + "[Varnexa15_0_0_1]\n")) == "newest-beyond-limit:Varnexa15_0_1_70");
 }
