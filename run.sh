@@ -10,8 +10,8 @@ Usage: ./run.sh [OPTION]…
 
 Installs what is missing (Debian 12 and 13, as root or with sudo for apt), builds the utility and runs it in a
 sandbox with a stand-in for the installed product and an update server: on the desktop where there is a
-display, otherwise on a virtual one, leaving a picture of its window. Nothing outside this folder is
-changed, apart from Debian packages. The sandbox reaches no other machine where the system permits namespaces.
+display, otherwise on a virtual one, leaving a picture of its window. Outside this folder only Debian packages and
+the i386 architecture are added. The sandbox reaches no other machine where the system permits namespaces.
 
   --scene NAME    what the utility finds (below)
   --mode MODE     regular (default): the user starts it, the window opens at once

@@ -1,9 +1,10 @@
 #!/bin/bash
-# Usage: scripts/setup.sh [--with PACKAGE]…
+# Usage: scripts/setup.sh [--downgrade] [--with PACKAGE]…
 #
 # Installs what building, running and testing need, and each PACKAGE, where it is missing: on Debian 12 and 13, as root
 # or with sudo for apt and dpkg alone; on other systems with apt it tries. Where everything is there it does nothing. At
-# the end it says how sandboxes are isolated on this machine, or why none is possible.
+# the end it says how sandboxes are isolated on this machine, or why none is possible. Outside a container it replaces
+# a package by an older one only with --downgrade.
 #
 # TAVREL_HAVE_PACKAGES  1: install nothing; all packages are installed, possibly under other names
 # TAVREL_BUILD_ROOT     folder for everything that is built, and for the log (default: build)
@@ -11,9 +12,11 @@ set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
 
+downgrade=no
 more_packages=()
 while (($#)); do
   case $1 in
+    --downgrade) downgrade=yes; shift ;;
     --with)
       (($# > 1)) || die "--with needs a package"
       more_packages+=("$2")
@@ -31,7 +34,7 @@ packages=(
   # picture of the screen
   bubblewrap libnss-wrapper libnss-wrapper:i386 psmisc
   wine wine32:i386 wine64 fonts-wine libxrender1:i386 libxcursor1:i386 libxrandr2:i386
-  xvfb xdotool imagemagick nginx-light
+  xvfb xdotool imagemagick nginx
   # installer and release
   nsis osslsigncode zip jq pandoc
 )
@@ -76,23 +79,24 @@ unknown_packages() {
   done
 }
 
+# A machine's first process is its init, a container's is mostly a command.
 is_container() {
-  systemd-detect-virt --quiet --container 2>/dev/null || [[ -e /.dockerenv || -e /run/.containerenv ]]
+  systemd-detect-virt --quiet --container 2>/dev/null || [[ -e /.dockerenv || -e /run/.containerenv ]] ||
+    ! [[ $(</proc/1/comm) =~ ^(systemd|init|runit|openrc-init|dinit)$ ]]
 }
 
 # Reads apt's output for an installation; prints the packages that it downgrades.
 older_packages() { sed -n '/will be DOWNGRADED/,/^[^ ]/s/^  //p' | tr '\n' ' '; }
 
-# On a machine that is no container, the person at the terminal decides whether packages are replaced by older ones.
-confirm_older_packages() {
-  local answer='' older
-  [[ -t 0 && -t 2 ]] && ! is_container || return 0
+# Outside a container a person decides whether packages are replaced by older ones.
+refuse_older_packages() {
+  local older
+  if [[ $downgrade == yes ]] || is_container; then return; fi
   older=$(apt-get "${apt_options[@]}" --simulate install --no-install-recommends --fix-broken "${missing[@]}" \
     2>>"$log" | older_packages)
-  [[ -n $older ]] || return 0
-  printf 'Installing replaces these packages by older ones until the next upgrade: %s\nGo on? [y/N] ' "$older" >&2
-  read -r answer || true
-  [[ $answer == [yY]* ]] || die "nothing was installed; once the sources resolve again, the next start goes on"
+  [[ -z $older ]] ||
+    die "nothing was installed, because these packages would be replaced by older ones until the next upgrade:" \
+      "${older% }. Allow it with scripts/setup.sh --downgrade, or start again when the sources resolve"
 }
 
 # Debian's own mirror as this machine's sources name it, and the name they give the release.
@@ -103,9 +107,8 @@ debian_mirror() {
 }
 
 # The security archive's index for i386 can lag behind the one for amd64; apt then finds no i386 library that
-# fits its installed twin. The release and its updates alone, of both architectures, do fit, once packages that came
-# from the security archive are replaced by the release's older ones. The machine's own sources stay as they are, so
-# its next upgrade reverses that.
+# fits its installed twin. Release and updates without the security archive resolve, if packages from that archive
+# are downgraded. The machine's own sources stay as they are, so its next upgrade reverses that.
 install_from_release_alone() {
   local folder=$build_root/apt mirror older release
   read -r mirror release < <(debian_mirror "$1") ||
@@ -119,7 +122,7 @@ install_from_release_alone() {
     -o "Dir::Etc::Preferences=$folder/preferences" -o Dir::Etc::PreferencesParts=-
     -o "Dir::State::Lists=$folder/lists" --allow-downgrades)
   fetch_lists
-  confirm_older_packages
+  refuse_older_packages
   install_missing || return
   older=$(older_packages <"$log")
   if [[ -n $older ]]; then say "Replaced by older packages until the next upgrade: $older"; fi
@@ -147,10 +150,10 @@ install_packages() {
     say "Completing an interrupted installation"
     as_root dpkg --configure -a </dev/null >>"$log" 2>&1 || true
   fi
-  if [[ " ${missing[*]} " == *" nginx-light "* ]]; then
-    # Debian starts a web server that it installs; here only sandboxes need one. The command is one line because
-    # apt passes its options on in a file, in which a value ends with its line.
-    hook='[ ! -d /run/systemd/system ] || systemctl --quiet disable --now nginx.service 2>/dev/null || true'
+  if [[ " ${missing[*]} " == *" nginx "* && -d /run/systemd/system ]] && ! systemctl cat nginx.service >/dev/null 2>&1; then
+    # Debian starts a web server that it installs; here only sandboxes need one. One that was there is somebody's own.
+    say "The service nginx.service, which comes with nginx, is stopped and disabled"
+    hook='systemctl --quiet disable --now nginx.service 2>/dev/null || true'
     apt_options+=(-o "DPkg::Post-Invoke::=$hook")
   fi
   say "Fetching the package lists"
