@@ -1,9 +1,10 @@
 #!/bin/bash
 # Runs one scene inside a sandbox: places files and registry entries as an installer and a user would, starts the
 # update server, runs the utility, and copies the results into a folder.
-#   scene.sh SCENE MODE SECONDS OUTPUT BUILD
+#   scene.sh SCENE MODE SECONDS OUTPUT BUILD [COMMAND…]
 # MODE is regular or patch. On a virtual display the script takes a picture of each window after SECONDS and
-# closes it; on a desktop the user closes the windows. BUILD is the build tree of the cross compiler.
+# closes it; on a desktop the user closes the windows. BUILD is the build tree of the cross compiler. COMMAND runs instead
+# of the utility, and nothing is copied.
 # Output: picture-1.png …, *.log (the utility's log files), requests.log (the server's), exit-code,
 # settings.ini (korsa.ini as the run left it), started.txt (how the product was started, if it was).
 set -euo pipefail
@@ -180,5 +181,9 @@ mkdir -p "$output"
 place_files
 register_product
 start_server
+if (($# > 5)); then
+  "${@:6}"
+  exit
+fi
 run_utility
 collect_results

@@ -1,21 +1,18 @@
-// The floor: the smallest program that makes the system calls of one silent check, each once. It writes no
-// log entries, decides nothing and handles no error. It is built twice: FLOOR_WINDOW adds the start-up that a
-// window needs (common controls, COM, the program's own version). Started without "2", that one shows an
-// empty property sheet made from the utility's templates instead of checking.
+// The floor: the smallest program that makes the system calls of one start-up check, each once. It writes no
+// log entries, decides nothing and handles no error. Started without "2", it makes the calls of a window's
+// start-up instead, and shows an empty property sheet made from the utility's templates.
 #include <windows.h>
 
+#include <commctrl.h>
+#include <objbase.h>
 #include <shlobj.h>
 #include <shlwapi.h>
 #include <wininet.h>
 
 #include <initializer_list>
 
-#if FLOOR_WINDOW
-#include <commctrl.h>
-#include <objbase.h>
-
 #include "resource.h"
-#endif
+#include "version.h"
 
 namespace {
 
@@ -33,7 +30,7 @@ void ReadVersion(const wchar_t* file) {
 
 void ReadSettings() {
   SHGetFolderPathW(nullptr, CSIDL_PERSONAL, nullptr, SHGFP_TYPE_CURRENT, settings);
-  PathAppendW(settings, L"Varnexa\\QRT15");
+  PathAppendW(settings, L"" TAVREL_PRODUCT "\\" TAVREL_FOLDER);
   GetFileAttributesW(settings);
   PathAppendW(settings, L"korsa.ini");
   PathFileExistsW(settings);
@@ -81,23 +78,23 @@ void ReadRegistry() {
     RegCloseKey(key);
   };
   for (const wchar_t* of : {L"DisplayVersion", L"DisplayIcon", L"URLUpdateInfo"})
-    read(L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Varnexa 15.0", of, path);
-  read(L"SOFTWARE\\NORVIK Software Inc.\\Varnexa\\15.0", L"Installpath", product);
+    read(L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" TAVREL_PRODUCT_LABEL, of, path);
+  read(L"SOFTWARE\\" TAVREL_MAKER "\\" TAVREL_PRODUCT "\\" TAVREL_PRODUCT_VERSION, L"Installpath", product);
 }
 
 void FetchList() {
   wchar_t list[MAX_PATH];
   GetTempPathW(MAX_PATH, list);
   PathAppendW(list, L"updates.ini");
-  InternetCheckConnectionW(L"http://www.example.com/", FLAG_ICC_FORCE_CONNECTION, 0);
+  InternetCheckConnectionW(L"" TAVREL_PROBE_ADDRESS, FLAG_ICC_FORCE_CONNECTION, 0);
   const HINTERNET root = InternetOpenW(L"floor", INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0);
   DWORD timeout = 60000, read = 0, size = sizeof read;
   InternetSetOptionW(root, INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
-  const HINTERNET connection = InternetConnectW(root, L"updates.varnexa.example", INTERNET_DEFAULT_HTTP_PORT,
-                                                L"", L"", INTERNET_SERVICE_HTTP, 0, 0);
+  const HINTERNET connection = InternetConnectW(root, L"" TAVREL_UPDATE_HOST, INTERNET_DEFAULT_HTTP_PORT, L"",
+                                                L"", INTERNET_SERVICE_HTTP, 0, 0);
   const wchar_t* accepted[] = {L"text/*", nullptr};
   const HINTERNET request =
-      HttpOpenRequestW(connection, L"GET", L"/patches/updates.ini", nullptr, nullptr, accepted,
+      HttpOpenRequestW(connection, L"GET", L"/qrt15/updates.ini", nullptr, nullptr, accepted,
                        INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, 0);
   HttpSendRequestW(request, nullptr, 0, nullptr, 0);
   HttpQueryInfoW(request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &read, &size, nullptr);
@@ -125,12 +122,12 @@ void ReadRecord() {
 
 void AppendReport() {
   SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, TRUE);
-  PathAppendW(path, L"Varnexa\\QRT15");
+  PathAppendW(path, L"" TAVREL_PRODUCT "\\" TAVREL_FOLDER);
   GetFileAttributesW(path);
   WIN32_FIND_DATAW found;
   PathAppendW(path, L"*.log");
   const HANDLE find = FindFirstFileW(path, &found);
-  if (find == INVALID_HANDLE_VALUE) lstrcpyW(found.cFileName, L"QRT_15_SystemTavrel_.log");
+  if (find == INVALID_HANDLE_VALUE) lstrcpyW(found.cFileName, L"" TAVREL_PREFIX "_SystemTavrel_.log");
   while (find != INVALID_HANDLE_VALUE && FindNextFileW(find, &found)) {
   }
   FindClose(find);
@@ -148,12 +145,24 @@ void AppendReport() {
   CloseHandle(file);
 }
 
-#if FLOOR_WINDOW
 INT_PTR CALLBACK NoDialog(HWND, UINT, WPARAM, LPARAM) {
   return FALSE;
 }
 
+template <typename Function>
+Function* Load(const wchar_t* library, const char* function) {
+  return reinterpret_cast<Function*>(
+      reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(library), function)));
+}
+
+// Like the utility, it loads the libraries of windows by name.
 void ShowEmptySheet(HINSTANCE instance) {
+  const INITCOMMONCONTROLSEX classes{sizeof classes, 0xFF};
+  Load<decltype(InitCommonControlsEx)>(L"comctl32.dll", "InitCommonControlsEx")(&classes);
+  Load<decltype(CoInitializeEx)>(L"ole32.dll", "CoInitializeEx")(
+      nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+  GetModuleFileNameW(instance, path, MAX_PATH);
+  ReadVersion(path);
   PROPSHEETPAGEW pages[2]{};
   for (PROPSHEETPAGEW& page : pages) {
     page.dwSize = sizeof page;
@@ -168,37 +177,26 @@ void ShowEmptySheet(HINSTANCE instance) {
   header.pszCaption = L"floor";
   header.nPages = 2;
   header.ppsp = pages;
-  PropertySheetW(&header);
+  Load<decltype(PropertySheetW)>(L"comctl32.dll", "PropertySheetW")(&header);
 }
-#endif
 
 }  // namespace
 
 int WINAPI wWinMain([[maybe_unused]] _In_ HINSTANCE instance, _In_opt_ HINSTANCE, _In_ LPWSTR arguments,
                     _In_ int) {
   SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
-#if FLOOR_WINDOW
-  const INITCOMMONCONTROLSEX classes{sizeof classes, 0xFF};
-  InitCommonControlsEx(&classes);
-  CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
-  GetModuleFileNameW(instance, path, MAX_PATH);
-  ReadVersion(path);
-#endif
   AskForAdministrator();
   ReadSettings();
   if (arguments[0] == L'2') {
     ReadRegistry();
-    PathAppendW(product, L"Qrt.exe");
+    PathAppendW(product, L"" TAVREL_IMAGE);
     ReadVersion(product);
     PathRemoveFileSpecW(product);
     FetchList();
     ReadRecord();
     AppendReport();
-  }
-#if FLOOR_WINDOW
-  else
+  } else {
     ShowEmptySheet(instance);
-  CoUninitialize();
-#endif
+  }
   return 0;
 }

@@ -1,56 +1,71 @@
 #!/bin/bash
-# Usage: tools/bench/run.sh [--document] [ROUNDS [PROGRAM.exe]…]
+# Usage: tools/bench/run.sh [ROUNDS [PROGRAM]…]
 #
-# Measures whole runs of the utility in the sandbox, in each round beside the smallest programs that make the same
-# system calls (tools/bench/floor.cpp) and beside PROGRAM, which can be another build of the utility; any other program
-# is measured in the silent scenes only. ROUNDS is 20 unless given. Every measurement, a summary, its tables and its
-# plots are left in build/bench/; the tables are printed. With --document they go into docs/performance.md and
-# docs/performance/ as well. Only figures of one run can be compared, except the requests.
+# Measures the utility, the floor (floor.cpp) and each PROGRAM, another build of the utility, in ROUNDS rounds (default:
+# 20) of a start-up check, of start-up checks of long lists, and of the first window. Prints a table and, because most of
+# a run consists of them, the requests of one check to the Wine server.
 set -euo pipefail
 # shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
-
-case ${1-} in
-  --help | -h) usage; exit ;;
-esac
-document=
-if [[ ${1-} == --document ]]; then
-  document=yes
-  shift
-fi
+check_usage 0 "$@"
 rounds=${1:-20}
-[[ $rounds =~ ^[1-9][0-9]*$ ]] || die "not a number of rounds: $rounds"
-programs=()
-for program in "${@:2}"; do programs+=("Z:$(realpath -- "$program")"); done
+[[ $rounds =~ ^[1-9][0-9]{0,3}$ ]] || die "not a number of rounds: $rounds"
+tree=$build_root/release
 
-"$repo/scripts/setup.sh" --with gnuplot-nox --with python3
-"$repo/scripts/build.sh" release tavrel_bench >&2
-out=$build_root/bench
-mkdir -p "$out"
-# Everything runs on one processor, the last that this process may use: requests to the Wine server across two
-# processors make times scatter by a third.
-processor=$(taskset --cpu-list --pid $$ | grep -o '[0-9]*$')
-bench=$build_root/release/tools/bench/tavrel_bench.exe
-run_bench() { # OUTPUT ARGUMENT…
-  taskset --cpu-list "$processor" "$repo/scripts/sandbox.sh" --name bench --arch win32 --limit 7200 -- \
-    "$repo/tools/bench/cpu_time.py" "$out/cpu-time" wine "$bench" "${@:2}" "${programs[@]}" >"$1"
+if [[ -z ${TAVREL_SANDBOX-} ]]; then
+  programs=()
+  for program in "${@:2}"; do
+    programs+=("$(realpath -e -- "$program")") || die "no program: $program"
+  done
+  "$repo/scripts/setup.sh" --with datamash
+  "$repo/scripts/build.sh" release QRTTavrelUtility standins floor measure >&2
+  # On one processor, because requests to the Wine server across two make times scatter by a third.
+  processor=$(taskset --cpu-list --pid $$ | grep -o '[0-9]*$')
+  exec taskset --cpu-list "$processor" "$repo/scripts/sandbox.sh" --name bench --limit 7200 -- \
+    "$repo/demo/scene.sh" matching patch 0 "$build_root/bench" "$tree" "$0" "$rounds" "${programs[@]}"
+fi
+
+programs=("$tree/tools/bench/floor.exe" "$tree/QRTTavrelUtility.exe" "${@:2}")
+measured=$TAVREL_TMP/measured
+
+# Other load on the machine affects all programs alike: they take turns in each round, in rotating order.
+measure() { # SCENE [2]
+  local round turn i result
+  say "$1"
+  for ((round = 0; round <= rounds; ++round)); do
+    for ((turn = 0; turn < ${#programs[@]}; ++turn)); do
+      i=$(((turn + round) % ${#programs[@]}))
+      result=$(wine "$tree/tools/bench/measure.exe" "Z:${programs[i]}" "${@:2}")
+      # The first round fills the caches.
+      ((round == 0)) || printf '%s\t%d %s\t%s\n' "$1" "$i" "${programs[i]##*/}" "${result%$'\r'}" >>"$measured"
+    done
+  done
 }
-run_bench "$out/measured.csv" "$rounds"
-# The server's trace is in the sandbox's log. Tracing lasts as long as the server, so these runs come last.
-run_bench "$out/traced.csv" requests
-awk -F, -f "$repo/tools/bench/requests.awk" "$out/traced.csv" "$build_root/sandbox/bench-win32/log/wine.log" \
-  >"$out/requests.csv"
-"$repo/tools/bench/report.sh" "$out" "$rounds"
-cat "$out/figures.md"
-[[ $document ]] || exit 0
 
-mkdir -p "$repo/docs/performance"
-cp "$out/summary.csv" "$out"/*.svg "$repo/docs/performance/"
-page=$repo/docs/performance.md
-{
-  sed '/^<!-- figures:/q' "$page"
-  cat "$out/figures.md"
-  sed -n '/^<!-- end of figures -->/,$p' "$page"
-} >"$out/performance.md"
-cp "$out/performance.md" "$page"
-say "Written: $page"
+offer_packs() {
+  {
+    printf '[Update Packs for Versions]\r\n'
+    seq --format=$'[Varnexa15_0_1_%.0f]\r\nSize=1\r' "$1"
+  } >"$TAVREL_TMP/scene/www/qrt15/updates.ini"
+}
+
+traced_requests() { grep -cE '^[0-9a-f]+: [a-z_0-9]+\( ' "$TAVREL_SANDBOX/log/wine.log" || true; }
+
+rm -f "$measured"
+for packs in 1 1000 10000 100000; do
+  offer_packs "$packs"
+  measure "start-up check, packs: $packs" 2
+done
+measure 'first window'
+echo '| what | program | lower quartile, ms | median, ms | upper quartile, ms | memory, KiB | median over floor |'
+echo '|---|---|---:|---:|---:|---:|---:|'
+datamash --sort groupby 1,2 q1 3 median 3 q3 3 median 4 <"$measured" |
+  awk -F'\t' '$2 ~ /^0/ { floor = $4 }
+    { printf "| %s | %s | %.1f | %.1f | %.1f | %d | %.2f |\n", $1, substr($2, 3), $3, $4, $5, $6, $4 / floor }'
+# The server traces from the first such run on, so these come last.
+offer_packs 1
+for program in "${programs[@]}"; do
+  before=$(traced_requests)
+  WINEDEBUG=-all,+server wine "$program" 2
+  printf '%s: %d requests\n' "${program##*/}" "$(($(traced_requests) - before))"
+done
