@@ -4,6 +4,7 @@
 
 #include "app/about_texts.h"
 #include "framework/dialogs.h"
+#include "platform/sharing.h"
 #include "product/identity.h"
 #include "resource.h"
 
@@ -33,6 +34,7 @@ CTavrelSheet::CTavrelSheet(RunState& run)
 
 INT_PTR CTavrelSheet::Run() {
   const INT_PTR result = DoModal();
+  platform::g_nWaitLeftMs = platform::kWaitMs;
   // The page writes the header, but a sheet that could not be shown had no page.
   if (!run_.LaunchedFromPatchCheck && SheetLogText().empty()) WriteRegularRunHeader();
   run_.DatedLog().OpenSystemLog();

@@ -2,7 +2,7 @@
 
 #include "log/activity_log.h"
 #include "log/log_texts.h"
-#include "platform/clock.h"
+#include "platform/system_text.h"
 #include "product/identity.h"
 
 std::wstring InitialBuildLine() {

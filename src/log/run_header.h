@@ -6,5 +6,5 @@
 /// The product label followed by " Build Version : NA".
 std::wstring InitialBuildLine();
 /// The six entries at the head of a run's log, each followed by "\n\n". `invoke_mode` is the end of the last
-/// entry. Contains the local time (platform/clock.h, which documents the failure).
+/// entry. Contains the local time (platform/system_text.h).
 std::wstring RunHeader(bool administrator, std::wstring_view invoke_mode);

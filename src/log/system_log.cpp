@@ -9,12 +9,11 @@
 
 #include "log/log_rules.h"
 #include "log/log_texts.h"
-#include "platform/clock.h"
-#include "platform/encoding.h"
-#include "platform/error_text.h"
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/handles.h"
+#include "platform/sharing.h"
+#include "platform/system_text.h"
 #include "product/identity.h"
 
 namespace {
@@ -32,6 +31,9 @@ std::optional<std::vector<log_rules::LogFileEntry>> FindLogFiles(const std::wstr
   if (!find) return std::nullopt;
   do {
     if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) continue;
+    // Every user may create files in the folder: a link there could lead an elevated run to another file.
+    const bool tagged = (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    if (tagged && IsReparseTagNameSurrogate(data.dwReserved0)) continue;
     if (!log_rules::IsLogFileName(data.cFileName)) continue;
     const ULARGE_INTEGER time{{data.ftLastWriteTime.dwLowDateTime, data.ftLastWriteTime.dwHighDateTime}};
     files.push_back({data.cFileName, time.QuadPart});
@@ -48,7 +50,6 @@ void SystemLog::SetHeader(std::wstring_view header) {
 
 void SystemLog::ApplyBuildVersion(std::wstring_view build_line, std::wstring_view file_version) {
   log_rules::ReplaceBuildLine(header_, build_line, file_version);
-  log_rules::ReplaceBuildLine(pending_, build_line, file_version);
 }
 
 void SystemLog::AppendErrorLine(std::wstring_view text) {
@@ -92,7 +93,7 @@ void SystemLog::AppendTo(const std::wstring& folder, const std::wstring& name) {
   const std::wstring path = folder + L"\\" + name;
   if (WriteAtEnd(path, OPEN_EXISTING, {}) != Outcome::not_opened) return;
   std::optional<std::string> history(log_texts::kHistoryFailed);
-  if (const platform::UniqueFile file = platform::OpenForReading(path)) {
+  if (const auto file = platform::OpenShared(path, GENERIC_READ, platform::kShareAll)) {
     std::optional<std::string> bytes = platform::ReadAll(file.get(), kHistoryLimit);
     const DWORD error = GetLastError();
     if (!bytes && error != ERROR_FILE_TOO_LARGE) {
@@ -106,7 +107,9 @@ void SystemLog::AppendTo(const std::wstring& folder, const std::wstring& name) {
 
 SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long disposition,
                                          std::string_view history) {
-  const platform::UniqueFile file = platform::OpenForWriting(path, disposition);
+  // Shared for reading only, so that utilities append one after the other.
+  const auto file =
+      platform::OpenShared(path, GENERIC_WRITE, FILE_SHARE_READ, disposition, platform::Purpose::log);
   if (!file) return Outcome::not_opened;
   std::string bytes(history);
   bytes += platform::ToUtf8(log_rules::Normalise(PendingText()));

@@ -15,7 +15,7 @@ class SystemLog {
   void SetHeader(std::wstring_view header);
   /// Adds an entry and "\n\n" to the pending text.
   void AppendEntry(std::wstring_view entry) { pending_.append(entry).append(L"\n\n"); }
-  /// Calls log_rules::ReplaceBuildLine for the pending header and text.
+  /// Calls log_rules::ReplaceBuildLine for the pending header.
   void ApplyBuildVersion(std::wstring_view build_line, std::wstring_view file_version);
   /// Adds `text`, prefixed with the local time, as a line to the pending text and to the error text; an
   /// empty text adds nothing.

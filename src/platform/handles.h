@@ -2,11 +2,22 @@
 
 #include <windows.h>
 
-#include "platform/last_error.h"
-
 /// Owners for the handles of the Windows API. A handle type is one alias of UniqueHandle over a traits type
 /// that names the handle, its invalid value and its closing function.
 namespace platform {
+
+/// Saves the thread's last error and restores it at the end of the scope, so that a caller can still report
+/// its failure after calls that change the last error.
+class LastErrorGuard {
+ public:
+  LastErrorGuard() = default;
+  LastErrorGuard(const LastErrorGuard&) = delete;
+  LastErrorGuard& operator=(const LastErrorGuard&) = delete;
+  ~LastErrorGuard() { SetLastError(error_); }
+
+ private:
+  const DWORD error_ = GetLastError();
+};
 
 template <class Traits>
 class UniqueHandle {

@@ -28,8 +28,13 @@ void WriteOption(const std::wstring& settings_file, const wchar_t* key, bool val
   platform::WriteProfileText(settings_file, kSettingsSection, key, TextOf(value));
 }
 
-void RepairOption(const std::wstring& settings_file, const wchar_t* key, bool value, const wchar_t* read_key,
-                  OptionText read) {
+OptionText RepairOption(const std::wstring& settings_file, const wchar_t* key, bool value,
+                        const wchar_t* read_key, OptionText read) {
+  OptionText found = read;
   platform::WriteProfileText(settings_file, kSettingsSection, key, TextOf(value),
-                             [&](const std::wstring& copy) { return ReadOption(copy, read_key) == read; });
+                             [&](const std::wstring& copy) {
+                               found = ReadOption(copy, read_key);
+                               return found == read;
+                             });
+  return found;
 }

@@ -15,8 +15,8 @@ enum class OptionText {
 OptionText ReadOption(const std::wstring& settings_file, const wchar_t* key);
 /// Writes "TRUE" or "FALSE"; a failure is ignored.
 void WriteOption(const std::wstring& settings_file, const wchar_t* key, bool value);
-/// Writes `value` to `key`, but only if `read_key` still reads as `read`. This second read happens while no
-/// other process can change the file. Its result differs when the first read failed for a moment or another
-/// process has changed the file since. A failure is ignored.
-void RepairOption(const std::wstring& settings_file, const wchar_t* key, bool value, const wchar_t* read_key,
-                  OptionText read);
+/// Writes `value` to `key` unless `read_key` no longer reads as `read`: it is read again while no other
+/// process can write to the file, because the first reading can have failed or be out of date. Returns what
+/// the second reading found; `read` when the file cannot be locked. A failure to write is ignored.
+OptionText RepairOption(const std::wstring& settings_file, const wchar_t* key, bool value,
+                        const wchar_t* read_key, OptionText read);

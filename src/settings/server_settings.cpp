@@ -1,10 +1,10 @@
 #include <windows.h>
 
 #include "log/log_texts.h"
-#include "platform/error_text.h"
-#include "platform/file_rewrite.h"
 #include "platform/files.h"
 #include "platform/folders.h"
+#include "platform/profile.h"
+#include "platform/system_text.h"
 #include "product/identity.h"
 #include "settings/option.h"
 #include "settings/run_state.h"
@@ -62,9 +62,9 @@ bool RunState::PrepareServerSettings() {
   }
 
   constexpr auto key = settings_texts::kCheckUpdatesKey;
-  const OptionText check = ReadOption(file, key);
+  OptionText check = ReadOption(file, key);
   if (check == OptionText::missing || check == OptionText::malformed)
-    RepairOption(file, key, true, key, check);
+    check = RepairOption(file, key, true, key, check);
   return check != OptionText::no;
 }
 
@@ -75,7 +75,7 @@ bool RunState::CopyServerSettingsFromInstallFolder(const std::wstring& destinati
     failure = settings_texts::kCopyFailed;
     const auto bytes = platform::ReadWholeFile(source, platform::kRewriteLimit);
     // Another process of this program may create the file at the same moment.
-    if (bytes && (platform::CreateWholeFile(destination, *bytes) || GetLastError() == ERROR_ALREADY_EXISTS)) {
+    if (bytes && (platform::CreateWithContent(destination, *bytes) || GetLastError() == ERROR_FILE_EXISTS)) {
       LogAndNote(settings_texts::kCopied);
       return true;
     }

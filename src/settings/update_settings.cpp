@@ -37,12 +37,12 @@ void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool&
   }
 
   constexpr auto ignore_key = settings_texts::kIgnorePatchErrorKey;
-  const OptionText ignore = ReadOption(settings_file, ignore_key);
-  IgnorePatchError = ignore == OptionText::yes;
+  OptionText ignore = ReadOption(settings_file, ignore_key);
   if ((ignore == OptionText::missing || ignore == OptionText::malformed) &&
       write_back == WriteBack::defaults) {
-    RepairOption(settings_file, ignore_key, false, ignore_key, ignore);
+    ignore = RepairOption(settings_file, ignore_key, false, ignore_key, ignore);
   }
+  IgnorePatchError = ignore == OptionText::yes;
 
   const std::wstring timeout_value = Read(settings_file, settings_texts::kTimeoutKey);
   std::wstring_view timeout = text::Trim(timeout_value);

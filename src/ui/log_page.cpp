@@ -5,8 +5,9 @@
 #include "log/log_rules.h"
 #include "log/sheet_log.h"
 #include "log/system_log.h"
-#include "platform/encoding.h"
 #include "platform/files.h"
+#include "platform/sharing.h"
+#include "platform/system_text.h"
 #include "resource.h"
 #include "text/text.h"
 #include "ui/page_rules.h"
@@ -32,7 +33,9 @@ HWND CLogTrace::FocusTarget() const {
 }
 
 void CLogTrace::OnCommand(int id, int code) {
-  if (id == IDC_SAVE_LOG && code == BN_CLICKED) OnSave();
+  if (id != IDC_SAVE_LOG || code != BN_CLICKED) return;
+  platform::g_nWaitLeftMs = platform::kWaitMs;
+  OnSave();
 }
 
 void CLogTrace::OnSiblingChanged() {
@@ -73,6 +76,6 @@ void CLogTrace::OnSave() {
 }
 
 bool CLogTrace::SaveTo(const std::wstring& path) const {
-  const platform::UniqueFile file = platform::OpenForWriting(path, CREATE_ALWAYS);
+  const auto file = platform::OpenShared(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS);
   return file && platform::WriteAll(file.get(), log_rules::WithCrLf(platform::ToUtf8(shown_log_)));
 }

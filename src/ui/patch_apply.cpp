@@ -3,6 +3,7 @@
 #include "framework/application.h"
 #include "framework/dialogs.h"
 #include "framework/property_sheet.h"
+#include "platform/sharing.h"
 #include "resource.h"
 #include "settings/run_state.h"
 #include "text/text.h"
@@ -71,6 +72,7 @@ void PatchApply::OnSetActive() {
 
 void PatchApply::OnCommand(int id, int code) {
   if (code != BN_CLICKED) return;
+  platform::g_nWaitLeftMs = platform::kWaitMs;
   switch (id) {
     case IDC_INSTALL:
       OnInstallUpdates();

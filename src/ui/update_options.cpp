@@ -11,17 +11,17 @@ void UpdateOptions::LoadUpdateOptions(const std::wstring& settings_file) {
   m_bSettingsFileKnown = true;
   m_strSettingsFile = settings_file;
 
-  const OptionText check = ReadOption(settings_file, kCheckUpdatesKey);
-  m_bCheckOnStartup = check == OptionText::no ? 0 : 1;
+  OptionText check = ReadOption(settings_file, kCheckUpdatesKey);
   if (check == OptionText::missing || check == OptionText::malformed) {
-    RepairOption(settings_file, kCheckUpdatesKey, true, kCheckUpdatesKey, check);
+    check = RepairOption(settings_file, kCheckUpdatesKey, true, kCheckUpdatesKey, check);
   }
+  m_bCheckOnStartup = check == OptionText::no ? 0 : 1;
 
-  const OptionText hide = ReadOption(settings_file, kIgnorePatchErrorKey);
-  m_bHideNetworkErrors = hide == OptionText::yes ? 1 : 0;
+  OptionText hide = ReadOption(settings_file, kIgnorePatchErrorKey);
   if (hide == OptionText::missing) {
-    RepairOption(settings_file, kIgnorePatchErrorKey, false, kIgnorePatchErrorKey, hide);
+    hide = RepairOption(settings_file, kIgnorePatchErrorKey, false, kIgnorePatchErrorKey, hide);
   }
+  m_bHideNetworkErrors = hide == OptionText::yes ? 1 : 0;
   // This writes the other key on purpose: a malformed value switches off the check at start-up, and stays in
   // the file so that the user sees it.
   if (hide == OptionText::malformed) {

@@ -5,10 +5,9 @@
 #include <optional>
 
 #include "log/log_texts.h"
-#include "platform/encoding.h"
-#include "platform/error_text.h"
 #include "platform/files.h"
 #include "platform/folders.h"
+#include "platform/system_text.h"
 #include "text/text.h"
 #include "update/record_text.h"
 #include "update/update_texts.h"

@@ -7,8 +7,8 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/error_text.h"
 #include "platform/http.h"
+#include "platform/system_text.h"
 #include "product/identity.h"
 #include "text/text.h"
 #include "update/list_file.h"

@@ -9,7 +9,7 @@
 #include "text/text.h"
 #include "update/section_names.h"
 
-using platform::OpenWhenFree;
+using platform::OpenShared;
 
 namespace {
 
@@ -35,9 +35,10 @@ bool ListFile::Create() {
   mutex_.Take();
   // Without a temporary folder the path stays empty and the call fails; the current folder is never used.
   if (!folder_.empty()) path_ = folder_ + (mutex_.IsHeld() ? kSharedName : PrivateName());
-  file_ = OpenWhenFree([this] { return platform::OpenForWriting(path_, CREATE_ALWAYS); });
+  constexpr DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE;
+  file_ = OpenShared(path_, GENERIC_WRITE, share, CREATE_ALWAYS);
   temporary_ = file_ && !mutex_.IsHeld();
-  if (file_) keeper_ = OpenWhenFree([this] { return platform::OpenForReading(path_); });
+  if (file_) keeper_ = OpenShared(path_, GENERIC_READ, share);
   return static_cast<bool>(keeper_);
 }
 
@@ -54,10 +55,8 @@ bool ListFile::Exists() const {
 }
 
 bool ListFile::ReadNames(std::vector<std::wstring>& sections) const {
-  // The profile functions return an empty list for a file that they cannot open, so this call opens it first
-  // to detect that. The handle also denies writing.
-  const platform::UniqueFile guard =
-      OpenWhenFree([this] { return platform::OpenForReading(path_, FILE_SHARE_READ); });
+  // A file that cannot be opened reads as an empty list, so open it first. The handle also keeps writers out.
+  const platform::UniqueFile guard = OpenShared(path_, GENERIC_READ, FILE_SHARE_READ);
   if (!guard) return false;
   AppendSectionNames(platform::ReadProfileSectionNames(path_, kSectionNamesCapacity), sections);
   return true;

@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "platform/handles.h"
-#include "platform/named_mutex.h"
+#include "platform/sharing.h"
 
 /// The local file that receives a list of updates. Callers create, write, close and read it in this order.
 /// The processes of one session share one file in the temporary folder. A mutex locks it for one of them from
 /// Create until the object ends. A process that does not get the mutex in time uses a file with another name,
-/// which is deleted with the object. All waits are those of WaitFor (platform/wait.h).
+/// which is deleted with the object. It waits as platform/sharing.h says.
 class ListFile {
  public:
   ListFile();

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <regex>
 
-#include "platform/error_text.h"
+#include "platform/system_text.h"
 #include "support/machine.h"
 #include "text/text.h"
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "expected.h"
-#include "platform/wait.h"
+#include "platform/sharing.h"
 #include "settings/registered_data.h"
 #include "settings/run_state.h"
 #include "settings/update_settings.h"
@@ -119,9 +119,9 @@ TEST_CASE("a settings folder and file that another start makes at the same momen
     if (!std::wstring_view(path).ends_with(L"QRT15\\")) race.original(path, security);
     return race.original(path, security);
   });
-  const support::ImportHook<MoveFileExW> file_race("MoveFileExW", [&](auto from, auto to, auto flags) {
-    support::WriteBytes(to, *seed);
-    return file_race.original(from, to, flags);
+  const support::ImportHook<CreateFileW> file_race("CreateFileW", [&](auto path, auto... all) {
+    if (path == machine.SettingsFile() && !ReadBytes(path)) support::WriteBytes(path, *seed);
+    return file_race.original(path, all...);
   });
   RunState run;
   CHECK(!run.PrepareServerSettings());
@@ -150,7 +150,7 @@ TEST_CASE(
   }
 }
 
-TEST_CASE("a default does not replace a value that could not be read, or only in part") {
+TEST_CASE("a value that could not be read, or only in part, is read again before a default replaces it") {
   const std::string lines = "CHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=TRUE\r\n";
   for (const wchar_t* const text : {L"", L"T"}) {
     Machine machine;
@@ -163,11 +163,14 @@ TEST_CASE("a default does not replace a value that could not be read, or only in
           return static_cast<DWORD>(lstrlenW(lstrcpynW(value, text, static_cast<int>(size))));
         });
     RunState run;
-    CHECK(run.PrepareServerSettings());
+    CHECK_FALSE(run.PrepareServerSettings());
     bool url_mode = false;
-    UpdateSettings().ReadUpdateSettings(path, url_mode, UpdateSettings::WriteBack::defaults);
+    UpdateSettings settings;
+    settings.ReadUpdateSettings(path, url_mode, UpdateSettings::WriteBack::defaults);
+    CHECK(settings.IgnorePatchError);
     UpdateOptions options;
     options.LoadUpdateOptions(path);
+    CHECK(options.m_bCheckOnStartup == 0);
     CHECK(ReadBytes(path) == "[KORSA_URL]\r\n" + lines);
     options.WriteCheckUpdatesKey(true);
     CHECK(ReadBytes(path) == "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=TRUE\r\n");

@@ -5,9 +5,8 @@
 #include <algorithm>
 #include <thread>
 
-#include "platform/files.h"
 #include "platform/profile.h"
-#include "platform/wait.h"
+#include "platform/sharing.h"
 #include "support/machine.h"
 #include "support/table.h"
 #include "update/list_file.h"
@@ -24,7 +23,10 @@ TEST_CASE("list file: only the file that was written is read, and no other proce
   REQUIRE(file.Create());
   REQUIRE(file.Write("[a]\r\n"));
   file.Close();
-  const auto open_for_writing = [&path] { return platform::OpenForWriting(path, OPEN_EXISTING); };
+  const auto open_for_writing = [&path] {
+    return platform::UniqueFile(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                            nullptr, OPEN_EXISTING, 0, nullptr));
+  };
   {
     const ImportHook<GetPrivateProfileSectionNamesW> reading(
         "GetPrivateProfileSectionNamesW", [&](LPWSTR buffer, DWORD size, LPCWSTR name) {

@@ -10,9 +10,8 @@
 #include "log/activity_log.h"
 #include "log/sheet_log.h"
 #include "platform/administrator.h"
-#include "platform/error_text.h"
 #include "platform/files.h"
-#include "platform/wait.h"
+#include "platform/sharing.h"
 #include "support/machine.h"
 #include "version.h"
 
@@ -136,13 +135,16 @@ TEST_CASE_FIXTURE(LogFolder, "what could not be written is written later, with t
   CHECK(NewText() == "header\r\nnew\r\n" + errors);
 }
 
-TEST_CASE_FIXTURE(LogFolder, "an append waits for another process within the run's waiting time") {
+TEST_CASE_FIXTURE(LogFolder, "an append waits for another process, and keeps others from writing meanwhile") {
   Have(L"A", 5);
-  const platform::UniqueFile other = platform::OpenForWriting(Path(L"A"), OPEN_EXISTING);
-  REQUIRE(LockFile(other.get(), 0, 0x40000000, 1, 0));
+  const support::HeldForAMoment other(Path(L"A"));
+  const ImportHook<WriteFile> write("WriteFile", [&](auto... all) {
+    CHECK(CreateFileW(Path(L"A").c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                      OPEN_EXISTING, 0, nullptr) == INVALID_HANDLE_VALUE);
+    return write.original(all...);
+  });
   platform::g_nWaitLeftMs = 50;
   Write(L"new");
-  CHECK(std::exchange(platform::g_nWaitLeftMs, 1000) == 0);
   CHECK(Text(L"A") == "old\r\nnew\r\n");
 }
 

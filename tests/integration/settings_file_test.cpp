@@ -2,11 +2,9 @@
 
 #include <windows.h>
 
-#include <optional>
-
-#include "platform/file_rewrite.h"
+#include "platform/files.h"
 #include "platform/profile.h"
-#include "platform/wait.h"
+#include "platform/sharing.h"
 #include "support/import_hook.h"
 #include "support/machine.h"
 
@@ -28,7 +26,7 @@ struct SettingsFile {
   explicit SettingsFile(const std::string& bytes = kOld) { WriteBytes(path, bytes); }
   /// The content after a value was written. `others`: files beside it.
   std::string Write(std::size_t others = 0, const wchar_t* value = L"2") {
-    platform::g_nWaitLeftMs = 100;
+    platform::g_nWaitLeftMs = platform::kWaitMs;
     platform::WriteProfileText(path, L"S", L"A", value);
     CHECK(support::FileNames(folder).size() == 1 + others);
     CHECK(support::FileNames(machine.Temp()).empty());
@@ -44,6 +42,13 @@ struct FullDisk {
                                      return hook.original(file, bytes, ++calls == call ? size / 2 : size,
                                                           written, nullptr);
                                    }};
+};
+
+/// Makes the pauses of this program short, and counts the milliseconds that it asked for.
+struct Pauses {
+  DWORD waited = 0;
+  const ImportHook<Sleep> sleep{"Sleep", [this](DWORD pause) { waited += pause; }};
+  const ImportHook<GetTickCount64> clock{"GetTickCount64", [this] { return ULONGLONG{waited}; }};
 };
 
 }  // namespace
@@ -68,9 +73,13 @@ TEST_CASE("a value is written in the file's place, and everything else in the fi
         "2\0\r\0\n\0"s);
   CHECK(SettingsFile("[T]\r\nB=1\r\n").Write() == "[T]\r\nB=1\r\n[S]\r\nA=2\r\n");
   CHECK(SettingsFile("[S]\r\nA=1").Write() == "[S]\r\nA=2\r\n");
+  const std::string largest = kOld + std::string((1 << 20) - kOld.size(), '\n');
+  CHECK(SettingsFile(largest).Write() == kNew);
+  CHECK(SettingsFile(largest + "\n").Write() == largest + "\n");
 }
 
-TEST_CASE("a failure while the file is written leaves its old content") {
+TEST_CASE(
+    "a failure while the file is written leaves its old content, and a failure afterwards the new one") {
   for (const wchar_t* const value : {L"2", L"longer-than-the-old-text-in-it"}) {
     SettingsFile file;
     const FullDisk disk{.call = 2};
@@ -78,48 +87,62 @@ TEST_CASE("a failure while the file is written leaves its old content") {
     CHECK(disk.calls == 3);
   }
   const ImportHook<FlushFileBuffers> lost("FlushFileBuffers", ERROR_WRITE_FAULT);
-  CHECK(SettingsFile().Write() == kOld);
+  CHECK(SettingsFile().Write() == kNew);
 }
 
-TEST_CASE("an edited copy in which more than one line differs is refused") {
-  for (const char* const copy :
-       {"", "[S]\r\nA=2\r\n", "[S]\r\nA=\r\n[T]\r\nB=1\r\n", "[S]\r\nA=2\r\n[T]\r\nB=2\r\n"}) {
-    const ImportHook<WritePrivateProfileStringW> edit(
-        "WritePrivateProfileStringW",
-        [&](auto, auto, auto, auto path) { return WriteBytes(path, copy), TRUE; });
-    CHECK(SettingsFile().Write() == kOld);
-  }
-}
-
-TEST_CASE("a write waits for a process that holds the file, and changes nothing when that does not end") {
+TEST_CASE("a process that ends between two calls of a write leaves no tail of the old content") {
   SettingsFile file;
-  std::optional<ShareLock> holder(std::in_place, file.path, static_cast<DWORD>(FILE_SHARE_READ));
-  CHECK(file.Write() == kOld);
-  CHECK(platform::g_nWaitLeftMs == 0);
-  int opened = 0;
-  const ImportHook<CreateFileW> open("CreateFileW", [&](auto... all) {
-    if (++opened == 2) holder.reset();
-    return open.original(all...);
+  const ImportHook<SetEndOfFile> end("SetEndOfFile", [&](HANDLE handle) {
+    const std::string left = ReadBytes(file.path).value_or("");
+    CHECK(left == kNew + std::string(kOld.size() - kNew.size(), '\n'));
+    return end.original(handle);
   });
   CHECK(file.Write() == kNew);
 }
 
+TEST_CASE("a write waits for a process that holds the file or locks it, and gives up in time") {
+  SettingsFile file;
+  {
+    const ShareLock holder(file.path, FILE_SHARE_READ);
+    const Pauses pauses;
+    CHECK(file.Write() == kOld);
+  }
+  {
+    const support::HeldForAMoment holder(file.path);
+    CHECK(file.Write() == kNew);
+  }
+  int locked = 2;
+  const ImportHook<WriteFile> write("WriteFile", [&](auto handle, auto bytes, auto size, auto written, auto) {
+    if (std::string_view(static_cast<const char*>(bytes), size).starts_with(kOld) && locked-- > 0)
+      return support::Fail(ERROR_LOCK_VIOLATION, FALSE);
+    return write.original(handle, bytes, size, written, nullptr);
+  });
+  CHECK(file.Write(0, L"longer-than-the-new-one") == kOld);
+}
+
+TEST_CASE("all waits end within a second, and leave the log its time") {
+  const Pauses pauses;
+  platform::g_nWaitLeftMs = platform::kWaitMs;
+  const auto waited_after = [&](platform::Purpose purpose) {
+    CHECK_FALSE(platform::WaitFor(purpose, [] { return false; }));
+    return pauses.waited;
+  };
+  CHECK(waited_after(platform::Purpose::list_mutex) <= 500);
+  CHECK(waited_after(platform::Purpose::file) <= 700);
+  const DWORD before_log = pauses.waited;
+  const DWORD all = waited_after(platform::Purpose::log);
+  CHECK((all <= 1000 && all - before_log >= 280));
+}
+
 TEST_CASE("a new file has all its bytes or is not there, and an existing one is not replaced") {
   SettingsFile file;
-  CHECK(!platform::CreateWholeFile(file.path, kNew));
-  CHECK(GetLastError() == ERROR_ALREADY_EXISTS);
+  CHECK(!platform::CreateWithContent(file.path, kNew));
+  CHECK(GetLastError() == ERROR_FILE_EXISTS);
   CHECK(ReadBytes(file.path) == kOld);
-
-  const auto create = [&] {
-    DeleteFileW(file.path.c_str());
-    const DWORD error = platform::CreateWholeFile(file.path, kNew) ? ERROR_SUCCESS : GetLastError();
-    CHECK(ReadBytes(file.path).value_or("") == (error == ERROR_SUCCESS ? kNew : ""));
-    return error;
-  };
-  CHECK(create() == ERROR_SUCCESS);
-  const ImportHook<MoveFileExW> other_volume("MoveFileExW", ERROR_NOT_SAME_DEVICE);
-  CHECK(create() == ERROR_SUCCESS);
-  const FullDisk disk{.call = 2};
-  CHECK(create() == ERROR_DISK_FULL);
-  CHECK(support::FileNames(file.machine.Temp()).empty());
+  DeleteFileW(file.path.c_str());
+  CHECK(file.Write() == "[S]\r\nA=2\r\n");
+  DeleteFileW(file.path.c_str());
+  const ImportHook<WriteFile> disk("WriteFile", ERROR_DISK_FULL);
+  CHECK(!platform::CreateWithContent(file.path, kNew));
+  CHECK(support::FileNames(file.folder).empty());
 }

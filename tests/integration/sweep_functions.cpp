@@ -137,9 +137,8 @@ const Functions& Watched() {
     WATCH(-1, Codes(5), L"", GetFileAttributesW);
     // Files.
     WATCH(-1, Codes(2, 5, 32, 112), L"+object", CreateFileW);
-    WATCH(0, Codes(5), L"", ReadFile, SetFilePointerEx, SetEndOfFile, LockFileEx, UnlockFileEx,
-          CreateDirectoryW, MoveFileExW, FlushFileBuffers, GetTempFileNameW, GetFileInformationByHandle,
-          SetFileInformationByHandle);
+    WATCH(0, Codes(5), L"", ReadFile, SetFilePointerEx, SetEndOfFile, CreateDirectoryW, FlushFileBuffers,
+          GetTempFileNameW, SetFileInformationByHandle);
     WATCH(0, Codes(5, 32), L"", DeleteFileW);
     WATCH(-1, Codes(2, 5), L"+find", FindFirstFileW);
     WATCH(0, Codes(5, 18), L"", FindNextFileW);

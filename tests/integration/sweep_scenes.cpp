@@ -1,7 +1,7 @@
 #include <windows.h>
 
 #include "log/system_log.h"
-#include "platform/wait.h"
+#include "platform/sharing.h"
 #include "settings/run_state.h"
 #include "sweep.h"
 #include "text/text.h"

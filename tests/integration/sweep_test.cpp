@@ -200,12 +200,9 @@ TEST_CASE("sweep: after each failing call handles, files, flags and log are as d
   const support::HttpServer server(
       support::Reply(200, "[Update Packs for Versions]\r\n[Varnexa15_0_2_7]\r\n"));
   SetUnhandledExceptionFilter(SceneRunner::OnCrash);
-  SYSTEMTIME noon{2020, 9, 0, 13, 12, 0, 0, 0};  // 13 September
-  FILETIME now{};
-  TzSpecificLocalTimeToSystemTime(nullptr, &noon, &noon);
-  SystemTimeToFileTime(&noon, &now);
-  const support::ImportHook<GetSystemTimeAsFileTime> clock("GetSystemTimeAsFileTime",
-                                                           [now](FILETIME* time) { *time = now; });
+  const support::ImportHook<GetLocalTime> noon("GetLocalTime", [](SYSTEMTIME* time) {
+    *time = {2020, 9, 0, 13, 12, 0, 0, 0};  // Sunday, 13 September
+  });
   Tables tables;
   for (const Scene& scene : Scenes()) {
     if (Wanted(scene.name + ":")) SceneRunner(scene, tables).Sweep();

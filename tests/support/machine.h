@@ -30,6 +30,13 @@ struct ShareLock : platform::UniqueFile {
   explicit ShareLock(const std::wstring& path, DWORD share = 0);
 };
 
+/// A file that another process holds, without sharing it, until this program pauses for the first time.
+struct HeldForAMoment {
+  explicit HeldForAMoment(const std::wstring& path) : holder(std::in_place, path) {}
+  std::optional<ShareLock> holder;
+  const ImportHook<Sleep> pause{"Sleep", [this](DWORD) { holder.reset(); }};
+};
+
 // --- Registry, below HKEY_LOCAL_MACHINE: that of the Machine if there is one, else that of the Wine prefix.
 void SetRegistryBytes(const std::wstring& key, const wchar_t* name, DWORD type, std::string_view bytes);
 void SetRegistryText(const std::wstring& key, const wchar_t* name, std::wstring_view text);

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "platform/encoding.h"
+#include "platform/system_text.h"
 #include "support/table.h"
 
 namespace support {
