@@ -1,35 +1,25 @@
 #!/bin/bash
-# Sets up, builds, and runs the utility in a sandbox: see the usage text below.
+# Usage: ./run.sh [OPTION]…
+#
+# Installs what is missing (Debian 12 and 13, as root or with sudo for apt), builds the utility and runs it in a
+# sandbox with a stand-in for the installed product and an update server: on the desktop where there is a
+# display, otherwise on a virtual one, leaving a picture of its window. Outside this folder only Debian packages and
+# the i386 architecture are added. The sandbox reaches no other machine where the system permits namespaces.
+#
+#   --scene NAME    what the utility finds (below)
+#   --mode MODE     regular (default): the user starts it, the window opens at once
+#                   patch: the product starts it, a window opens only if there is something to tell
+#   --arch ARCH     win32 (default) or win64: the kind of Windows
+#   --virtual       use a virtual display also where there is a desktop
+#   --seconds N     on a virtual display, how long a window stays before its picture is taken and it is
+#                   closed (default: 3; at most 600)
+#   --list          only lists the scenes
+#   --help          this text
+#
+#   TAVREL_BUILD_ROOT     folder for everything that is built (default: build); needed in a read-only checkout
+#   TAVREL_HAVE_PACKAGES  1: install nothing; all packages are installed, possibly under other names
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/scripts/lib.sh"
-
-usage() {
-  cat <<'EOF'
-Usage: ./run.sh [OPTION]…
-
-Installs what is missing (Debian 12 and 13, as root or with sudo for apt), builds the utility and runs it in a
-sandbox with a stand-in for the installed product and an update server: on the desktop where there is a
-display, otherwise on a virtual one, leaving a picture of its window. Outside this folder only Debian packages and
-the i386 architecture are added. The sandbox reaches no other machine where the system permits namespaces.
-
-  --scene NAME    what the utility finds (below)
-  --mode MODE     regular (default): the user starts it, the window opens at once
-                  patch: the product starts it, a window opens only if there is something to tell
-  --arch ARCH     win32 (default) or win64: the kind of Windows
-  --virtual       use a virtual display also where there is a desktop
-  --seconds N     on a virtual display, how long a window stays before its picture is taken and it is
-                  closed (default: 3; at most 600)
-  --list          only lists the scenes
-  --help          this text
-
-  TAVREL_BUILD_ROOT     folder for everything that is built (default: build); needed in a read-only checkout
-  TAVREL_HAVE_PACKAGES  1: install nothing; all packages are installed, possibly under other names
-
-Scenes:
-EOF
-  list_scenes
-}
 
 list_scenes() {
   local file about
@@ -53,7 +43,7 @@ while (($#)); do
       shift 2 ;;
     --virtual) display=virtual; shift ;;
     --list) list_scenes; exit ;;
-    --help | -h) usage; exit ;;
+    --help | -h) usage; printf '\nScenes:\n'; list_scenes; exit ;;
     *) die "unknown option: $1; ./run.sh --help tells more" ;;
   esac
 done

@@ -8,13 +8,11 @@
 # Output: picture-1.png …, *.log (the utility's log files), requests.log (the server's), exit-code,
 # settings.ini (korsa.ini as the run left it), started.txt (how the product was started, if it was).
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 5 "$@"
 [[ -n ${TAVREL_SANDBOX-} ]] || die "runs in a sandbox only (run.sh makes one)"
 
 scene=$1 mode=$2 seconds=$3 output=$4 build=$5
-# shellcheck source=/dev/null
 . "$build/generated/product.sh"
 
 # Everything that a scene can set, with the defaults.
@@ -32,7 +30,6 @@ seed=yes                         # korsa.ini is beside the program
 record=                          # text of the record of processed packs; empty: there is none
 left_out=                        # value that the product's uninstall entry lacks
 wow_key=no                       # an empty SOFTWARE\Wow6432Node in a 32-bit prefix
-# shellcheck source=/dev/null
 . "$repo/demo/scenes/$scene"
 
 work=$TAVREL_TMP/scene
@@ -51,7 +48,7 @@ user_folder=$(find "$drive/users" -mindepth 1 -maxdepth 1 ! -name Public)
 documents=$user_folder/Documents
 
 place_files() {
-  rm -rf "$work" "$folder" "$log_folder" "$documents/$TAVREL_PRODUCT"
+  rm -rf "$work" "$folder" "$log_folder" "${documents:?}/$TAVREL_PRODUCT"
   rm -f "$user_folder"/{,AppData/Local/}Temp/updates.ini
   mkdir -p "$work/www/qrt15" "$folder" "$log_folder"
   cp "$build/QRTTavrelUtility.exe" "$folder/"

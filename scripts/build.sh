@@ -4,7 +4,6 @@
 # Configures and builds one of the presets in CMakePresets.json, in build/PRESET, or below TAVREL_BUILD_ROOT where
 # that names another folder than build. With --configure it does not build.
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
 
 build=yes
@@ -16,9 +15,10 @@ esac
 preset=${1-}
 [[ -n $preset ]] || die "names no preset; scripts/build.sh --help tells more"
 shift
+cd "$repo"
+cmake --list-presets | grep -qF "\"$preset\"" || die "unknown preset: $preset; cmake --list-presets names them"
 tree=$build_root/$preset
 make_build_root
-cd "$repo"
 if [[ ! -e $tree/build.ninja ]] &&
   ! cmake --preset "$preset" -B "$tree" >"$tree.configure.log" 2>&1; then
   cat "$tree.configure.log" >&2

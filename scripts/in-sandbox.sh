@@ -3,7 +3,6 @@
 #   in-sandbox.sh WINE-VERSION DISPLAY SCREEN SECONDS COMMAND…   starts display and Wine, runs COMMAND, stops them
 #   in-sandbox.sh --initialise-prefix                            as COMMAND: prepares a new prefix
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
 
 start_display() {

@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+#!/bin/bash
 # Shared by the scripts of this project: sourced, never run.
 
 repo=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
@@ -16,11 +16,10 @@ die() {
   exit 2
 }
 
-# For scripts whose usage text is the comment at their top: prints it.
-usage() { sed -n '/^# shellcheck/d; 2,/^[^#]/s/^#$//p; 2,/^[^#]/s/^# //p' "$0"; }
+# Prints the script's usage text: the comment at its top.
+usage() { sed -n '2,/^[^#]/s/^#\( \|$\)//p' "$0"; }
 
-# For such scripts: prints the usage text for --help, and ends with 2 when there are too few arguments:
-# check_usage COUNT "$@"
+# Prints the usage text for --help, and ends with 2 when there are too few arguments: check_usage COUNT "$@"
 check_usage() {
   local count=$1
   shift
@@ -32,7 +31,6 @@ check_usage() {
 }
 
 make_build_root() {
-  # shellcheck disable=SC2015  # either failing means the same
   mkdir -p "$build_root" 2>/dev/null && [[ -w $build_root ]] ||
     die "cannot write to $build_root; set TAVREL_BUILD_ROOT to a folder that can be written"
 }

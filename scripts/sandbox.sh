@@ -1,48 +1,39 @@
 #!/bin/bash
-# Runs a command in a sandbox: see the usage text below.
+# Usage: scripts/sandbox.sh [OPTION]… -- COMMAND [ARGUMENT]…
+#        scripts/sandbox.sh [--arch ARCH] --prepare
+#
+# Runs COMMAND in a sandbox with its own display and Wine prefix. Where the system permits namespaces,
+# bubblewrap isolates it: it has its own loopback network (nothing reaches another machine, and port 80 is free
+# for every user), its own /etc/hosts and /tmp, and it can write only to this clone and the build folder.
+# Elsewhere, as in a container with default confinement, it has its own host names and its own folder for
+# temporary files; only one sandbox runs at a time, on the container's network.
+#
+# When COMMAND ends, all processes that it started are ended. The sandbox ends with the process that called this
+# script. Commands in one sandbox wait for each other. The prefix is kept for the next command; after a run that
+# did not end cleanly it is created again. The exit code is COMMAND's, or 124 after a time-out.
+#
+#   --name NAME      the sandbox (default: TAVREL_PREFIX_NAME or main); sandboxes have no files in common
+#   --arch ARCH      kind of Wine prefix: win32 (default: TAVREL_ARCH or this) or win64
+#   --display KIND   virtual (default), desktop (the one that DISPLAY names) or none
+#   --screen SIZE    size of the virtual display in pixels (default: 1024x768)
+#   --limit SECONDS  longest run of COMMAND (default: 600)
+#   --prepare        only makes the prefix that sandboxes of this kind are copied from, if it is missing
+#
+# COMMAND finds in its environment: TAVREL_SANDBOX, the sandbox's folder (prefix/, log/); TAVREL_DISPLAY, the kind
+# of display; TAVREL_HOSTS, the file of names, to which it may write; TAVREL_TMP, a folder for temporary files.
+# Everything is kept in build/sandbox, or below TAVREL_BUILD_ROOT where that names another folder than build.
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
-
-usage() {
-  cat <<'EOT'
-Usage: scripts/sandbox.sh [OPTION]… -- COMMAND [ARGUMENT]…
-       scripts/sandbox.sh [--arch ARCH] --prepare
-
-Runs COMMAND in a sandbox with its own display and Wine prefix. Where the system permits namespaces,
-bubblewrap isolates it: it has its own loopback network (nothing reaches another machine, and port 80 is free
-for every user), its own /etc/hosts and /tmp, and it can write only to this clone and the build folder.
-Elsewhere, as in a container with default confinement, it has its own host names and its own folder for
-temporary files; only one sandbox runs at a time, on the container's network.
-
-When COMMAND ends, all processes that it started are ended. The sandbox ends with the process that called this
-script. Commands in one sandbox wait for each other. The prefix is kept for the next command; after a run that
-did not end cleanly it is created again. The exit code is COMMAND's, or 124 after a time-out.
-
-  --name NAME      the sandbox (default: TAVREL_PREFIX_NAME or main); sandboxes have no files in common
-  --arch ARCH      kind of Wine prefix: win32 (default: TAVREL_ARCH or this) or win64
-  --display KIND   virtual (default), desktop (the one that DISPLAY names) or none
-  --screen SIZE    size of the virtual display in pixels (default: 1024x768)
-  --hosts FILE     names that exist in the sandbox (default: demo/hosts)
-  --limit SECONDS  longest run of COMMAND (default: TAVREL_LIMIT or 600)
-  --prepare        only makes the prefix that sandboxes of this kind are copied from, if it is missing
-
-COMMAND finds in its environment: TAVREL_SANDBOX, the sandbox's folder (prefix/, log/); TAVREL_DISPLAY, the kind
-of display; TAVREL_HOSTS, the file of names, to which it may write; TAVREL_TMP, a folder for temporary files.
-Everything is kept in build/sandbox, or below TAVREL_BUILD_ROOT where that names another folder than build.
-EOT
-}
 
 name=${TAVREL_PREFIX_NAME:-main}
 arch=${TAVREL_ARCH:-win32}
 display=virtual
 screen=1024x768
-hosts=$repo/demo/hosts
-limit=${TAVREL_LIMIT:-600}
+limit=600
 action=run
 while (($#)); do
   case $1 in
-    --name | --arch | --display | --screen | --hosts | --limit)
+    --name | --arch | --display | --screen | --limit)
       (($# > 1)) || die "$1 needs a value"
       declare "${1#--}=$2"
       shift 2 ;;
@@ -57,7 +48,6 @@ done
 [[ $screen =~ ^[1-9][0-9]{2,3}x[1-9][0-9]{2,3}$ ]] || die "not a size of a display: $screen"
 [[ $name =~ ^[A-Za-z0-9_.-]+$ ]] || die "a sandbox's name is letters, digits, '_', '.' and '-': $name"
 [[ $limit =~ ^[1-9][0-9]{0,5}$ ]] || die "not a number of seconds: $limit"
-[[ -r $hosts ]] || die "cannot read $hosts"
 [[ $action == prepare ]] || (($#)) || die "names no command; scripts/sandbox.sh --help tells more"
 
 kind=$(sandbox_kind) || die "no sandbox is possible here ($kind); scripts/setup.sh says how to go on"
@@ -94,7 +84,7 @@ enter_sandbox() {
   export TAVREL_SANDBOX=$1
   shift
   # libnss-wrapper rejects comments.
-  sed '/^#/d' "$hosts" >"$TAVREL_SANDBOX/hosts"
+  sed '/^#/d' "$repo/demo/hosts" >"$TAVREL_SANDBOX/hosts"
   export WINEPREFIX=$TAVREL_SANDBOX/prefix WINEARCH=$arch
   export WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
   # The locale fixes the ANSI code page of the prefix (1252). Wine 10 crashes when TMPDIR is set. Wine uses http_proxy.
@@ -138,7 +128,7 @@ enter_plain() {
   # Ends the sandbox, and keeps the container's lock until then.
   setsid --fork "$repo/scripts/end-sandbox.sh" "$BASHPID" "$TAVREL_SANDBOX.open" "$TAVREL_TMP" \
     </dev/null >"$TAVREL_SANDBOX/log/end.log" 2>&1
-  # Every process of the sandbox inherits this file instead of the lock, and is found by it.
+  # Every process inherits this open file; end-sandbox.sh finds them by it.
   exec 9>"$TAVREL_SANDBOX.open"
   # Without CAP_DAC_OVERRIDE root cannot write to read-only files, as an ordinary user cannot.
   if ((EUID == 0)); then bounding=(--bounding-set=-dac_override --inh-caps=-dac_override); fi

@@ -9,7 +9,6 @@
 # TAVREL_HAVE_PACKAGES  1: install nothing; all packages are installed, possibly under other names
 # TAVREL_BUILD_ROOT     folder for everything that is built, and for the log (default: build)
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
 
 downgrade=no
@@ -29,7 +28,7 @@ packages=(
   "${more_packages[@]}"
   # build and checks
   cmake ninja-build g++ g++-mingw-w64-i686-posix doctest-dev nlohmann-json3-dev libcli11-dev libutfcpp-dev
-  clang libclang-rt-dev clang-format clang-tidy
+  clang libclang-rt-dev clang-format clang-tidy shellcheck yamllint
   # sandbox: isolation with and without namespaces, Wine and its fonts and X libraries, display, update server,
   # picture of the screen
   bubblewrap libnss-wrapper libnss-wrapper:i386 psmisc

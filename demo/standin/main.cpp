@@ -52,7 +52,7 @@ bool WriteNote(const std::string& text) {
          MoveFileExW(draft.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
 }
 
-LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   switch (message) {
     case WM_TIMER:
       DestroyWindow(window);
@@ -61,19 +61,19 @@ LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lPar
       PostQuitMessage(0);
       return 0;
     default:
-      return DefWindowProcW(window, message, wParam, lParam);
+      return DefWindowProcW(window, message, wparam, lparam);
   }
 }
 
 int ShowProduct(HINSTANCE instance) {
-  WNDCLASSW windowClass{};
-  windowClass.lpfnWndProc = OnMessage;
-  windowClass.hInstance = instance;
-  windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));  // IDC_ARROW
-  windowClass.hbrBackground = GetSysColorBrush(COLOR_WINDOW);
-  windowClass.lpszClassName = L"ProductStandIn";
-  if (RegisterClassW(&windowClass) == 0) return 1;
-  const HWND window = CreateWindowExW(0, windowClass.lpszClassName, L"" TAVREL_PRODUCT_LABEL " (stand-in)",
+  WNDCLASSW window_class{};
+  window_class.lpfnWndProc = OnMessage;
+  window_class.hInstance = instance;
+  window_class.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));  // IDC_ARROW
+  window_class.hbrBackground = GetSysColorBrush(COLOR_WINDOW);
+  window_class.lpszClassName = L"ProductStandIn";
+  if (RegisterClassW(&window_class) == 0) return 1;
+  const HWND window = CreateWindowExW(0, window_class.lpszClassName, L"" TAVREL_PRODUCT_LABEL " (stand-in)",
                                       WS_OVERLAPPEDWINDOW | WS_VISIBLE, CW_USEDEFAULT, CW_USEDEFAULT, 360,
                                       160, nullptr, nullptr, instance, nullptr);
   if (window == nullptr || SetTimer(window, kEndTimer, kLongestRunMs, nullptr) == 0) return 1;

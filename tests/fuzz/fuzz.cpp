@@ -81,7 +81,7 @@ void Requests(const Text& in) {
 }
 
 void Lists(const Text& in) {
-  const std::vector<Text> names = ReadSectionNames(std::string(in.begin(), in.end()));
+  const std::vector<Text> names = ReadSectionNames(Bytes(in));
   assert(std::count(in.begin(), in.end(), L'[') >= static_cast<std::ptrdiff_t>(names.size()));
   std::string again;
   Text buffer;
@@ -89,7 +89,7 @@ void Lists(const Text& in) {
   for (const Text& name : names) {
     assert(!name.empty() && name.find_first_of(Text(L"\r\n\0", 3)) == Text::npos);
     plain = plain && std::all_of(name.begin(), name.end(), [](wchar_t c) { return c > L' ' && c < 0x80; });
-    again += "[" + std::string(name.begin(), name.end()) + "]\n";
+    again += "[" + Bytes(name) + "]\n";
     buffer += name + L'\0';
   }
   assert(!plain || ReadSectionNames(again) == names);
@@ -101,7 +101,7 @@ void Lists(const Text& in) {
 void Logs(const Text& in) {
   const Text normal = log_rules::Normalise(in);
   assert(normal.empty() == in.empty() && !Contains(normal, Text(in.size() / 9 + 2, L'\n')));
-  const std::string bytes(in.begin(), in.end());
+  const std::string bytes = Bytes(in);
   const std::string lines = log_rules::WithLf(log_rules::WithCrLf(bytes));
   assert(lines == (bytes.empty() || bytes.back() == '\n' ? bytes : bytes + '\n'));
 }

@@ -3,16 +3,15 @@
 #
 # Fuzzes the parsers of fuzz.cpp in two processes for SECONDS. Inputs that reached new code stay in
 # build/fuzz/corpus for the next run. An input that breaks an invariant is printed as a row for tests/unit/*.txt and
-# kept in build/fuzz/found; the run then fails. TAVREL_FUZZ_BUILD names another build folder.
+# kept in build/fuzz/found; the run then fails.
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
 
 case ${1-} in
   --help | -h) usage; exit ;;
 esac
 [[ ${1-} =~ ^[1-9][0-9]{0,5}$ ]] || die "not a number of seconds: '${1-}'; tests/fuzz/run.sh --help tells more"
-build=$(realpath -m -- "${TAVREL_FUZZ_BUILD:-$build_root/fuzz}")
+build=$build_root/fuzz
 cd "$repo"
 cmake --preset fuzz -B "$build" >/dev/null
 cmake --build "$build" --target tavrel_fuzz

@@ -120,7 +120,7 @@ check 'the utility is closed in time' 0 new_while_closing
 printf 'TIMEOUT=20\r\n' >>"$programs/QRT15/korsa.ini"
 check 'a downgrade keeps a changed korsa.ini' 0 'old /S' '~entry' '~'programs/QRT15/{exe,un}
 check 'a failed move changes nothing' 2 'new /S /D=Q:\nowhere\x'
-for options in '/S /D=relative\x' '/S /D="C:\x y"' '/S /D=C:\windows\explorer.exe' '/S /D=C:\' '/S /d=C:\x' /s --silent; do
+for options in '/S /D=relative\x' '/S /D="C:\x y"' '/S /D=C:\windows\explorer.exe' "/S /D=C:\\" '/S /d=C:\x' /s --silent; do
   check "$options is refused" 2 "new $options"
 done
 for option in '/?' --help; do check "$option shows the usage" 0 "help $option"; done

@@ -36,7 +36,8 @@ perl -MIO::Socket::INET -e '
   }' >port 2>stamper.log &
 wait_until 10 test -s port
 export TAVREL_SIGN_PASSWORD_FILE=$work/password TAVREL_SIGN_CERTIFICATE=$work/signer.p12
-export TAVREL_SIGN_TIMESTAMP=http://127.0.0.1:$(<port)/
+TAVREL_SIGN_TIMESTAMP=http://127.0.0.1:$(<port)/
+export TAVREL_SIGN_TIMESTAMP
 cp "$program" signed.exe
 "$repo/packaging/sign.sh" signed.exe 2>sign.log || { cat sign.log stamper.log >&2; fail "cannot sign"; }
 osslsigncode verify -CAfile signer.pem -TSA-CAfile stamper.pem -in signed.exe >verify.log 2>&1 &&

@@ -43,7 +43,9 @@ inline std::string Literal(std::wstring_view value) {
 
 /// Each character of `text` as one byte.
 inline std::string Bytes(std::wstring_view text) {
-  return {text.begin(), text.end()};
+  std::string bytes;
+  for (const wchar_t c : text) bytes += static_cast<char>(c);
+  return bytes;
 }
 
 /// The parts of a column: "a|b" is two texts, the empty text none.

@@ -5,7 +5,6 @@
 # 20) of a start-up check, of start-up checks of long lists, and of the first window. Prints a table and, because most of
 # a run consists of them, the requests of one check to the Wine server.
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
 check_usage 0 "$@"
 rounds=${1:-20}
@@ -15,7 +14,8 @@ tree=$build_root/release
 if [[ -z ${TAVREL_SANDBOX-} ]]; then
   programs=()
   for program in "${@:2}"; do
-    programs+=("$(realpath -e -- "$program")") || die "no program: $program"
+    [[ -f $program ]] || die "no program: $program"
+    programs+=("$(realpath -- "$program")")
   done
   "$repo/scripts/setup.sh" --with datamash
   "$repo/scripts/build.sh" release QRTTavrelUtility standins floor measure >&2
