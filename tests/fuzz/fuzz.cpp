@@ -1,14 +1,16 @@
 // One libFuzzer program for the parsers of what a server, a file or a log delivers: the first byte of an
-// input tells which of them takes the rest. With TAVREL_SHOW in the environment the rest is printed, as a
-// column of a table has it.
+// input tells which of them takes the rest. Environment: with TAVREL_SHOW the rest is printed, as a column of
+// a table has it; TAVREL_SEEDS names a folder for seeds.
 #undef NDEBUG  // the rules are asserted
 #include <algorithm>
 #include <cassert>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <iterator>
 
 #include "log/log_rules.h"
+#include "logcheck/texts.h"
 #include "logcheck/verdict.h"
 #include "support/table.h"
 #include "text/text.h"
@@ -119,10 +121,35 @@ void LogRuns(const Text& in) {
   assert(lines <= in.size());
 }
 
+constexpr void (*kParsers[])(const Text&) = {Packs, Decisions, Requests, Lists, Logs, LogRuns};
+constexpr char kLogRuns = 5;
+
+void WriteSeed(const char* folder, char parser, const std::string& input) {
+  static int number = 0;
+  std::ofstream(folder + ("/" + std::to_string(++number)), std::ios::binary) << parser << input;
+}
+
 }  // namespace
 
+/// Writes the seeds: the inputs of the unit tests' rows for each parser, and the entries of logs.
+extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
+  const char* folder = std::getenv("TAVREL_SEEDS");
+  if (folder == nullptr) return 0;
+  for (const char* table : {"unit/rows.txt", "unit/section_names.txt"}) {
+    for (const Row& row : ReadTable(table, 2, 3)) {
+      for (char parser = 0; parser < static_cast<char>(std::size(kParsers)); ++parser)
+        WriteSeed(folder, parser, Bytes(row[0]));
+    }
+  }
+  for (const logcheck::TextGroup& group : logcheck::TextGroups()) {
+    std::string log;
+    for (const logcheck::Text& text : group.texts) log += Bytes(text.text) + " 2\n";
+    WriteSeed(folder, kLogRuns, log);
+  }
+  return 0;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static constexpr void (*kParsers[])(const Text&) = {Packs, Decisions, Requests, Lists, Logs, LogRuns};
   if (size == 0) return 0;
   const Text in = Decode(data + 1, size - 1);
   if (std::getenv("TAVREL_SHOW")) std::puts(("row " + Literal(in)).c_str());

@@ -41,7 +41,7 @@ inline std::string Literal(std::wstring_view value) {
   return result;
 }
 
-/// Each character of `text` as one byte.
+/// The low byte of each character.
 inline std::string Bytes(std::wstring_view text) {
   std::string bytes;
   for (const wchar_t c : text) bytes += static_cast<char>(c);
