@@ -111,7 +111,7 @@ int console::RunTool(const std::vector<std::string>& arguments) {
       app.add_option("--ignore", options.ignored, "Leave out the warnings of this code; can be repeated")
           ->type_name("CODE")
           ->allow_extra_args(false)
-          ->check(CLI::IsMember(packcheck::WarningCodes()));
+          ->check(CLI::IsMember(packcheck::WarningCodes()).description(""));
   app.add_flag("--compare", options.compare,
                "Of two lists, OLD and NEW: show only the clients that get another answer")
       ->excludes(product)

@@ -38,8 +38,6 @@ JSON_OF(Comparison, changes, warnings)
 
 namespace {
 
-using Texts = std::vector<std::wstring>;
-
 // With these bounds a report is at most 33 lines long.
 constexpr std::size_t kNamesShown = 5;
 constexpr std::size_t kRowsShown = 6;
@@ -60,20 +58,22 @@ std::string Shortened(const std::wstring& name) {
   return console::Printable(std::wstring_view(name).substr(0, kNameLength)) + "...";
 }
 
-/// The line in place of the entries, out of `count`, that are not shown; empty when all are shown.
-std::string More(std::size_t count, std::size_t shown, const std::string& remedy) {
-  return count <= shown ? "" : "  ... and " + std::to_string(count - shown) + " more" + remedy + "\n";
+/// The first entries, at most `most`, each as a line, and a line that counts the rest.
+template <class Entry>
+std::string First(std::size_t most, const std::vector<Entry>& entries, const std::string& remedy, auto line) {
+  std::string text;
+  for (std::size_t i = 0; i < std::min(entries.size(), most); ++i) text += line(entries[i]) + "\n";
+  if (entries.size() <= most) return text;
+  return text + "  ... and " + std::to_string(entries.size() - most) + " more" + remedy + "\n";
 }
 
 std::string Line(const std::string& label, const std::string& value) {
   return Padded(label, 10) + value + "\n";
 }
 
-std::string Lines(const std::string& label, const Texts& names) {
-  std::string text = Line(label, names.empty() ? "none" : std::to_string(names.size()));
-  for (std::size_t i = 0; i < std::min(names.size(), kNamesShown); ++i)
-    text += "  " + Shortened(names[i]) + "\n";
-  return text + More(names.size(), kNamesShown, "");
+std::string Names(const std::string& label, const std::vector<std::wstring>& names) {
+  return Line(label, names.empty() ? "none" : std::to_string(names.size())) +
+         First(kNamesShown, names, "", [](const std::wstring& name) { return "  " + Shortened(name); });
 }
 
 std::string Shown(const Answer& answer) {
@@ -88,29 +88,26 @@ std::string AnswerWithLog(const Client& client) {
 }
 
 std::string Table(const std::vector<Row>& table) {
-  std::string text = Padded("Client version", kAnswerColumn) + "updates\n";
-  for (std::size_t i = 0; i < std::min(table.size(), kRowsShown); ++i) {
-    text += Padded("from " + DottedText(table[i].from), kAnswerColumn) + Shown(table[i].answer) + "\n";
-  }
-  return text + More(table.size(), kRowsShown, "; --json shows all, --product one client");
+  return Padded("Client version", kAnswerColumn) + "updates\n" +
+         First(kRowsShown, table, "; --json shows all, --product one client", [](const Row& row) {
+           return Padded("from " + DottedText(row.from), kAnswerColumn) + Shown(row.answer);
+         });
 }
 
 std::string Warnings(const std::vector<Warning>& warnings) {
   if (warnings.empty()) return "No warnings.\n";
-  std::string text;
-  for (std::size_t i = 0; i < std::min(warnings.size(), kWarningsShown); ++i) {
-    const std::string name = warnings[i].name.empty() ? "" : Shortened(warnings[i].name) + ": ";
-    text += "warning " + warnings[i].code + ": " + name + warnings[i].text + "\n";
-  }
-  return text + More(warnings.size(), kWarningsShown, " warnings; --json shows all");
+  return First(kWarningsShown, warnings, " warnings; --json shows all", [](const Warning& warning) {
+    const std::string name = warning.name.empty() ? "" : Shortened(warning.name) + ": ";
+    return "warning " + warning.code + ": " + name + warning.text;
+  });
 }
 
 }  // namespace
 
 std::string AsText(const Report& report) {
   std::string text = Line("Heading", report.heading ? Shortened(*report.heading) : "none");
-  text += Lines("Packs", report.packs);
-  if (!report.dropped.empty()) text += Lines("Not seen", report.dropped);
+  text += Names("Packs", report.packs);
+  if (!report.dropped.empty()) text += Names("Not seen", report.dropped);
   text += Line("Newest", "level " + std::to_string(report.newest.level) + ", build " +
                              std::to_string(report.newest.build));
   text += "\n" + (report.client ? AnswerWithLog(*report.client) : Table(*report.table));
@@ -118,20 +115,16 @@ std::string AsText(const Report& report) {
 }
 
 std::string AsText(const Comparison& comparison) {
-  const std::vector<Change>& changes = comparison.changes;
-  std::string text = changes.empty() ? "No client gets another answer.\n"
-                                     : Padded("Client versions", kChangeColumn) + "updates\n";
-  for (std::size_t i = 0; i < std::min(changes.size(), kRowsShown); ++i) {
-    const Change& change = changes[i];
-    text += Padded(DottedText(change.from) + " to " + DottedText(change.to), kChangeColumn) +
-            Shown(change.before) + " -> " + Shown(change.after) + "\n";
-  }
-  text += More(changes.size(), kRowsShown, "; --json shows all");
   const std::size_t count = comparison.warnings;
-  return text + "\nThe new list has " +
-         (count == 0 ? "no warnings.\n"
-                     : std::to_string(count) + (count == 1 ? " warning" : " warnings") +
-                           "; see them without --compare.\n");
+  return (comparison.changes.empty() ? "No client gets another answer.\n"
+                                     : Padded("Client versions", kChangeColumn) + "updates\n") +
+         First(kRowsShown, comparison.changes, "; --json shows all",
+               [](const Change& change) {
+                 return Padded(DottedText(change.from) + " to " + DottedText(change.to), kChangeColumn) +
+                        Shown(change.before) + " -> " + Shown(change.after);
+               }) +
+         "\nThe new list has " + (count == 0 ? "no" : std::to_string(count)) + " warning" +
+         (count == 1 ? "" : "s") + (count == 0 ? ".\n" : "; see them without --compare.\n");
 }
 
 std::string AsJson(const Report& report, const std::string& file) {

@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <array>
+#include <map>
 
 #include "console/text.h"
 #include "packcheck/clients.h"
@@ -10,38 +10,6 @@
 
 namespace packcheck {
 namespace {
-
-enum class Code {
-  not_a_list,
-  utf_16,
-  carriage_return,
-  merge_conflict,
-  no_sections,
-  only_heading,
-  heading_is_pack,
-  byte_order_mark,
-  unclosed,
-  empty_name,
-  control_character,
-  not_ascii,
-  beyond_limit,
-  newest_beyond_limit,
-  no_numbers,
-  extra_number,
-  number_form,
-  out_of_range,
-  prefix_case,
-  other_product,
-  duplicate,
-  never_offered,
-  offers_older,
-  record_never_ahead,
-  count,
-};
-
-struct Meaning {
-  std::string code, text;
-};
 
 /// A list with more faults than this is not a list of updates.
 constexpr std::size_t kMostLineWarnings = 1000;
@@ -54,69 +22,59 @@ std::wstring PackPrefix() {
   return prefix;
 }
 
-/// In the order of Code.
-const auto& Meanings() {
+const std::map<std::string, std::string>& Meanings() {
   // The last character of the clients' buffer is the null that ends the list of names.
   static const std::string limit =
       "clients read " + std::to_string(kSectionNamesCapacity - 1) + " characters, one more for each name; ";
   static const std::string prefix = console::Utf8(PackPrefix());
-  static const std::array<Meaning, static_cast<std::size_t>(Code::count)> meanings = {{
-      {.code = "not-a-list",
-       .text = "the file looks like this, not like a list; publish the list itself, as plain text"},
-      {.code = "utf-16",
-       .text = "the file is UTF-16, which no client on Windows has been tried with; save it as plain ASCII"},
-      {.code = "carriage-return",
-       .text = "a line ends with CR alone, which no client on Windows has been tried with; use CR LF or LF"},
-      {.code = "merge-conflict", .text = "a merge has left its marks; clients read both sides"},
-      {.code = "no-sections",
-       .text = "clients find no section; begin with a heading in brackets, then the packs"},
-      {.code = "only-heading", .text = "no pack follows the heading, so no client is offered anything"},
-      {.code = "heading-is-pack",
-       .text = "the first section is the heading, never a pack; put a heading before it"},
-      {.code = "byte-order-mark",
-       .text = "Windows does not find this section, because a UTF-8 byte order mark precedes it; save "
-               "without the mark"},
-      {.code = "unclosed", .text = "the line has no closing bracket, so clients find no section in it"},
-      {.code = "empty-name",
-       .text = "the section has no name; no client on Windows has been tried with one; remove it"},
-      {.code = "control-character",
-       .text = "it has a control, direction or invisible character, or is cut at a null; use ASCII"},
-      {.code = "not-ascii", .text = "each client reads it, or its record, in its own code page; use ASCII"},
-      {.code = "beyond-limit", .text = limit + "it and the rest do not fit"},
-      {.code = "newest-beyond-limit",
-       .text =
-           limit + "the newest pack does not fit, so it reaches nobody; put it directly after the heading"},
-      {.code = "no-numbers",
-       .text = "its last two fields, between underscores, are not two numbers; name it ..._LEVEL_BUILD"},
-      {.code = "extra-number",
-       .text = "more than two numbers follow " + prefix + "; clients take the last two for level and build"},
-      {.code = "number-form",
-       .text = "a number has a sign or a leading zero, so a record with the plain number does not name it"},
-      {.code = "out-of-range",
-       .text = "a version's numbers are 0 to 65535, so clients are offered it for ever, or never"},
-      {.code = "prefix-case",
-       .text =
-           "it begins with " + prefix + " in another case, so a record in the usual case does not name it"},
-      {.code = "other-product",
-       .text = "it does not begin with " + prefix + ", which clients do not check; correct the name"},
-      {.code = "duplicate", .text = "the list has this name already; remove one of them"},
-      {.code = "never-offered", .text = "the highest level and its build must be 1 or more"},
-      {.code = "offers-older",
-       .text =
-           "a record of one name covers this list, and its build counts like levels: this client is offered "
-           "updates, though no pack is newer, and loses the record; keep builds at 10 or below"},
-      {.code = "record-never-ahead",
-       .text = "clients read a version only from a record with three underscores and the product's "
-               "name; this one never counts as ahead of an executable"},
-  }};
+  static const std::map<std::string, std::string> meanings = {
+      {"not-a-list", "the file looks like this, not like a list; publish the list itself, as plain text"},
+      {"utf-16",
+       "the file is UTF-16, which no client on Windows has been tried with; save it as plain ASCII"},
+      {"carriage-return",
+       "a line ends with CR alone, which no client on Windows has been tried with; use CR LF or LF"},
+      {"merge-conflict", "a merge has left its marks; clients read both sides"},
+      {"no-sections", "clients find no section; begin with a heading in brackets, then the packs"},
+      {"only-heading", "no pack follows the heading, so no client is offered anything"},
+      {"heading-is-pack", "the first section is the heading, never a pack; put a heading before it"},
+      {"byte-order-mark",
+       "Windows does not find this section, because a UTF-8 byte order mark precedes it; save without the "
+       "mark"},
+      {"unclosed", "the line has no closing bracket, so clients find no section in it"},
+      {"empty-name", "the section has no name; no client on Windows has been tried with one; remove it"},
+      {"control-character",
+       "it has a control, direction or invisible character, or is cut at a null; use ASCII"},
+      {"not-ascii", "each client reads it, or its record, in its own code page; use ASCII"},
+      {"beyond-limit", limit + "it and the rest do not fit"},
+      {"newest-beyond-limit",
+       limit + "the newest pack does not fit, so it reaches nobody; put it directly after the heading"},
+      {"no-numbers",
+       "its last two fields, between underscores, are not two numbers; name it ..._LEVEL_BUILD"},
+      {"extra-number",
+       "more than two numbers follow " + prefix + "; clients take the last two for level and build"},
+      {"number-form",
+       "a number has a sign or a leading zero, so a record with the plain number does not name it"},
+      {"out-of-range", "a version's numbers are 0 to 65535, so clients are offered it for ever, or never"},
+      {"prefix-case",
+       "it begins with " + prefix + " in another case, so a record in the usual case does not name it"},
+      {"other-product",
+       "it does not begin with " + prefix + ", which clients do not check; correct the name"},
+      {"duplicate", "the list has this name already; remove one of them"},
+      {"never-offered", "the highest level and its build must be 1 or more"},
+      {"offers-older",
+       "a record of one name covers this list, and its build counts like levels: this client is offered "
+       "updates, though no pack is newer, and loses the record; keep builds at 10 or below"},
+      {"record-never-ahead",
+       "clients read a version only from a record with three underscores and the product's name; this one "
+       "never counts as ahead of an executable"},
+  };
   return meanings;
 }
 
 using Warnings = std::vector<Warning>;
 
-void Warn(Warnings& warnings, Code code, std::wstring_view name = {}) {
-  const Meaning& meaning = Meanings()[static_cast<std::size_t>(code)];
-  warnings.push_back({.code = meaning.code, .name = std::wstring(name), .text = meaning.text});
+void Warn(Warnings& warnings, const std::string& code, std::wstring_view name = {}) {
+  warnings.push_back({.code = code, .name = std::wstring(name), .text = Meanings().at(code)});
 }
 
 /// What the bytes are when they are no text of one byte a character; empty otherwise.
@@ -144,26 +102,26 @@ bool HasNumbers(std::wstring_view name) {
 
 /// Warns of what the names do not show.
 void WarnOfLines(std::string_view list, const Published& published, Warnings& warnings) {
-  if (list.starts_with("\xFF\xFE") || list.starts_with("\xFE\xFF")) Warn(warnings, Code::utf_16);
+  if (list.starts_with("\xFF\xFE") || list.starts_with("\xFE\xFF")) Warn(warnings, "utf-16");
   std::wstring text = L"\n" + console::DecodeText(list) + L"\n";
   text::ReplaceAll(text, L"\r\n", L"\n");
-  if (text.find(L'\r') != text.npos) Warn(warnings, Code::carriage_return);
+  if (text.find(L'\r') != text.npos) Warn(warnings, "carriage-return");
   const std::size_t conflict = text.find(L"\n<<<<<<< ");
   if (conflict != text.npos)
-    Warn(warnings, Code::merge_conflict,
+    Warn(warnings, "merge-conflict",
          text.substr(conflict + 1, text.find_first_of(L"\r\n", conflict + 1) - conflict - 1));
-  if (published.hidden) Warn(warnings, Code::byte_order_mark, *published.hidden);
+  if (published.hidden) Warn(warnings, "byte-order-mark", *published.hidden);
   if (list.starts_with(kUtf8Mark)) list.remove_prefix(kUtf8Mark.size());
   for (const std::wstring& line : ReadHeadingLines(list)) {
     if (warnings.size() > kMostLineWarnings) return;
     const std::size_t end = line.rfind(L']');
     const std::wstring_view name = SectionNameIn(line);
     if (end == line.npos) {
-      Warn(warnings, Code::unclosed, line);
+      Warn(warnings, "unclosed", line);
     } else if (line.find(L'\0') < end || std::any_of(name.begin(), name.end(), console::IsControl)) {
-      Warn(warnings, Code::control_character, name.empty() ? line : name);
+      Warn(warnings, "control-character", name.empty() ? line : name);
     } else if (name.empty()) {
-      Warn(warnings, Code::empty_name, line);
+      Warn(warnings, "empty-name", line);
     }
   }
 }
@@ -218,18 +176,18 @@ void WarnOfLost(const Published& published, Warnings& warnings) {
     newest = pack;
     missed = name;
   }
-  if (missed.empty()) return Warn(warnings, Code::beyond_limit, published.lost.front());
-  Warn(warnings, Code::newest_beyond_limit, missed);
+  if (missed.empty()) return Warn(warnings, "beyond-limit", published.lost.front());
+  Warn(warnings, "newest-beyond-limit", missed);
 }
 
 void WarnOfWhole(const Published& published, Warnings& warnings) {
   const std::vector<std::wstring>& sections = published.sections;
-  if (sections.empty()) return Warn(warnings, Code::no_sections);
-  if (HasNumbers(sections.front())) Warn(warnings, Code::heading_is_pack, sections.front());
-  if (sections.size() == 1) return Warn(warnings, Code::only_heading, sections.front());
-  if (!IsNewer(published.newest, 0, 0)) Warn(warnings, Code::never_offered);
+  if (sections.empty()) return Warn(warnings, "no-sections");
+  if (HasNumbers(sections.front())) Warn(warnings, "heading-is-pack", sections.front());
+  if (sections.size() == 1) return Warn(warnings, "only-heading", sections.front());
+  if (!IsNewer(published.newest, 0, 0)) Warn(warnings, "never-offered");
   if (const auto client = FirstOfferedOlder(published))
-    Warn(warnings, Code::offers_older, console::DecodeText(DottedText(*client)));
+    Warn(warnings, "offers-older", console::DecodeText(DottedText(*client)));
 }
 
 /// Of a pack with two numbers.
@@ -241,8 +199,8 @@ void WarnOfNumbers(std::wstring_view name, Warnings& warnings) {
     in_range = in_range && IsInRange(value);
     plain = plain && std::to_wstring(value) == field;
   }
-  if (!in_range) return Warn(warnings, Code::out_of_range, name);
-  if (!plain) Warn(warnings, Code::number_form, name);
+  if (!in_range) return Warn(warnings, "out-of-range", name);
+  if (!plain) Warn(warnings, "number-form", name);
 }
 
 void WarnOfPack(std::wstring_view name, Warnings& warnings) {
@@ -252,21 +210,21 @@ void WarnOfPack(std::wstring_view name, Warnings& warnings) {
   const auto underscores = has_prefix ? std::count(rest.begin(), rest.end(), L'_') : 1;
   // Clients would read "Varnexa15_0_7" as level 0, build 7.
   if (underscores == 0 || !HasNumbers(name)) {
-    Warn(warnings, Code::no_numbers, name);
+    Warn(warnings, "no-numbers", name);
   } else {
     WarnOfNumbers(name, warnings);
   }
-  if (underscores > 1) Warn(warnings, Code::extra_number, name);
-  if (beginning != prefix) Warn(warnings, has_prefix ? Code::prefix_case : Code::other_product, name);
+  if (underscores > 1) Warn(warnings, "extra-number", name);
+  if (beginning != prefix) Warn(warnings, has_prefix ? "prefix-case" : "other-product", name);
 }
 
 void WarnOfNames(const std::vector<std::wstring>& sections, Warnings& warnings) {
   for (auto name = sections.begin(); name != sections.end(); ++name) {
     if (name != sections.begin()) WarnOfPack(*name, warnings);
     if (std::any_of(name->begin(), name->end(), [](wchar_t c) { return c >= 0x80; }))
-      Warn(warnings, Code::not_ascii, *name);
+      Warn(warnings, "not-ascii", *name);
     const auto is_same = [&](const auto& other) { return text::EqualsIgnoreCase(other, *name); };
-    if (std::any_of(sections.begin(), name, is_same)) Warn(warnings, Code::duplicate, *name);
+    if (std::any_of(sections.begin(), name, is_same)) Warn(warnings, "duplicate", *name);
   }
 }
 
@@ -275,7 +233,7 @@ void WarnOfNames(const std::vector<std::wstring>& sections, Warnings& warnings) 
 std::vector<Warning> FindWarnings(std::string_view list, const Published& published) {
   Warnings warnings;
   if (const std::wstring_view kind = KindOf(list); !kind.empty()) {
-    Warn(warnings, Code::not_a_list, kind);
+    Warn(warnings, "not-a-list", kind);
     return warnings;
   }
   WarnOfLost(published, warnings);
@@ -283,13 +241,13 @@ std::vector<Warning> FindWarnings(std::string_view list, const Published& publis
   WarnOfWhole(published, warnings);
   WarnOfNames(published.sections, warnings);
   const std::wstring record = published.record.value_or(L"");
-  if (!text::Trim(record).empty() && !ParseRecordVersion(record)) Warn(warnings, Code::record_never_ahead);
+  if (!text::Trim(record).empty() && !ParseRecordVersion(record)) Warn(warnings, "record-never-ahead");
   return warnings;
 }
 
 std::vector<std::string> WarningCodes() {
   std::vector<std::string> codes;
-  for (const Meaning& meaning : Meanings()) codes.push_back(meaning.code);
+  for (const auto& meaning : Meanings()) codes.push_back(meaning.first);
   return codes;
 }
 

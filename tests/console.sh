@@ -76,7 +76,7 @@ packcheck 2 'packcheck: name a list*'
 packcheck 2 'packcheck: *not expected: -V*' -V
 packcheck 2 "packcheck: *15.0.2' is not a version*" --product 15.0.2 list
 packcheck 2 "packcheck: *15.0.2.65536' is not a version*" --product 15.0.2.65536 list
-packcheck 2 'packcheck: --ignore: nothing not in {not-a-list,*' --ignore nothing list
+packcheck 2 'packcheck: --ignore: nothing not in {*,duplicate,*' --ignore nothing list
 packcheck 2 'packcheck: --compare takes two lists*' --compare list
 packcheck 2 'packcheck: only one list or record can be standard input*' --record - -
 packcheck 2 'packcheck: * is a folder*' empty
