@@ -2,151 +2,296 @@
 
 #include <windows.h>
 
-#include <map>
 #include <optional>
 #include <regex>
 #include <vector>
 
-#include "expected.h"
 #include "platform/sharing.h"
 #include "settings/registered_data.h"
+#include "settings/registered_texts.h"
 #include "settings/run_state.h"
+#include "settings/settings_texts.h"
 #include "settings/update_settings.h"
 #include "support/import_hook.h"
 #include "support/machine.h"
-#include "text/text.h"
+#include "support/text.h"
 #include "ui/update_options.h"
 
+using namespace registered_texts;
+using namespace settings_texts;
+using support::HeldForAMoment;
+using support::ImportHook;
 using support::Layout;
 using support::Machine;
 using support::ReadBytes;
-using support::Rows;
-using support::Split;
 using support::Utf8;
 
 namespace {
 
-constexpr Layout kLayouts[] = {Layout::two, Layout::one};
+using Data = RegisteredDataEntries;
+using Texts = RegisteredReader;
 
-/// Writes out the word of the table.
-std::wstring Expand(std::wstring text) {
-  text::ReplaceAll(text, L"LONG", std::wstring(127, L'x'));
-  return text;
+/// A function that reads a registered value, its texts, and the field that it fills; null: InstallPath.
+struct Reader {
+  void (Data::*read)();
+  const Texts& texts;
+  std::wstring Data::*field = nullptr;
+};
+const Reader kReaders[] = {
+    {.read = &Data::ReadTagOne, .texts = kTagOne, .field = &Data::TagOne},
+    {.read = &Data::ReadTagTwo, .texts = kTagTwo, .field = &Data::TagTwo},
+    {.read = &Data::ReadTagThree, .texts = kTagThree, .field = &Data::TagThree},
+    {.read = &Data::ReadClientVersion, .texts = kClientVersion, .field = &Data::ClientVersion},
+    {.read = &Data::ReadInstallPath, .texts = kInstallPath},
+    {.read = &Data::ReadInstallPathLogged, .texts = kInstallPathLogged}};
+
+/// What is registered under a key; "refused": no key can be opened.
+enum class State { no_key, no_value, empty, too_long, present, refused };
+using enum State;
+
+/// The code that follows the text of a reader in the log; 0: none.
+unsigned CodeOf(State state) {
+  if (state == refused) return 5;
+  if (state == too_long) return 234;
+  return state == no_key || state == no_value ? 2 : 0;
 }
 
-/// Sets a value of the table.
-void SetValue(const std::wstring& value) {
-  static const std::wregex form(L"([12])([MU]) (\\w+)=([^#]*)(#(\\d)#(\\d+))?");
-  std::wsmatch part;
-  REQUIRE(std::regex_match(value, part, form));
-  const Layout layout = kLayouts[part[1] == L"1"];
-  const std::wstring text = Expand(part[4]);
-  const std::size_t size = part[7].matched ? std::stoul(part[7]) : text.size() * 2 + 2;
-  support::SetRegistryBytes(part[2] == L"M" ? support::MakerKey(layout) : support::UninstallKey(layout),
-                            part[3].str().c_str(), part[6].matched ? std::stoul(part[6]) : REG_SZ,
-                            {reinterpret_cast<const char*>(text.c_str()), size});
+/// A reader's key, in mode one also that of mode two, and what is logged. A text that a reader does not have
+/// is not logged, nor is its code.
+struct Case {
+  State first = no_key, second = present;
+  std::wstring_view Texts::*text;
+  std::wstring_view Texts::*then = nullptr;  ///< of readers that fall back, in mode one
+};
+const Case kCases[] = {
+    {.first = present, .text = &Texts::completed},
+    {.first = empty, .text = &Texts::empty},
+    {.first = too_long, .text = &Texts::query_failed},
+    {.first = refused, .text = &Texts::open_failed},
+    {.first = no_value, .text = &Texts::query_missing, .then = &Texts::alternative_completed},
+    {.second = empty, .text = &Texts::open_missing, .then = &Texts::alternative_empty},
+    {.second = no_key, .text = &Texts::open_missing, .then = &Texts::alternative_open_failed},
+    {.second = no_value, .text = &Texts::open_missing, .then = &Texts::alternative_query_failed}};
+
+void Register(const Texts& reader, Layout layout, State state) {
+  const std::wstring key = reader.maker_key ? support::MakerKey(layout) : support::UninstallKey(layout);
+  if (state == no_key) return;
+  support::SetRegistryText(key, L"Other", L"");
+  if (state == no_value) return;
+  const std::wstring text(state == empty ? 0 : state == too_long ? 128 : 127, L'v');
+  support::SetRegistryText(key, reader.value, text);
 }
 
-/// A settings file with the lines of a column; none for "-".
-std::optional<std::string> FileOf(const std::wstring& lines) {
-  if (lines == L"-") return std::nullopt;
-  return "[KORSA_URL]\r\n" + std::regex_replace(Utf8(lines), std::regex("\\|"), "\r\n") + "\r\n";
+/// The texts as entries of a log.
+std::wstring Entries(const std::vector<std::wstring_view>& texts, const wchar_t* separator = L"\n\n") {
+  std::wstring log;
+  for (const std::wstring_view text : texts) log.append(text).append(separator);
+  return log;
+}
+
+std::wstring EntryWithCode(std::wstring_view text, State state) {
+  if (text.empty() || CodeOf(state) == 0) return text.empty() ? L"" : Entries({text});
+  return Entries({text, L"Error : " + std::to_wstring(CodeOf(state))});
+}
+
+/// Lines of a settings file, "|" between them; null: there is no file.
+using Lines = const char*;
+constexpr Lines kNever = "CHECKUPDATES= faLse ";
+
+std::optional<std::string> FileOf(Lines lines) {
+  if (lines == nullptr) return std::nullopt;
+  return "[KORSA_URL]\r\n" + std::regex_replace(lines, std::regex("\\|"), "\r\n") + "\r\n";
+}
+
+std::wstring SeedOf(const Machine& machine) {
+  return machine.ProgramFolder() + L"\\korsa.ini";
+}
+
+void RunCase(const Reader& reader, const Case& row, bool mode_one) {
+  Machine machine;
+  Register(reader.texts, mode_one ? Layout::one : Layout::two, row.first);
+  if (mode_one) Register(reader.texts, Layout::two, row.second);
+  RunState run;
+  run.RegistryModeOne = mode_one;
+  run.BuildMakerKeyPath();
+  run.BuildUninstallKeyPath();
+  Data data(run, run);
+  std::wstring& field = reader.field != nullptr ? data.*reader.field : run.InstallPath;
+  field = L"old";
+  std::optional<ImportHook<RegOpenKeyExW>> refusal;
+  if (row.first == refused) refusal.emplace("RegOpenKeyExW", 5, LSTATUS{5});
+  (data.*reader.read)();
+
+  std::wstring log = EntryWithCode(reader.texts.*row.text, row.first);
+  const bool falls_back = row.then != nullptr && mode_one && reader.texts.falls_back;
+  const bool moved = falls_back && CodeOf(row.second) == 0;
+  if (falls_back) log += EntryWithCode(reader.texts.*row.then, row.second);
+  if (moved) log += Entries({kModeTwo});
+  CHECK(Utf8(run.LogText()) == Utf8(log));
+  const bool found = row.first == present || (moved && row.second == present);
+  CHECK(Utf8(field) == (found ? std::string(127, 'v') : "old"));
+  CHECK(run.IconPath == (found && &field == &data.TagTwo ? field : L""));
+  const Layout layout = mode_one && !moved ? Layout::one : Layout::two;
+  CHECK(run.RegistryModeOne == (layout == Layout::one));
+  CHECK(run.MakerKeyPath == support::MakerKey(layout));
+  CHECK(run.UninstallKeyPath == support::UninstallKey(layout));
 }
 
 }  // namespace
 
 TEST_CASE("registered data: each reader reads its key or the alternative one, and logs the result") {
-  for (const auto& row : Rows("integration/registry.txt", 6, 6)) {
-    CAPTURE(Utf8(row[0] + L';' + row[1] + L';' + row[2]));
-    const Machine machine;
-    for (const std::wstring& value : Split(row[2])) SetValue(value);
-    RunState run;
-    run.RegistryModeOne = row[1] != L"2";
-    run.BuildMakerKeyPath();
-    run.BuildUninstallKeyPath();
-    run.InstallPath = run.IconPath = L"old";
-    RegisteredDataEntries data(run, run);
-    data.TagOne = data.TagTwo = data.TagThree = data.ClientVersion = L"old";
-    using Reader = void (RegisteredDataEntries::*)();
-    const std::map<std::wstring, std::pair<Reader, const std::wstring*>> readers{
-        {L"one", {&RegisteredDataEntries::ReadTagOne, &data.TagOne}},
-        {L"two", {&RegisteredDataEntries::ReadTagTwo, &data.TagTwo}},
-        {L"three", {&RegisteredDataEntries::ReadTagThree, &data.TagThree}},
-        {L"path", {&RegisteredDataEntries::ReadInstallPath, &run.InstallPath}},
-        {L"logged path", {&RegisteredDataEntries::ReadInstallPathLogged, &run.InstallPath}},
-        {L"version", {&RegisteredDataEntries::ReadClientVersion, &data.ClientVersion}}};
-    REQUIRE((row[1] == L"1" || row[1] == L"2" || row[1] == L"5"));
-    const auto hook = Obstruct(row[1] == L"5" ? L"RegOpenKeyExW-5" : L"");
-    if (row[0] == L"mode") {
-      CHECK(data.IdentifyRegistryMode() == (row[4] == L"1"));
-    } else {
-      const auto& [read, field] = readers.at(row[0]);
-      (data.*read)();
-      CHECK(Utf8(*field) == Utf8(Expand(row[3])));
+  for (const Reader& reader : kReaders) {
+    for (const Case& row : kCases) {
+      for (const bool mode_one : {true, false}) {
+        INFO(Utf8(reader.texts.value), " case ", &row - kCases, mode_one ? " mode one" : " mode two");
+        RunCase(reader, row, mode_one);
+      }
     }
-    CHECK(run.IconPath == (row[0] == L"two" ? row[3] : L"old"));
-    CHECK(run.RegistryModeOne == (row[4] == L"1"));
-    CHECK(run.MakerKeyPath == support::MakerKey(kLayouts[row[4] == L"1"]));
-    CHECK(run.UninstallKeyPath == support::UninstallKey(kLayouts[row[4] == L"1"]));
-    CHECK_LOG(run.LogText(), row[5]);
   }
+  Machine machine;
+  RunState run;
+  run.RegistryModeOne = true;
+  const ImportHook<RegOpenKeyExW> refused("RegOpenKeyExW", 5, LSTATUS{5});
+  CHECK_FALSE(Data(run, run).IdentifyRegistryMode());
+  CHECK(run.LogText() == Entries({kModeFailed, L"Error : 5"}));
+}
+
+TEST_CASE("registered data: a value that is stored in another way is read up to its first null") {
+  const Machine machine;
+  const auto read = [](DWORD type, std::string_view bytes) {
+    support::SetRegistryBytes(support::UninstallKey(Layout::two), L"URLUpdateInfo", type, bytes);
+    RunState run;
+    run.BuildUninstallKeyPath();
+    Data data(run, run);
+    data.TagThree = L"old";
+    data.ReadTagThree();
+    return Utf8(data.TagThree);
+  };
+  using namespace std::string_view_literals;
+  CHECK(read(REG_SZ, "a\0b\0c"sv) == "ab");
+  CHECK(read(REG_SZ, std::string(256, 'x')) == Utf8(std::wstring(128, 0x7878)));
+  CHECK(read(REG_BINARY, "a") == "old");
+  CHECK(read(REG_EXPAND_SZ, "%\0T\0%\0\0\0"sv) == "%T%");
+  CHECK(read(REG_MULTI_SZ, "a\0\0\0b\0\0\0\0\0"sv) == "a");
 }
 
 TEST_CASE("the settings file is prepared from the user's own or the seed, and a failure stops nothing") {
-  for (const Row& row : Rows("integration/settings_start.txt", 7, 7)) {
-    CAPTURE(Utf8(row[0] + L';' + row[1] + L';' + row[2] + L';' + row[3]));
+  const std::vector<std::wstring_view> made{kFolderCreated, kCopied}, exists{kFileExists};
+  const wchar_t* const folder = L"\\Varnexa\\QRT15";
+  const struct {
+    const wchar_t* folders = L"";  ///< what is there below Documents
+    Lines user = nullptr, seed = nullptr;
+    bool unwritable = false, held = false, checks = true;
+    Lines after = nullptr;
+    std::vector<std::wstring_view> log{};
+  } rows[] = {
+      {.seed = "CHECKUPDATES=TRUE", .after = "CHECKUPDATES=TRUE", .log = made},
+      {.folders = L"\\Varnexa", .seed = kNever, .checks = false, .after = kNever, .log = made},
+      {.folders = folder, .log = {kSourceNotFound, L"Error : 2", kValidationFailed}},
+      {.seed = "A=b", .unwritable = true},
+      {.user = kNever, .seed = "CHECKUPDATES=TRUE", .checks = false, .after = kNever, .log = exists},
+      {.user = "CHECKUPDATES=true", .after = "CHECKUPDATES=true", .log = exists},
+      {.user = "CHECKUPDATES=no", .after = "CHECKUPDATES=TRUE", .log = exists},
+      {.user = kNever, .held = true, .after = kNever, .log = exists},
+      {.folders = L"\\Varnexa\\QRT15\\korsa.ini", .log = exists},
+  };
+  for (const auto& row : rows) {
+    CAPTURE(&row - rows);
     platform::g_nWaitLeftMs = 0;
     Machine machine;
-    support::MakeFolder(machine.Documents() + row[0]);
-    if (row[1] != L"-") machine.WriteSettings(Utf8(row[1]) + "\r\n");
-    const auto seed = FileOf(row[2]);
-    if (seed) support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", *seed);
+    support::MakeFolder(machine.Documents() + row.folders);
+    if (row.user != nullptr) machine.WriteSettings(std::string(row.user) + "\r\n");
+    if (row.seed != nullptr) support::WriteBytes(SeedOf(machine), *FileOf(row.seed));
+    std::optional<support::ShareLock> holder;
+    if (row.held) holder.emplace(machine.SettingsFile());
+    std::optional<ImportHook<CreateDirectoryW>> refused_folder;
+    if (row.unwritable) refused_folder.emplace("CreateDirectoryW", 5);
     RunState run;
-    std::shared_ptr<void> obstacle = Obstruct(row[3], machine.SettingsFile());
-    CHECK((run.PrepareServerSettings() ? L"yes" : L"no") == row[4]);
-    obstacle.reset();
-    CHECK(ReadBytes(machine.SettingsFile()) == FileOf(row[5]));
-    CHECK_LOG(run.LogText(), row[6]);
-    CHECK_LOG(std::regex_replace(run.NotesText(), std::wregex(L"\n"), L"\n\n"), row[6]);
+    CHECK(run.PrepareServerSettings() == row.checks);
+    holder.reset();
+    CHECK(ReadBytes(machine.SettingsFile()) == FileOf(row.after));
+    CHECK(Utf8(run.LogText()) == Utf8(Entries(row.log)));
+    CHECK(Utf8(run.NotesText()) == Utf8(Entries(row.log, L"\n")));
   }
 }
 
 TEST_CASE("a settings folder and file that another start makes at the same moment are used") {
   Machine machine;
-  const auto seed = FileOf(L"CHECKUPDATES=FALSE");
-  support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", *seed);
-  const support::ImportHook<CreateDirectoryW> race("CreateDirectoryW", [&](auto path, auto security) {
+  const std::string seed = *FileOf(kNever);
+  support::WriteBytes(SeedOf(machine), seed);
+  const ImportHook<CreateDirectoryW> race("CreateDirectoryW", [&](auto path, auto security) {
     if (!std::wstring_view(path).ends_with(L"QRT15\\")) race.original(path, security);
     return race.original(path, security);
   });
-  const support::ImportHook<CreateFileW> file_race("CreateFileW", [&](auto path, auto... all) {
-    if (path == machine.SettingsFile() && !ReadBytes(path)) support::WriteBytes(path, *seed);
+  const ImportHook<CreateFileW> file_race("CreateFileW", [&](auto path, auto... all) {
+    if (path == machine.SettingsFile() && !ReadBytes(path)) support::WriteBytes(path, seed);
     return file_race.original(path, all...);
   });
   RunState run;
   CHECK(!run.PrepareServerSettings());
 }
 
+TEST_CASE("a settings file that another process holds for a moment is read all the same") {
+  for (const bool own : {true, false}) {
+    Machine machine;
+    platform::g_nWaitLeftMs = platform::kWaitMs;
+    const std::wstring path = own ? machine.SettingsFile() : SeedOf(machine);
+    if (own) machine.WriteSettings("");
+    support::WriteBytes(path, *FileOf("CHECKUPDATES=FALSE|UPDATE_LOC=a.example"));
+    {
+      const HeldForAMoment holder(path);
+      CHECK_FALSE(RunState().PrepareServerSettings());
+    }
+    const HeldForAMoment holder(machine.SettingsFile());
+    UpdateSettings settings;
+    bool url_mode = false;
+    settings.ReadUpdateSettings(machine.SettingsFile(), url_mode, UpdateSettings::WriteBack::nothing);
+    CHECK(settings.UpdateLocation == L"a.example");
+  }
+}
+
 TEST_CASE(
     "each key of the settings file is read, and a default is written only where the error key has none") {
-  for (const Row& row : Rows("integration/settings_keys.txt", 4, 4)) {
-    CAPTURE(Utf8(row[0]));
-    REQUIRE((row[1].empty() || row[1] == L"url"));
+  const struct {
+    Lines settings = nullptr;
+    bool url_before = false;  ///< the check before found a complete address
+    const wchar_t* location = L"updates.varnexa.example";
+    std::int32_t timeout_ms = 60000;
+    bool ignore = false, url = false;
+    Lines after = settings;
+  } rows[] = {
+      {.url_before = true},
+      {.settings = "A=b", .after = "A=b|IGNORE_PATCH_ERROR=FALSE"},
+      {.settings = "IGNORE_PATCH_ERROR=", .url_before = true, .after = "IGNORE_PATCH_ERROR=FALSE"},
+      {.settings = "IGNORE_PATCH_ERROR= tRue ", .ignore = true},
+      {.settings = "UPDATE_LOC= a.example |IGNORE_PATCH_ERROR=false", .location = L"a.example"},
+      {.settings = "UPDATE_LOC=c|IGNORE_PATCH_ERROR=false",
+       .url_before = true,
+       .location = L"c",
+       .url = true},
+      {.settings = "UPDATE_LOC_URL=http://b/x|UPDATE_LOC=c|IGNORE_PATCH_ERROR=false",
+       .location = L"http://b/x",
+       .url = true},
+      {.settings = "UPDATE_LOC_URL=\"  \"|UPDATE_LOC=a.example|IGNORE_PATCH_ERROR=false"},
+      {.settings = "TIMEOUT=30|IGNORE_PATCH_ERROR=false", .timeout_ms = 30000},
+  };
+  for (const auto& row : rows) {
+    CAPTURE(&row - rows);
     Machine machine;
-    const auto before = FileOf(row[0]);
     machine.WriteSettings("");
-    if (before) support::WriteBytes(machine.SettingsFile(), *before);
-    const std::wstring path = before ? machine.SettingsFile() : L"";
+    const std::wstring path = row.settings != nullptr ? machine.SettingsFile() : L"";
+    if (row.settings != nullptr) support::WriteBytes(path, *FileOf(row.settings));
     for (const auto write_back : {UpdateSettings::WriteBack::nothing, UpdateSettings::WriteBack::defaults}) {
-      CHECK(ReadBytes(path) == before);
+      CHECK(ReadBytes(path) == FileOf(row.settings));
       UpdateSettings settings;
-      bool url_mode = row[1] == L"url";
+      bool url_mode = row.url_before;
       settings.ReadUpdateSettings(path, url_mode, write_back);
-      CHECK(Utf8(settings.UpdateLocation) + " " + std::to_string(settings.TimeoutMs) +
-                (settings.IgnorePatchError ? " ignore" : "") + (url_mode ? " url" : "") ==
-            Utf8(row[2]));
+      CHECK(Utf8(settings.UpdateLocation) == Utf8(row.location));
+      CHECK(settings.TimeoutMs == row.timeout_ms);
+      CHECK(settings.IgnorePatchError == row.ignore);
+      CHECK(url_mode == row.url);
     }
-    CHECK(ReadBytes(path) == (row[3].empty() ? before : FileOf(row[3])));
+    CHECK(ReadBytes(path) == FileOf(row.after));
   }
 }
 
@@ -156,7 +301,7 @@ TEST_CASE("a value that could not be read, or only in part, is read again before
     Machine machine;
     machine.WriteSettings(lines);
     const std::wstring path = machine.SettingsFile();
-    const support::ImportHook<GetPrivateProfileStringW> unreadable(
+    const ImportHook<GetPrivateProfileStringW> unreadable(
         "GetPrivateProfileStringW",
         [&](auto section, auto key, auto other, auto value, DWORD size, auto file) -> DWORD {
           if (file != path) return unreadable.original(section, key, other, value, size, file);
@@ -177,9 +322,15 @@ TEST_CASE("a value that could not be read, or only in part, is read again before
   }
 }
 
-TEST_CASE("the page writes the default of an option that the start could not repair") {
+TEST_CASE(
+    "the page stores an option without a settings file, and writes a default that the start could not") {
   Machine machine;
   machine.WriteSettings("CHECKUPDATES=maybe\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
-  UpdateOptions().LoadUpdateOptions(machine.SettingsFile());
-  CHECK(ReadBytes(machine.SettingsFile()) == FileOf(L"CHECKUPDATES=TRUE|IGNORE_PATCH_ERROR=TRUE"));
+  UpdateOptions options;
+  options.LoadUpdateOptions(machine.SettingsFile());
+  CHECK(ReadBytes(machine.SettingsFile()) ==
+        "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
+  DeleteFileW(machine.SettingsFile().c_str());
+  options.WriteCheckUpdatesKey(false);
+  CHECK(ReadBytes(machine.SettingsFile()) == "[KORSA_URL]\r\nCHECKUPDATES=FALSE\r\n");
 }
