@@ -12,13 +12,12 @@ _?=FOLDER$\tthe folder of the utility, without quotes, last: the uninstaller wai
 ; 1 when the last Print found a standard output.
 Var Printed
 
-; Writes the text on the stack and a line end to standard output: a file, a pipe or the console of the caller. Explorer
-; gives programs a standard output that is no file, and GetFileType then returns 0. Changes no other variable.
-!macro PrintFunction un
-Function ${un}Print
+; Writes a line to standard output: a file, a pipe or the console of the caller. Explorer gives programs a standard
+; output that is no file: GetFileType returns 0. Changes no variable but $Printed.
+!macro Print text
+  Push "${text}$\r$\n"
   System::Store S
   Pop $0
-  StrCpy $Printed 0
   System::Call 'kernel32::GetStdHandle(i -11) p .r1' ; STD_OUTPUT_HANDLE
   System::Call 'kernel32::GetFileType(p r1) i .r2'
   ${If} $2 = 0
@@ -26,23 +25,12 @@ Function ${un}Print
     System::Call 'kernel32::GetStdHandle(i -11) p .r1'
     System::Call 'kernel32::GetFileType(p r1) i .r2'
   ${EndIf}
+  StrCpy $Printed 0
   ${If} $2 <> 0
-    FileWrite $1 "$0$\r$\n"
+    FileWrite $1 $0
     StrCpy $Printed 1
   ${EndIf}
   System::Store L
-FunctionEnd
-!macroend
-!insertmacro PrintFunction ""
-!insertmacro PrintFunction "un."
-
-!macro Print text
-  Push "${text}"
-  !ifdef __UNINSTALL__
-    Call un.Print
-  !else
-    Call Print
-  !endif
 !macroend
 
 !macro WrongUse text
@@ -60,48 +48,40 @@ FunctionEnd
 !macroend
 
 !macro CommandLine un last usage
-; $R0: what is still to be read. $R1: the word.
+; $R0: what is still to be read.
 Function ${un}CheckCommandLine
+  ; $CMDLINE ends before /D= and _?=.
   System::Call 'kernel32::GetCommandLineW() p .r0'
   System::Call 'shlwapi::PathGetArgsW(p r0) w .R0'
   ${Do}
-    StrCpy $R1 ""
-    ${Do}
-      StrCpy $0 $R0 1
-      StrCpy $R0 $R0 "" 1
-      ${If} $0 == ""
-      ${OrIf} $0 == " "
-        ${Break}
-      ${EndIf}
-      StrCpy $R1 "$R1$0"
-    ${Loop}
-    StrCpy $1 $R1 3
-    StrCpy $2 $R1 4
-    ${If} $R1 == ""
-      ${If} $0 == ""
-        ${Break}
-      ${EndIf}
-    ${ElseIf} $R1 S== "/S"
-    ${OrIf} $R1 S== "/NCRC"
-      ; NSIS has acted on them.
-    ${ElseIf} $1 S== "${last}"
-      StrCpy $R1 "$R1 $R0" "" 3
-      Call ${un}CheckFolder
+    System::Call 'shlwapi::StrTrimW(w R0R0, w " ")'
+    StrCpy $0 "$R0 " 3
+    StrCpy $1 "$R0 " 6
+    StrCpy $2 $R0 4
+    ${If} $R0 == ""
       ${Break}
-    ${ElseIf} $2 S== '"_?='
-      ; NSIS ignores it in quotes, and has started a copy of the uninstaller without it.
-      ${Break}
-    ${ElseIf} $R1 == "/?"
-    ${OrIf} $R1 == "/help"
-    ${OrIf} $R1 == "--help"
+    ${ElseIf} $R0 == "/?"
+    ${OrIf} $R0 == "/help"
+    ${OrIf} $R0 == "--help"
       !insertmacro Print "${usage}"
       ${If} $Printed = 0
         MessageBox MB_OK|MB_ICONINFORMATION "${usage}" /SD IDOK
       ${EndIf}
       SetErrorLevel 0
       Quit
+    ${ElseIf} $0 S== "${last}"
+      StrCpy $R1 $R0 "" 3
+      Call ${un}CheckFolder
+      ${Break}
+    ${ElseIf} $2 S== '"_?='
+      ; NSIS ignores it in quotes, and has started a copy of the uninstaller without it.
+      ${Break}
+    ${ElseIf} $0 S== "/S " ; NSIS has acted on this and the next one.
+      StrCpy $R0 $R0 "" 3
+    ${ElseIf} $1 S== "/NCRC "
+      StrCpy $R0 $R0 "" 6
     ${Else}
-      !insertmacro WrongUse "Unknown option: $R1. /? shows the options."
+      !insertmacro WrongUse "Unknown option: $R0. /? alone shows the options."
     ${EndIf}
   ${Loop}
 FunctionEnd
@@ -109,14 +89,7 @@ FunctionEnd
 
 ; NSIS leaves $INSTDIR empty when it does not accept the folder $R1, and removes characters that no path holds.
 Function CheckFolder
-  ${Do}
-    StrCpy $0 $R1 1 -1
-    ${If} $0 != " "
-    ${AndIf} $0 != "\"
-      ${Break}
-    ${EndIf}
-    StrCpy $R1 $R1 -1
-  ${Loop}
+  System::Call 'shlwapi::PathRemoveBackslashW(w R1R1)'
   ${If} $R1 != ""
   ${AndIf} $R1 == $INSTDIR
     Return

@@ -24,18 +24,14 @@ Var LogFolder
 Var LogHandle
 Var ParentHandle
 
-; In: $R1 rights. Out: $1 a security descriptor, $2 SECURITY_ATTRIBUTES with it; FreeRights frees both.
+; In: $R1 rights. Out: $1 a security descriptor, $2 SECURITY_ATTRIBUTES with it. The installer frees no memory, because
+; it ends soon.
 Function MakeRights
   System::Call 'advapi32::ConvertStringSecurityDescriptorToSecurityDescriptorW(w R1, i 1, *p .r1, p 0) i .r0'
   ${If} $0 = 0
     !insertmacro Fail ${EXIT_FAILED} "Windows refuses the rights $R1."
   ${EndIf}
   System::Call '*(i 12, p r1, i 0) p .r2'
-FunctionEnd
-
-Function FreeRights
-  System::Free $2
-  System::Call 'kernel32::LocalFree(p r1)'
 FunctionEnd
 
 ; Creates the folder $R0 with the rights $R1 from the start. Out: $0 0 or a Windows error code.
@@ -46,7 +42,6 @@ Function CreateFolder
   ${If} $3 <> 0
     StrCpy $0 0
   ${EndIf}
-  Call FreeRights
 FunctionEnd
 
 ; Creates the folder $R0 and the missing ones above it. Each gets its own rights, because outside Program Files a new
@@ -88,9 +83,7 @@ FunctionEnd
 Function SetRights
   Call MakeRights
   ; OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION
-  System::Call 'advapi32::SetKernelObjectSecurity(p R0, i 0x80000005, p r1) i .r3'
-  Call FreeRights
-  StrCpy $0 $3
+  System::Call 'advapi32::SetKernelObjectSecurity(p R0, i 0x80000005, p r1) i .r0'
 FunctionEnd
 
 ; Out: $0 1 when the open object $R0 belongs to administrators, the system or the account that runs the installer.
@@ -105,21 +98,10 @@ Function IsOwnedByAdministrators
     System::Call 'advapi32::IsWellKnownSid(p r1, i 22) i .r0' ; WinLocalSystemSid
   ${EndIf}
   ${If} $0 = 0
-    System::Call 'advapi32::OpenProcessToken(p -1, i 8, *p .r3) i .r4' ; TOKEN_QUERY
-    ${If} $4 <> 0
-      ; TokenUser: a TOKEN_USER, which begins with the address of the account's identifier. 256 bytes hold any.
-      System::Alloc 256
-      Pop $4
-      System::Call 'advapi32::GetTokenInformation(p r3, i 1, p r4, i 256, *i .r5) i .r0'
-      ${If} $0 <> 0
-        System::Call '*$4(p .r5)'
-        System::Call 'advapi32::EqualSid(p r1, p r5) i .r0'
-      ${EndIf}
-      System::Free $4
-      System::Call 'kernel32::CloseHandle(p r3)'
-    ${EndIf}
+    ; The owner of a folder that this process has made.
+    System::Call 'advapi32::GetNamedSecurityInfoW(w "$PLUGINSDIR", i 1, i 1, *p .r4, p 0, p 0, p 0, *p .r5)'
+    System::Call 'advapi32::EqualSid(p r1, p r4) i .r0'
   ${EndIf}
-  System::Call 'kernel32::LocalFree(p r2)'
 FunctionEnd
 
 ; Out: $2 the attributes of the open file or folder $6, whose path is $R0.
@@ -131,7 +113,6 @@ Function ReadAttributes
   ${If} $0 <> 0
     System::Call '*$1(i .r2)'
   ${EndIf}
-  System::Free $1
   ; Wine reports the attribute of a link only for a path, not for an open handle.
   System::Call 'kernel32::GetFileAttributesW(w R0) i .r3'
   IntOp $3 $3 & 0x400 ; FILE_ATTRIBUTE_REPARSE_POINT
@@ -229,9 +210,7 @@ Function PrepareNotice
   StrCpy $R1 "${NOTICE_RIGHTS}"
   Call MakeRights
   ; GENERIC_WRITE, not shared, CREATE_NEW, FILE_ATTRIBUTE_NORMAL
-  System::Call 'kernel32::CreateFileW(w R0, i 0x40000000, i 0, p r2, i 1, i 0x80, p 0) p .r3'
-  Call FreeRights
-  StrCpy $0 $3
+  System::Call 'kernel32::CreateFileW(w R0, i 0x40000000, i 0, p r2, i 1, i 0x80, p 0) p .r0'
   ${If} $0 <> -1
     FileWrite $0 "Logs of the ${NAME}.$\r$\n"
     FileWrite $0 "Leave this file here: a folder that is not empty cannot become a link to another one.$\r$\n"

@@ -74,14 +74,21 @@ help() { new "$1" && grep -q 'Usage: setup.exe' "$work/output"; }
 start_utility() {
   (cd "$programs/QRT15" && exec wine QRTTavrelUtility.exe) & utility=$! && wait_until 60 quietly window
 }
-# A window that is busy with its check can miss the wish.
+# While a check blocks the window, taskkill's WM_CLOSE can be lost: ask again.
 has_closed() { quietly wine taskkill /im QRTTavrelUtility.exe || true; ! kill -0 "$utility" 2>/dev/null; }
 close_utility() { wait_until 60 has_closed; }
 # The utility ends two seconds after the installer has started.
 new_while_closing() { { sleep 2 && kill -KILL "$utility"; } & new /S; }
 moved_seed() { grep -q TIMEOUT=20 "$drive/Tools/Ütility 2/korsa.ini"; }
-# The refusal names the link; without it the installation would fail for another reason.
-new_on_link() { new /S || { grep -q 'leads to another folder' "$work/output" && return 2; }; }
+# The installation fails with these words, given as a regular expression without blanks.
+says() {
+  local words=$1 code=0
+  shift
+  new "$@" || code=$?
+  grep -q "$words" "$work/output" && return "$code"
+}
+# Wine puts an argument with a blank into quotes.
+remove_quoted() { remove /S '_?=C:\Tools\Ütility 2' && wait_until 10 is_gone entry; }
 # The uninstall entry has these values; the checks of updates, moves and removals see the others.
 entry_says() {
   entry | sed "s/\r$//; s/C:.$program_files.Varnexa/programs/; s/^ *\([A-Z][A-Za-z]*\)  *REG_[A-Z]*  */\1=/
@@ -107,10 +114,17 @@ first_start() {
 }
 
 for key in "$uninstall Tavrel Utility" "$maker"; do quietly wine reg delete "$key" /f "${view[@]}" || true; done
-rm -rf "$programs" "$logs" "$drive/Tools" "$drive/product" "$drive/link" "$menu" "$settings"
+rm -rf "$programs" "$logs" "$drive/Tools" "$drive/product" "$drive/link" "$drive/closed" "$menu" "$settings"
 set -f
 check first 0 'old /S' +entry +logs{,/QRT15{,/README.txt}} +menu{,/link} +programs{,/QRT15{,/exe,/ini,/un}}
-check upgrade 0 'new /S' '~entry' '~'programs/QRT15/{exe,ini,un}
+# What users put into the log folder stays, also in the notice, whose text the installer does not write anew.
+echo >"$logs/QRT15/stray"
+echo >>"$logs/QRT15/README.txt"
+chmod a-w "$programs/QRT15"/{QRTTavrelUtility.exe,QRTTavrelUtility-uninstall.exe,korsa.ini}
+check 'upgrade of read-only files' 0 'new /S' '~entry' '~'programs/QRT15/{exe,ini,un}
+mkdir "$programs/QRT15/QRTTavrelUtility.exe.new"
+check 'a program that cannot be written' 2 'says cannot.be.written.to.C: /S'
+rmdir "$programs/QRT15/QRTTavrelUtility.exe.new"
 check 'the uninstall entry is complete' 0 entry_says
 check 'the installed program works' 0 first_start +logs/QRT15/log +settings{,/QRT15{,/ini}}
 start_utility
@@ -119,10 +133,14 @@ check 'the utility to be removed is running' 3 "remove /S _?=$(winepath -w "$pro
 check 'the utility is closed in time' 0 new_while_closing
 printf 'TIMEOUT=20\r\n' >>"$programs/QRT15/korsa.ini"
 check 'a downgrade keeps a changed korsa.ini' 0 'old /S' '~entry' '~'programs/QRT15/{exe,un}
-check 'a failed move changes nothing' 2 'new /S /D=Q:\nowhere\x'
-for options in '/S /D=relative\x' '/S /D="C:\x y"' '/S /D=C:\windows\explorer.exe' "/S /D=C:\\" '/S /d=C:\x' /s --silent; do
-  check "$options is refused" 2 "new $options"
+mkdir "$drive/closed" && chmod a-w "$drive/closed"
+check 'a failed move changes nothing' 2 'says cannot.be.written.to.C: /S /D=C:\closed'
+check 'the reason is that of the failing folder' 2 'says x.cannot.be.created.*error.5 /S /D=C:\closed\x'
+check 'a missing drive' 2 'says folder.Q:.does.not.exist /S /D=Q:\nowhere'
+for options in '/D=relative\x' '/D="C:\x y"' '/D=C:\windows\explorer.exe\x' '/D=C:/x' "/D=C:\\"; do
+  check "$options is refused" 2 "says full.path /S $options"
 done
+for options in '/S /d=C:\x' /s --silent; do check "$options is refused" 2 "says Unknown.option $options"; done
 for option in '/?' --help; do check "$option shows the usage" 0 "help $option"; done
 check 'the uninstaller refuses an unknown option' 2 "remove /X _?=$(winepath -w "$programs/QRT15")"
 check move 0 'new /S /D=C:\Tools\Ütility 2' '~entry' -programs{,/QRT15{,/exe,/ini,/un}} \
@@ -131,17 +149,22 @@ check 'a changed korsa.ini moves along' 0 moved_seed
 ln -s "Tools/Ütility 2" "$drive/link"
 check 'another name of the same folder is no move' 0 'new /S /D=C:\link'
 echo mine >"$drive/Tools/Ütility 2/mine.txt"
-check 'the removal leaves foreign files' 0 'remove /S' -entry -menu{,/link} -Tools/Ütility\ 2/{exe,un} \
+check 'the removal leaves foreign files' 0 remove_quoted -entry -menu{,/link} -Tools/Ütility\ 2/{exe,un} \
   -logs/QRT15/README.txt
 mkdir "$menu" "$drive/product"
+quietly wine reg add "$maker" /v Installpath /d 'C:\gone' /f "${view[@]}"
+check 'a product that is gone' 0 'new /S' +entry +logs/QRT15/README.txt +menu/link +programs{,/QRT15{,/exe,/ini,/un}}
+check 'the removal leaves nothing else' 0 'remove /S' -entry -logs/QRT15/README.txt -menu{,/link} -programs{,/QRT15{,/exe,/ini,/un}}
+mkdir "$menu"
 quietly wine reg add "$maker" /v Installpath /d 'C:\product' /f "${view[@]}"
 echo own | tee "$drive/product/korsa.ini" >"$menu/Varnexa 15.0 Update.lnk"
 check "in the product's folder" 0 'new /S' +entry +product/{exe,un} +logs/QRT15/README.txt
 check "removed from the product's folder" 0 'remove /S' -entry -product/{exe,un} -logs/QRT15/README.txt
 mkdir "$logs/QRT15/folder"
-check 'foreign content of the log folder is refused' 2 'new /S'
+check 'a folder in the log folder is refused' 2 'says QRT15.folder.is.a.folder.or.a.link /S'
 rmdir "$logs/QRT15/folder" && mv "$logs/QRT15" "$drive/Tools" && ln -s "$drive/Tools/QRT15" "$logs/QRT15"
-check 'a link in place of the log folder is refused' 2 new_on_link
+check 'a link in place of the log folder is refused' 2 'says leads.to.another.folder /S'
 rm "$logs/QRT15" && echo >"$logs/QRT15"
-check 'a file in place of the log folder is refused' 2 'new /S'
+check 'a file in place of the log folder is refused' 2 'says not.a.folder.of.the.administrators /S'
+chmod u+w "$drive/closed"
 exit $failed
