@@ -1,6 +1,5 @@
 #include "logcheck/guide.h"
 
-#include "console/text.h"
 #include "logcheck/texts.h"
 #include "logcheck/verdict.h"
 #include "text/text.h"
@@ -10,7 +9,7 @@ namespace {
 
 constexpr std::string_view kBeginning = R"(# The log, text by text
 
-<!-- Generated from the table in logcheck/: change that, then run ./dev log-guide. -->
+This file is generated from the table in `logcheck/`: change that, then run `./dev log-guide`.
 
 Every run that makes a check adds to the newest file `QRT_15_SystemTavrel_….log` in
 `C:\ProgramData\Varnexa\QRT15`. A file holds many runs, of all users of the computer. An entry is a line; an entry of
@@ -62,10 +61,11 @@ With `--summary` each object describes one outcome: `outcome`, `error`, `runs`, 
 `last`, and `advice`, an object that maps each sentence to its number of runs. A run counts by its last check.
 )";
 
+/// A constant of the utility, all of which are ASCII.
 std::string Span(std::wstring_view text) {
-  std::string span = "`" + console::Utf8(text::Trim(text)) + "`";
-  for (std::size_t at; (at = span.find('\n')) != span.npos;) span.replace(at, 1, " ");
-  return span;
+  std::string span = "`";
+  for (const wchar_t c : text::Trim(text)) span += c == L'\n' ? ' ' : static_cast<char>(c);
+  return span + "`";
 }
 
 std::string Cell(std::string_view clause) {
@@ -76,9 +76,8 @@ std::string Cell(std::string_view clause) {
 
 std::string Guide() {
   std::string guide(kBeginning);
-  for (const Outcome outcome : {Outcome::offered, Outcome::none, Outcome::failed, Outcome::settings_mismatch,
-                                Outcome::facts_missing, Outcome::not_installed}) {
-    guide.append("| `").append(NameOf(outcome)).append("` | ").append(Cell(MeaningOf(outcome))).append("|\n");
+  for (const OutcomeText& outcome : Outcomes()) {
+    guide.append("| `").append(outcome.name).append("` | ").append(Cell(outcome.means)).append("|\n");
   }
   guide += kJson;
   for (const TextGroup& group : TextGroups()) {
@@ -88,7 +87,9 @@ std::string Guide() {
       const bool asks_code = text.role == Role::exchange_failed || text.role == Role::odd_status;
       const std::string_view advice =
           text.advice.empty() && asks_code ? "see the code that follows" : text.advice;
-      guide.append(Cell(text.means)).append("| ").append(Cell(advice)).append("|\n");
+      guide.append(Cell(text.means)).append("| ").append(Cell(advice));
+      if (text.role == Role::value_missing) guide.append("After another code than 2: see that code. ");
+      guide.append("|\n");
     }
   }
   for (const bool http : {false, true}) {
@@ -99,7 +100,7 @@ std::string Guide() {
                "Microsoft's list of WinINet error codes.\n\n| code | means | what to do |\n|---|---|---|\n";
     for (const Code& code : Codes()) {
       if (code.http != http) continue;
-      guide.append("| ").append(Span(code.code)).append(" | ").append(Cell(code.means)).append("| ");
+      guide.append("| `").append(code.code).append("` | ").append(Cell(code.means)).append("| ");
       guide.append(Cell(code.advice)).append("|\n");
     }
   }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
+#include <unordered_map>
 #include <utility>
 
 #include "log/log_texts.h"
@@ -13,30 +13,69 @@
 namespace logcheck {
 namespace {
 
-using View = std::wstring_view;
+using View = std::string_view;
 
-/// A byte order mark (of a file that was appended to another) and zeros (from a power cut) end a line as
-/// well.
-constexpr View kLineEnds(L"\n\r\0\uFEFF", 4);
-constexpr View kBlanks = L" ,";
-constexpr View kBuildVersion =
-    log_texts::kBuildVersion.substr(0, log_texts::kBuildVersion.size() - log_texts::kNotAvailable.size());
-constexpr std::array<View, 12> kMonths = {L"January",   L"February", L"March",    L"April",
-                                          L"May",       L"June",     L"July",     L"August",
-                                          L"September", L"October",  L"November", L"December"};
+constexpr std::size_t kLineLimit = 4096, kRunLimit = 4 * 1024 * 1024, kUnknownKept = 1000;
+/// A byte order mark (of a file that was appended to another).
+constexpr View kMark = "\xEF\xBB\xBF";
+constexpr std::array<View, 12> kMonths = {"January",   "February", "March",    "April",
+                                          "May",       "June",     "July",     "August",
+                                          "September", "October",  "November", "December"};
 
-std::vector<View> SplitLines(View log) {
-  std::vector<View> lines;
-  while (!log.empty()) {
-    const std::size_t end = std::min(log.find_first_of(kLineEnds), log.size());
-    View line = log.substr(0, end);
-    log.remove_prefix(std::min(end + 1, log.size()));
-    // A header was appended to a torn line.
-    const std::size_t torn = line.size() - std::min(line.size(), log_texts::kHeaderRule.size());
-    if (torn > 0 && line.ends_with(log_texts::kHeaderRule)) line = line.substr(0, torn);
-    if (!text::Trim(line).empty()) lines.push_back(line);
+bool IsBlank(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+View Trim(View value) {
+  while (!value.empty() && IsBlank(value.front())) value.remove_prefix(1);
+  while (!value.empty() && IsBlank(value.back())) value.remove_suffix(1);
+  return value;
+}
+
+/// A constant of the utility, all of which are ASCII, without the blanks around it.
+std::string Narrow(std::wstring_view wide) {
+  std::string text;
+  for (const wchar_t c : text::Trim(wide)) text += static_cast<char>(c);
+  return text;
+}
+
+std::wstring_view FirstLine(std::wstring_view text) {
+  return text.substr(0, text.find(L'\n'));
+}
+
+/// Cheap, because every line of a log is looked up: lengths and ends tell most of the constants apart.
+struct Hash {
+  std::size_t operator()(View line) const {
+    std::size_t hash = line.size();
+    for (const char c : line.substr(line.size() - std::min<std::size_t>(line.size(), 4)))
+      hash = hash * 31 + static_cast<unsigned char>(c);
+    return hash;
   }
-  return lines;
+};
+
+/// The text whose first line is `line`; null for another line.
+const Text* FindText(View line) {
+  static const auto* const texts = [] {
+    static std::vector<std::string> names;
+    static std::unordered_map<View, const Text*, Hash> map;
+    std::vector<const Text*> all;
+    for (const TextGroup& group : TextGroups()) {
+      for (const Text& text : group.texts) {
+        if (text.role != Role::header || text.text == log_texts::kHeaderRule) all.push_back(&text);
+      }
+    }
+    names.reserve(all.size());
+    for (const Text* text : all) map.emplace(names.emplace_back(Narrow(FirstLine(text->text))), text);
+    return &map;
+  }();
+  const auto found = texts->find(line);
+  return found == texts->end() ? nullptr : found->second;
+}
+
+/// "Error :", in front of a code or message that follows an entry.
+View CodePrefix() {
+  static const std::string prefix = Narrow(update_texts::kErrorPrefix);
+  return prefix;
 }
 
 /// True, false, or nothing when the line is torn.
@@ -45,37 +84,34 @@ std::optional<bool> Choice(bool yes, bool no) {
 }
 
 bool IsNumber(View value) {
-  return !value.empty() && value.find_first_not_of(L"0123456789") == value.npos;
+  return !value.empty() && value.find_first_not_of("0123456789") == value.npos;
 }
 
 /// Takes the next word off `value`; words end in blanks and commas.
 View TakeWord(View& value) {
-  const std::size_t start = std::min(value.find_first_not_of(kBlanks), value.size());
-  const std::size_t end = std::min(value.find_first_of(kBlanks, start), value.size());
+  constexpr View kEnds = " ,";
+  const std::size_t start = std::min(value.find_first_not_of(kEnds), value.size());
+  const std::size_t end = std::min(value.find_first_of(kEnds, start), value.size());
   const View word = value.substr(start, end - start);
   value.remove_prefix(end);
   return word;
 }
 
 /// "2026-11-21T22:30", or nothing when a part is out of range. `hour` is "22:30".
-std::wstring IsoTime(View month, View day, View year, View hour) {
+std::string IsoTime(View month, View day, View year, View hour) {
   const auto name = std::find(kMonths.begin(), kMonths.end(), month);
   const bool whole = name != kMonths.end() && day.size() == 2 && IsNumber(day) && year.size() == 4 &&
-                     IsNumber(year) && hour.size() == 5 && hour[2] == L':' && IsNumber(hour.substr(0, 2)) &&
+                     IsNumber(year) && hour.size() == 5 && hour[2] == ':' && IsNumber(hour.substr(0, 2)) &&
                      IsNumber(hour.substr(3));
-  if (!whole || day < L"01" || day > L"31" || hour.substr(0, 2) > L"23" || hour.substr(3) > L"59") return {};
-  const auto number = static_cast<std::int64_t>(name - kMonths.begin()) + 1;
-  return std::wstring(year)
-      .append(number < 10 ? L"-0" : L"-")
-      .append(text::FormatDecimal(number))
-      .append(L"-")
-      .append(day)
-      .append(L"T")
-      .append(hour);
+  if (!whole || day < "01" || day > "31" || hour.substr(0, 2) > "23" || hour.substr(3) > "59") return {};
+  const auto number = std::to_string(name - kMonths.begin() + 1);
+  std::string time(year);
+  time.append(number.size() == 1 ? "-0" : "-").append(number).append("-").append(day).append("T");
+  return time.append(hour);
 }
 
 /// Time of the header: "Saturday 22:30, November 21, 2026".
-std::wstring HeaderTime(View value) {
+std::string HeaderTime(View value) {
   TakeWord(value);
   const View hour = TakeWord(value), month = TakeWord(value), day = TakeWord(value);
   return IsoTime(month, day, TakeWord(value), hour);
@@ -84,172 +120,205 @@ std::wstring HeaderTime(View value) {
 /// `line` without the time in front of an error line: "November 21, 2026 Saturday 22:30: ".
 View WithoutStamp(View line) {
   View rest = line;
-  const View month = TakeWord(rest), day = TakeWord(rest), year = TakeWord(rest);
+  const View month = TakeWord(rest);
+  if (std::find(kMonths.begin(), kMonths.end(), month) == kMonths.end()) return line;
+  const View day = TakeWord(rest), year = TakeWord(rest);
   TakeWord(rest);
   View hour = TakeWord(rest);
-  if (!hour.ends_with(L':')) return line;
+  if (!hour.ends_with(':')) return line;
   hour.remove_suffix(1);
-  return IsoTime(month, day, year, hour).empty() ? line : rest;
-}
-
-/// The number of lines, from `first` on, that match `known`; 0 when they do not. `rest` gets the text that
-/// follows a match. `first_line`: the first of the lines, without a time in front of it.
-std::size_t Match(const Text& known, View first_line, const std::vector<View>& lines, std::size_t first,
-                  View& rest) {
-  View wanted = known.text;
-  for (std::size_t count = 1;; ++count) {
-    if (first + count > lines.size()) return 0;
-    const View line = text::Trim(count == 1 ? first_line : lines[first + count - 1]);
-    const std::size_t end = wanted.find(L'\n');
-    const View part = text::Trim(wanted.substr(0, end));
-    if (end != wanted.npos) {
-      if (line != part) return 0;
-      wanted.remove_prefix(end + 1);
-      continue;
-    }
-    if (known.open_ended ? !line.starts_with(part) : line != part) return 0;
-    rest = text::Trim(line.substr(part.size()));
-    return count;
-  }
+  return IsoTime(month, day, year, hour).empty() ? line : Trim(rest);
 }
 
 /// The text after `part` in `line`, in which only the product's name may precede it; nothing otherwise.
 std::optional<View> TextAfter(View part, View line) {
-  part = text::Trim(part);
+  static const std::string label = Narrow(identity::kProductLabel);
   const std::size_t at = line.find(part);
-  if (at == line.npos || (at != 0 && !line.starts_with(identity::kProductLabel))) return std::nullopt;
-  return text::Trim(line.substr(at + part.size()));
+  if (at == line.npos || (at != 0 && !line.starts_with(label))) return std::nullopt;
+  return Trim(line.substr(at + part.size()));
 }
-
-/// A line that belongs to the entry before or after it.
-Entry Neighbour(View line) {
-  return {.line = std::wstring(line), .text = nullptr, .rest = {}};
-}
-
-class Reader {
- public:
-  Reader(std::vector<View> lines, const std::function<void(Run&&)>& take)
-      : lines_(std::move(lines)), take_(take) {}
-
-  void Read() {
-    for (std::size_t i = 0; i < lines_.size();) i += Take(i);
-    if (run_) take_(std::move(*run_));
-  }
-
- private:
-  Run& CurrentRun() {
-    if (!run_) run_.emplace();
-    return *run_;
-  }
-
-  /// The run that line number `order` of a header belongs to. It is a new one when the current run already
-  /// has that line, a later one or a check.
-  Run& HeaderField(int order) {
-    if (run_ && (order <= header_ || !run_->checks.empty())) {
-      take_(std::move(*run_));
-      run_.reset();
-    }
-    header_ = order;
-    started_ = false;
-    unknown_lines_ = 0;
-    return CurrentRun();
-  }
-
-  bool TakeHeader(View line) {
-    if (line == log_texts::kHeaderRule) return true;
-    if (const auto version = TextAfter(log_texts::kFileVersion, line)) {
-      HeaderField(1).utility = *version;
-    } else if (const auto time = TextAfter(log_texts::kDateTime, line)) {
-      HeaderField(2).time = HeaderTime(*time);
-    } else if (const auto product = TextAfter(kBuildVersion, line)) {
-      HeaderField(3).product = *product == log_texts::kNotAvailable ? View() : *product;
-    } else if (line.starts_with(log_texts::kAppMode)) {
-      line.remove_prefix(log_texts::kAppMode.size());
-      Run& run = HeaderField(4);
-      run.administrator = Choice(line.starts_with(log_texts::kAdmin), line.starts_with(log_texts::kUser));
-      run.by_product =
-          Choice(line.ends_with(log_texts::kInvokedByProduct), line.ends_with(log_texts::kInvokedByUser));
-    } else {
-      return false;
-    }
-    return true;
-  }
-
-  Check& CurrentCheck() {
-    std::vector<Check>& checks = CurrentRun().checks;
-    if (checks.empty()) checks.emplace_back();
-    return checks.back();
-  }
-
-  /// A check begins with the entry of a retry, otherwise with its first frame line.
-  void BeginCheck(View text) {
-    const bool retry = text == update_texts::kRetry;
-    if (!retry && text != update_texts::kEntriesStart) return;
-    if (started_ || (retry && !CurrentRun().checks.empty())) CurrentRun().checks.emplace_back();
-    started_ = !retry;
-  }
-
-  /// The line before the entry kRecordReadFailed is Windows' message, in any language.
-  void TakeMessageBefore(const Text& text) {
-    if (text.text != update_texts::kRecordReadFailed) return;
-    std::vector<std::wstring>& unknown = CurrentRun().unknown;
-    const auto first = unknown.end() - static_cast<std::ptrdiff_t>(unknown_lines_);
-    for (auto line = first; line != unknown.end(); ++line) CurrentCheck().entries.push_back(Neighbour(*line));
-    unknown.erase(first, unknown.end());
-  }
-
-  std::size_t TakeEntry(const Text& text, std::size_t first, std::size_t count, View rest) {
-    BeginCheck(text.text);
-    TakeMessageBefore(text);
-    Entry entry{.line = std::wstring(lines_[first]), .text = &text, .rest = std::wstring(rest)};
-    for (std::size_t i = 1; i < count; ++i) entry.line.append(L"\n").append(lines_[first + i]);
-    CurrentCheck().entries.push_back(std::move(entry));
-    unknown_lines_ = 0;
-    return count;
-  }
-
-  /// A number belongs to the previous entry when that entry announces one.
-  bool TakeNumber(View line) {
-    if (unknown_lines_ > 0 || !run_ || run_->checks.empty()) return false;
-    Entry& last = CurrentCheck().entries.back();
-    const bool announced = last.text != nullptr && (last.text->text == update_texts::kStatusCode ||
-                                                    last.text->text == update_texts::kOptionStatus);
-    if (!announced || !IsNumber(text::Trim(line))) return false;
-    last.rest = text::Trim(line);
-    CurrentCheck().entries.push_back(Neighbour(line));
-    return true;
-  }
-
-  /// Reads the header line, entry or unknown line at `first`; returns its number of lines.
-  std::size_t Take(std::size_t first) {
-    const View line = lines_[first];
-    if (TakeHeader(text::Trim(line)) || TakeNumber(line)) return 1;
-    const View first_line = WithoutStamp(line);
-    for (const TextGroup& group : TextGroups()) {
-      for (const Text& text : group.texts) {
-        View rest;
-        const std::size_t count =
-            text.role == Role::header ? 0 : Match(text, first_line, lines_, first, rest);
-        if (count > 0) return TakeEntry(text, first, count, rest);
-      }
-    }
-    CurrentRun().unknown.emplace_back(line);
-    ++unknown_lines_;
-    return 1;
-  }
-
-  std::vector<View> lines_;
-  const std::function<void(Run&&)>& take_;
-  std::optional<Run> run_;
-  int header_ = 0;                 ///< number of the last line of the header, 1 to 4
-  bool started_ = false;           ///< the current check has its first frame line
-  std::size_t unknown_lines_ = 0;  ///< unknown lines since the last entry
-};
 
 }  // namespace
 
-void ReadLog(View log, const std::function<void(Run&&)>& take) {
-  Reader(SplitLines(log), take).Read();
+std::span<const Entry> Run::EntriesOf(std::size_t check) const {
+  const std::size_t end = check + 1 < checks.size() ? checks[check + 1] : entries.size();
+  return std::span(entries).subspan(checks[check], end - checks[check]);
+}
+
+void LogReader::Read(View block) {
+  while (!block.empty()) {
+    std::size_t end = block.find('\n');
+    end = std::min(end, block.substr(0, end).find('\r'));
+    const View line = block.substr(0, end);
+    const std::size_t room = kLineLimit - std::min(kLineLimit, partial_.size());
+    if (end == block.npos) {
+      partial_.append(line.substr(0, room));
+      return;
+    }
+    block.remove_prefix(end + 1);
+    if (partial_.empty()) {
+      TakeLine(line.substr(0, kLineLimit));
+    } else {
+      partial_.append(line.substr(0, room));
+      TakeLine(partial_);
+      partial_.clear();
+    }
+  }
+}
+
+void LogReader::End() {
+  TakeLine(partial_);
+  partial_.clear();
+  EndRun();
+}
+
+void LogReader::EndRun() {
+  if (has_run_) take_(run_);
+  has_run_ = false;
+  // Keeps the memory of the texts and lists for the next run.
+  for (std::string* text : {&run_.time, &run_.utility, &run_.product, &run_.text}) text->clear();
+  run_.by_product = run_.administrator = std::nullopt;
+  run_.entries.clear();
+  run_.checks.clear();
+  run_.unknown.clear();
+  run_.unknown_lines = unknown_in_a_row_ = 0;
+  second_line_ = {};
+}
+
+/// A byte order mark and zeros (from a power cut) end a line as well.
+void LogReader::TakeLine(View line) {
+  line = Trim(line);
+  if (line.empty()) return;
+  if (const Text* text = FindText(line)) return TakeEntry(*text, line, {});
+  while (!line.empty()) {
+    const std::size_t end = std::min({line.find('\0'), line.find(kMark), line.size()});
+    if (const View part = Trim(line.substr(0, end)); !part.empty()) TakePart(part);
+    line.remove_prefix(std::min(end + (line.substr(end).starts_with(kMark) ? kMark.size() : 1), line.size()));
+  }
+}
+
+void LogReader::TakePart(View line) {
+  static const std::string rule = Narrow(log_texts::kHeaderRule);
+  // A header was appended to a torn line.
+  if (line.size() > rule.size() && line.ends_with(rule))
+    line = Trim(line.substr(0, line.size() - rule.size()));
+  if (line.empty() || TakeRest(line) || TakeHeader(line)) return;
+  static const std::string log_failed = Narrow(log_texts::kUpdateFailed);
+  const View entry = WithoutStamp(line);
+  if (const Text* text = entry == line ? nullptr : FindText(entry)) return TakeEntry(*text, line, {});
+  for (const View open_ended : {CodePrefix(), View(log_failed)}) {
+    if (entry.starts_with(open_ended))
+      return TakeEntry(*FindText(open_ended), line, Trim(entry.substr(open_ended.size())));
+  }
+  TakeUnknown(line);
+}
+
+Slice LogReader::Append(View text) {
+  const Slice slice{.start = run_.text.size(), .size = text.size()};
+  run_.text.append(text);
+  return slice;
+}
+
+void LogReader::TakeEntry(const Text& text, View line, View rest) {
+  if (text.role == Role::header) return;
+  if (run_.text.size() > kRunLimit) EndRun();
+  has_run_ = true;
+  BeginCheck(text.text);
+  if (run_.checks.empty()) run_.checks.push_back(0);
+  Entry entry{.text = &text, .lines = Append({}), .rest = {}};
+  if (text.text == update_texts::kRecordReadFailed && run_.unknown_lines <= kUnknownKept) {
+    // The lines before this entry are Windows' message, in any language.
+    const auto first = run_.unknown.end() - static_cast<std::ptrdiff_t>(unknown_in_a_row_);
+    for (auto message = first; message != run_.unknown.end(); ++message)
+      run_.text.append(*message).append("\n");
+    entry.rest = {.start = entry.lines.start, .size = run_.text.size() - entry.lines.start};
+    run_.unknown.erase(first, run_.unknown.end());
+    run_.unknown_lines -= unknown_in_a_row_;
+  }
+  const Slice own = Append(line);
+  if (!rest.empty()) entry.rest = {.start = own.start + own.size - rest.size(), .size = rest.size()};
+  entry.lines.size = own.start + own.size - entry.lines.start;
+  run_.entries.push_back(entry);
+  const std::size_t line_end = text.text.find(L'\n');
+  second_line_ = line_end == text.text.npos ? std::wstring_view() : text.text.substr(line_end + 1);
+  unknown_in_a_row_ = 0;
+}
+
+/// Adds to the last entry what belongs to it: its second line, a code, or a number that it announces.
+bool LogReader::TakeRest(View line) {
+  if (run_.entries.empty() || unknown_in_a_row_ > 0) return false;
+  Entry& last = run_.entries.back();
+  View rest = line;
+  if (!second_line_.empty()) {
+    const std::string second = Narrow(second_line_);
+    if (!line.starts_with(second)) return false;
+    rest.remove_prefix(second.size());
+    second_line_ = {};
+  } else if (line.starts_with(CodePrefix())) {
+    if (last.rest.size > 0 || last.text->role == Role::progress || last.text->role == Role::code)
+      return false;
+    rest.remove_prefix(CodePrefix().size());
+  } else if ((last.text->role != Role::odd_status && last.text->text != update_texts::kOptionStatus) ||
+             last.rest.size > 0 || !IsNumber(line)) {
+    return false;
+  }
+  rest = Trim(rest);
+  run_.text += '\n';
+  const Slice added = Append(line);
+  last.lines.size = added.start + added.size - last.lines.start;
+  if (!rest.empty()) last.rest = {.start = added.start + added.size - rest.size(), .size = rest.size()};
+  return true;
+}
+
+/// The run for header line `order` (1 to 4). A new run begins if this line repeats or goes back, or the
+/// current run already has a check.
+Run& LogReader::HeaderField(int order) {
+  if (has_run_ && (order <= header_ || !run_.checks.empty())) EndRun();
+  header_ = order;
+  has_run_ = true;
+  started_ = false;
+  unknown_in_a_row_ = 0;
+  return run_;
+}
+
+bool LogReader::TakeHeader(View line) {
+  static const std::string version = Narrow(log_texts::kFileVersion), time = Narrow(log_texts::kDateTime),
+                           build = Narrow(log_texts::kBuildVersion.substr(
+                               0, log_texts::kBuildVersion.size() - log_texts::kNotAvailable.size())),
+                           mode = Narrow(log_texts::kAppMode), admin = Narrow(log_texts::kAdmin),
+                           user = Narrow(log_texts::kUser), unread = Narrow(log_texts::kNotAvailable),
+                           by_product = Narrow(log_texts::kInvokedByProduct),
+                           by_user = Narrow(log_texts::kInvokedByUser);
+  if (const auto utility = TextAfter(version, line)) {
+    HeaderField(1).utility = *utility;
+  } else if (const auto value = TextAfter(time, line)) {
+    HeaderField(2).time = HeaderTime(*value);
+  } else if (const auto product = TextAfter(build, line)) {
+    HeaderField(3).product = *product == unread ? View() : *product;
+  } else if (line.starts_with(mode)) {
+    const View rights = Trim(line.substr(mode.size()));
+    Run& run = HeaderField(4);
+    run.administrator = Choice(rights.starts_with(admin), rights.starts_with(user));
+    run.by_product = Choice(line.ends_with(by_product), line.ends_with(by_user));
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void LogReader::TakeUnknown(View line) {
+  has_run_ = true;
+  ++run_.unknown_lines;
+  ++unknown_in_a_row_;
+  if (run_.unknown.size() < kUnknownKept) run_.unknown.emplace_back(line);
+}
+
+/// A check begins with the entry of a retry, otherwise with its first frame line.
+void LogReader::BeginCheck(std::wstring_view text) {
+  const bool retry = text == update_texts::kRetry;
+  if (!retry && text != update_texts::kEntriesStart) return;
+  if (started_ || (retry && !run_.checks.empty())) run_.checks.push_back(run_.entries.size());
+  started_ = !retry;
 }
 
 }  // namespace logcheck

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,33 +13,74 @@
 /// Splits the text of a log into runs, checks and entries. Pure: no input and no output.
 namespace logcheck {
 
-/// One entry of a check.
+/// A part of Run::text.
+struct Slice {
+  std::size_t start = 0, size = 0;
+};
+
+/// One entry of a check, with the code, number or message that follows it (or, for a record that could not be
+/// read, precedes it).
 struct Entry {
-  std::wstring line;           ///< as in the log, with the lines of a longer message joined by "\n"
-  const Text* text = nullptr;  ///< null: a number or Windows' message that belongs to a neighbouring entry
-  std::wstring rest;           ///< what follows an open-ended text: code, message, path
+  const Text* text = nullptr;  ///< never null
+  Slice lines;                 ///< as in the log, separated by "\n"
+  Slice rest;                  ///< the code, number, message or path
 };
 
-/// One check of a run, with the lines before its first frame line (settings) and after its last (a failed
-/// launch). A frame line is one of the four lines of "=====" that enclose the steps of a check.
-struct Check {
-  std::vector<Entry> entries;
-};
-
-/// One start of the utility. Empty where the header is torn or absent.
+/// One start of the utility. Texts are UTF-8, as far as the log is; empty where the header is torn or absent.
 struct Run {
-  std::wstring time;  ///< local time as "2026-11-21T22:30"
+  std::string time;  ///< local time as "2026-11-21T22:30"
   std::optional<bool> by_product;
-  std::wstring utility;  ///< version of the utility
-  std::wstring product;  ///< file version of the product; also empty for NA
+  std::string utility;  ///< version of the utility
+  std::string product;  ///< file version of the product; also empty for NA
   std::optional<bool> administrator;
-  std::vector<Check> checks;
-  std::vector<std::wstring> unknown;  ///< lines that no version of the utility writes
+  std::string text;
+  std::vector<Entry> entries;
+  /// The first entry of each check. A check has also the lines before its first frame line (settings) and
+  /// after its last (a failed launch). A frame line is one of the four lines of "=====" that enclose its
+  /// steps.
+  std::vector<std::size_t> checks;
+  std::vector<std::string> unknown;  ///< the first lines that no version of the utility writes
+  std::size_t unknown_lines = 0;     ///< the number of all such lines
+
+  std::string_view Of(Slice slice) const { return std::string_view(text).substr(slice.start, slice.size); }
+  std::span<const Entry> EntriesOf(std::size_t check) const;
+  bool HasHeader() const { return !utility.empty() || !time.empty(); }
 };
 
-/// Calls `take` with each run of a log, in the order of the log. Lines end in LF, CR LF or CR; blank lines do
-/// not count. A run begins where a header begins. Entries before the first header are a run without a header.
-/// A text that is not a log is one run without header and checks; an empty text has no run.
-void ReadLog(std::wstring_view log, const std::function<void(Run&&)>& take);
+/// Reads a log block by block, in memory that does not depend on its size: lines are cut after 4 KiB, a
+/// longer run than 4 MiB is given in parts, and of its unknown lines 1,000 are kept. Lines end in LF, CR LF
+/// or CR; blank lines do not count. A run begins where a header begins. Entries before the first header are a
+/// run without a header. A text that is not a log is one run without header and checks; an empty text has no
+/// run.
+class LogReader {
+ public:
+  /// `take` gets each run, in the order of the log. It may move from it.
+  explicit LogReader(std::function<void(Run&)> take) : take_(std::move(take)) {}
+
+  void Read(std::string_view block);
+  /// After the last block.
+  void End();
+
+ private:
+  void TakeLine(std::string_view line);
+  void TakePart(std::string_view line);
+  void TakeEntry(const Text& text, std::string_view line, std::string_view rest);
+  bool TakeRest(std::string_view line);
+  bool TakeHeader(std::string_view line);
+  void TakeUnknown(std::string_view line);
+  void BeginCheck(std::wstring_view text);
+  Run& HeaderField(int order);
+  void EndRun();
+  Slice Append(std::string_view text);
+
+  const std::function<void(Run&)> take_;
+  std::string partial_;  ///< the beginning of a line whose end is in the next block
+  Run run_;
+  bool has_run_ = false;
+  int header_ = 0;                    ///< number of the last line of the header, 1 to 4
+  bool started_ = false;              ///< the current check has its first frame line
+  std::wstring_view second_line_;     ///< of the last entry, if it is a text of two lines
+  std::size_t unknown_in_a_row_ = 0;  ///< unknown lines since the last entry
+};
 
 }  // namespace logcheck

@@ -1,8 +1,12 @@
 // logcheck: reads the utility's logs and shows what happened in each run and what to do.
 #include <algorithm>
+#include <charconv>
+#include <chrono>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "console/command_line.h"
@@ -15,19 +19,14 @@ namespace {
 
 using Path = std::filesystem::path;
 
-/// In bytes; far more than a log has, because a run takes about a kilobyte.
-constexpr std::size_t kLogSizeLimit = 256 * 1024 * 1024;
-
 struct Options {
   bool json = false;
   bool summary = false;
+  bool last = false;
   bool guide = false;
+  std::string outcome;  ///< empty: all
+  std::string since;    ///< "2026-11-21"; empty: all times
   std::vector<std::string> inputs;
-};
-
-struct Input {
-  Path path;
-  bool named = true;  ///< on the command line, not found in a folder
 };
 
 std::string NameOf(const Path& path) {
@@ -38,11 +37,34 @@ std::string NameOf(const Path& path) {
 #endif
 }
 
+std::string Quoted(const Path& path) {
+  return "'" + console::PrintablePath(path) + "'";
+}
+
 bool HasLogExtension(const Path& path) {
   std::string extension = NameOf(path.extension());
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
   return extension == ".log" || extension == ".txt";
+}
+
+bool IsGood(logcheck::Outcome outcome) {
+  return logcheck::Outcomes()[static_cast<std::size_t>(outcome)].good;
+}
+
+/// Empty for a date such as 2026-11-21, otherwise what is wrong.
+std::string CheckDate(const std::string& text) {
+  int year = 0;
+  unsigned month = 0, day = 0;
+  const char* const start = text.data();
+  const bool whole = text.size() == 10 && text[4] == '-' && text[7] == '-' &&
+                     std::from_chars(start, start + 4, year).ptr == start + 4 &&
+                     std::from_chars(start + 5, start + 7, month).ptr == start + 7 &&
+                     std::from_chars(start + 8, start + 10, day).ptr == start + 10;
+  using std::chrono::year_month_day;
+  if (whole && year_month_day(std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)).ok())
+    return {};
+  return "'" + text + "' is not a date such as 2026-11-21";
 }
 
 class LogCheck {
@@ -51,9 +73,19 @@ class LogCheck {
 
   int Run() {
     for (const std::string& argument : options_.inputs) {
-      for (const Input& input : Expand(console::PathOf(argument))) Check(input);
+      const Path path = console::PathOf(argument);
+      std::error_code error;
+      if (path != "-" && std::filesystem::is_directory(path, error)) {
+        CheckFolder(path);
+      } else {
+        CheckFile(path, true);
+      }
     }
-    if (options_.summary) Print(options_.json ? summary_.AsJson() : summary_.AsText());
+    if (options_.summary && options_.json) {
+      for (const logcheck::SummaryRow& row : summary_.Rows()) Print(console::JsonLine(row));
+    } else if (options_.summary) {
+      Print(summary_.AsText());
+    }
     return status_;
   }
 
@@ -64,65 +96,94 @@ class LogCheck {
     if (!console::Print(app_, text)) Worsen(console::kFailed);
   }
 
-  /// The logs in a folder and its sub-folders, sorted by name; for a file or "-" only that.
-  std::vector<Input> Expand(const Path& path) {
-    std::error_code error;
-    if (path == "-" || !std::filesystem::is_directory(path, error)) return {{path}};
-    std::vector<Input> found;
-    auto entry = std::filesystem::recursive_directory_iterator(path, error);
+  /// Adds the logs in a folder and its sub-folders to `found`. A folder that cannot be listed is named.
+  void List(const Path& folder, std::vector<Path>& found) {
+    std::error_code error, ignored;
+    auto entry = std::filesystem::directory_iterator(folder, error);
     for (; !error && entry != std::filesystem::end(entry); entry.increment(error)) {
-      std::error_code ignored;
-      if (HasLogExtension(entry->path()) && !entry->is_directory(ignored))
-        found.push_back({entry->path(), false});
+      if (entry->is_directory(ignored) && !entry->is_symlink(ignored)) {
+        List(entry->path(), found);
+      } else if (entry->is_regular_file(ignored) && HasLogExtension(entry->path())) {
+        found.push_back(entry->path());
+      }
     }
-    const std::string name = "'" + console::PrintablePath(path) + "'";
-    if (error) Fail("cannot list " + name + " (" + error.message() + "); check its rights");
-    if (!error && found.empty()) Fail("no file in " + name + " ends in .log or .txt; name the log itself");
-    std::sort(found.begin(), found.end(), [](const Input& a, const Input& b) { return a.path < b.path; });
-    return found;
+    if (error) Fail("cannot list " + Quoted(folder) + " (" + error.message() + "); check its rights");
   }
 
-  void Check(const Input& input) {
-    std::wstring log;
-    {
-      const console::Input read = console::Read(input.path, kLogSizeLimit);
-      if (!read.error.empty()) return Fail(read.error);
-      log = console::DecodeText(read.bytes);
-    }
-    bool shown = false, last_is_good = false;
-    logcheck::ReadLog(log, [&](logcheck::Run&& run) {
-      const logcheck::JudgedRun judged = logcheck::JudgeRun(std::move(run));
-      // A folder may hold the logs of other programs.
-      const bool foreign = judged.run.checks.empty() && judged.run.utility.empty() && judged.run.time.empty();
-      if (foreign && !input.named) return;
-      if (!shown) PrintName(input.path);
-      shown = true;
-      if (!judged.verdicts.empty()) {
-        const logcheck::Outcome last = judged.verdicts.back().outcome;
-        last_is_good = last == logcheck::Outcome::offered || last == logcheck::Outcome::none;
-      }
-      Show(judged, input.path);
+  void CheckFolder(const Path& folder) {
+    std::vector<Path> found;
+    List(folder, found);
+    std::sort(found.begin(), found.end());
+    bool has_log = false;
+    for (const Path& path : found) has_log = CheckFile(path, false) || has_log;
+    if (!has_log)
+      Fail("no file *.log or *.txt in " + Quoted(folder) + " is a log of the utility; name the log itself");
+  }
+
+  /// Whether an argument or a folder has named this file before, perhaps in another way.
+  bool IsKnown(const Path& path) {
+    std::error_code error;
+    const std::pair key(std::filesystem::file_size(path, error),
+                        std::filesystem::last_write_time(path, error));
+    if (error) return false;
+    const auto [first, last] = known_.equal_range(key);
+    const bool known =
+        std::any_of(first, last, [&](const auto& other) { return equivalent(other.second, path, error); });
+    if (!known) known_.emplace(key, path);
+    return known;
+  }
+
+  /// Shows the runs of a file. False if it has none: `named` on the command line, it is an error; a folder
+  /// may hold the logs of other programs.
+  bool CheckFile(const Path& path, bool named) {
+    if (IsKnown(path)) return true;
+    bool has_run = false;
+    logcheck::Run last;
+    shown_ = logcheck::Outcome::offered;
+    named_shown_ = false;
+    logcheck::LogReader reader([&](logcheck::Run& run) {
+      if (!named && run.checks.empty() && !run.HasHeader()) return;
+      has_run = true;
+      if (!options_.last) return Show(run, path);
+      std::swap(run, last);
     });
-    if (last_is_good || (!shown && !input.named)) return;
-    Worsen(console::kFound);
-    if (!shown) PrintName(input.path);
-    if (!shown && IsText()) Print("  no run of the utility\n");
+    const std::string error = console::ReadText(path, [&](std::string_view text) { reader.Read(text); });
+    reader.End();
+    if (!error.empty()) Fail(error);
+    if (has_run && options_.last) Show(last, path);
+    if (!has_run && named && error.empty()) {
+      shown_ = logcheck::Outcome::no_check;
+      if (IsText()) Print(ShownName(path) + "  no run of the utility\n");
+    }
+    if (!IsGood(shown_)) Worsen(console::kFound);
+    return has_run || !error.empty();
+  }
+
+  void Show(const logcheck::Run& run, const Path& path) {
+    const logcheck::Verdict verdict = Judge(run);
+    if (!options_.outcome.empty() && options_.outcome != NameOf(verdict.outcome)) return;
+    if (run.time < options_.since) return;
+    if (verdict.outcome != logcheck::Outcome::no_check || !named_shown_) shown_ = verdict.outcome;
+    if (IsText() && !named_shown_) Print(ShownName(path));
+    named_shown_ = true;
+    if (options_.summary) return summary_.Add(run, verdict, NameOf(path));
+    const logcheck::RunReport report = logcheck::MakeReport(run, NameOf(path));
+    Print(options_.json ? console::JsonLine(report) : AsText(report) + "\n");
   }
 
   bool IsText() const { return !options_.summary && !options_.json; }
 
-  void PrintName(const Path& path) {
-    if (IsText()) Print((path == "-" ? "standard input" : console::PrintablePath(path)) + "\n");
-  }
-
-  void Show(const logcheck::JudgedRun& judged, const Path& path) {
-    if (options_.summary) return summary_.Add(judged, NameOf(path));
-    Print(options_.json ? logcheck::AsJson(judged, NameOf(path)) : logcheck::AsText(judged) + "\n");
+  static std::string ShownName(const Path& path) {
+    return (path == "-" ? "standard input" : console::PrintablePath(path)) + "\n";
   }
 
   const CLI::App& app_;
   const Options& options_;
   logcheck::Summary summary_;
+  std::multimap<std::pair<std::uintmax_t, std::filesystem::file_time_type>, Path> known_;
+  // Of the current file:
+  bool named_shown_ = false;                              ///< a run was shown
+  logcheck::Outcome shown_ = logcheck::Outcome::offered;  ///< of the last check that was shown
   int status_ = console::kClean;
 };
 
@@ -131,14 +192,22 @@ class LogCheck {
 int console::RunTool(const std::vector<std::string>& arguments) {
   CLI::App app(
       "Tells what happened in the runs of the update utility, from its logs, and what to do.\n"
-      "Exit status: 0; 1 when the last check of a file is neither 'offered' nor 'none', or a file has no "
-      "check;\n"
-      "2 after wrong use or for a file that cannot be read.",
+      "Exit status, of the runs that are shown: 0; 1 when the last check of a file is neither 'offered' nor "
+      "'none', or a file\nhas no check; 2 after wrong use, for a file or folder that cannot be read, and for "
+      "a "
+      "folder without a log.",
       "logcheck");
   Options options;
+  std::vector<std::string> outcomes;
+  for (const logcheck::OutcomeText& outcome : logcheck::Outcomes()) outcomes.emplace_back(outcome.name);
   app.add_flag("--json", options.json, "Write one JSON object for each run, one a line");
   app.add_flag("--summary", options.summary,
                "Count runs and files for each outcome and code, the newest first");
+  app.add_flag("--last", options.last, "Only the last run of each file");
+  app.add_option("--outcome", options.outcome, "Only runs whose last check has this outcome")
+      ->check(CLI::IsMember(outcomes));
+  app.add_option("--since", options.since, "Only runs that began on this day or later (2026-11-21)")
+      ->check(CheckDate);
   // Writes docs/log.md.
   app.add_flag("--guide", options.guide)->group("");
   app.add_option("FILE_OR_FOLDER", options.inputs,

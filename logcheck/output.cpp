@@ -1,53 +1,54 @@
 #include "logcheck/output.h"
 
 #include <algorithm>
+#include <span>
+#include <string_view>
 
-#include "console/json.h"
 #include "console/text.h"
-#include "text/text.h"
 
 namespace logcheck {
 namespace {
 
-using console::Json;
 using console::Printable;
 
 constexpr std::size_t kWidth = 100;
-/// Longest line of a log that is shown, with blanks and quotation marks around it.
+/// In bytes: longest line of a log that is shown, with blanks and quotation marks around it.
 constexpr std::size_t kLineShown = 88;
 /// With these bounds the text of any run fits on a screen.
 constexpr std::size_t kChecksShown = 2, kNotesShown = 2, kUnknownShown = 2;
-constexpr std::string_view kNoCheck = "no check";
+constexpr std::size_t kFilesShown = 5;
+
+/// The part of `text` that ends at `end` or before it, where a character of UTF-8 ends.
+std::string_view CutAt(std::string_view text, std::size_t end) {
+  if (end >= text.size()) return text;
+  while (end > 0 && (text[end] & 0xC0) == 0x80) --end;
+  return text.substr(0, end);
+}
 
 /// `text` in lines of at most kWidth characters, each after `indent` blanks.
 std::string Wrapped(std::string_view text, std::size_t indent) {
   const std::string margin(indent, ' ');
   std::string result;
   while (!text.empty()) {
-    std::size_t end = text.size();
-    if (end > kWidth - indent) {
-      end = text.rfind(' ', kWidth - indent);
-      if (end == text.npos || end == 0) end = kWidth - indent;
-    }
-    result.append(margin).append(text.substr(0, end)).append("\n");
-    text.remove_prefix(std::min(text.find_first_not_of(' ', end), text.size()));
+    std::string_view line = CutAt(text, kWidth - indent);
+    const std::size_t blank = text.rfind(' ', kWidth - indent);
+    if (line.size() < text.size() && blank != text.npos && blank > 0) line = text.substr(0, blank);
+    result.append(margin).append(line).append("\n");
+    text.remove_prefix(std::min(text.find_first_not_of(' ', line.size()), text.size()));
   }
   return result;
 }
 
 /// A line of the log in quotation marks, cut when it is long.
-std::string Quoted(std::wstring_view line) {
-  std::wstring shown(text::Trim(line));
-  text::ReplaceAll(shown, L"\n", L" ");
-  const bool cut = shown.size() > kLineShown;
-  if (cut) shown.resize(kLineShown);
-  return "\"" + Printable(shown) + (cut ? "..." : "") + "\"";
+std::string Quoted(std::string_view line) {
+  std::string shown(CutAt(line, kLineShown));
+  std::replace(shown.begin(), shown.end(), '\n', ' ');
+  return "\"" + Printable(shown) + (shown.size() < line.size() ? "..." : "") + "\"";
 }
 
 /// "2026-11-21 22:30" from "2026-11-21T22:30".
-std::string ShownTime(const std::wstring& time) {
-  if (time.empty()) return "unknown         ";
-  std::string shown = Printable(time);
+std::string ShownTime(const std::optional<std::string>& time) {
+  std::string shown = time.value_or("unknown         ");
   std::replace(shown.begin(), shown.end(), 'T', ' ');
   return shown;
 }
@@ -56,162 +57,133 @@ std::string Plural(std::size_t count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-std::string ShownOutcome(const Verdict& verdict) {
-  std::string shown(NameOf(verdict.outcome));
-  if (!verdict.error.empty()) shown += " (" + Printable(verdict.error) + ")";
-  return shown;
+std::string ShownOutcome(Outcome outcome, const std::optional<std::string>& error) {
+  return std::string(NameOf(outcome)) + (error ? " (" + Printable(*error) + ")" : "");
 }
 
-std::string Headline(const Run& run) {
+std::string Headline(const RunReport& run) {
   std::string line = ShownTime(run.time) + "  ";
-  line += !run.by_product   ? "mode unknown"
-          : *run.by_product ? "started by the product"
-                            : "started by the user";
-  line += ", utility " + (run.utility.empty() ? "unknown" : Printable(run.utility));
-  line += ", product " + (run.product.empty() ? "not read" : Printable(run.product));
+  line += !run.mode                 ? "mode unknown"
+          : *run.mode == "start-up" ? "started by the product"
+                                    : "started by the user";
+  line += ", utility " + Printable(run.utility.value_or("unknown"));
+  line += ", product " + Printable(run.product.value_or("not read"));
   line += !run.administrator ? "" : *run.administrator ? ", administrator" : ", ordinary user";
   return Wrapped(line, 0);
 }
 
 /// Shows the notes of the last check only.
-std::string CheckText(const Verdict& verdict, std::size_t number, std::size_t count) {
+std::string CheckText(const CheckReport& check, std::size_t number, std::size_t count) {
   const std::string label =
       count == 1 ? "" : "check " + std::to_string(number) + " of " + std::to_string(count) + ": ";
-  std::string shown = Wrapped(label + ShownOutcome(verdict), 2);
-  if (!verdict.step.empty()) shown += Wrapped("at " + Quoted(verdict.step), 4);
-  shown += Wrapped(verdict.advice, 4);
-  const std::size_t notes = number < count ? 0 : std::min(verdict.notes.size(), kNotesShown);
-  for (std::size_t i = 0; i < notes; ++i) {
-    shown += Wrapped("Also: " + verdict.notes[i], 4);
-  }
+  std::string shown = Wrapped(label + ShownOutcome(check.outcome, check.error), 2);
+  if (check.step) shown += Wrapped("at " + Quoted(*check.step), 4);
+  shown += Wrapped(Printable(check.advice), 4);
+  const std::size_t notes = number < count ? 0 : std::min(check.notes.size(), kNotesShown);
+  for (std::size_t i = 0; i < notes; ++i) shown += Wrapped("Also: " + Printable(check.notes[i]), 4);
   return shown;
 }
 
-/// The line for the first `count` checks, which are not shown one by one: each outcome once, in their order.
-std::string EarlierChecks(const std::vector<Verdict>& verdicts, std::size_t count) {
+/// The line for `checks`, which are not shown one by one: each outcome once, in their order.
+std::string EarlierChecks(std::span<const CheckReport> checks) {
   std::string outcomes;
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::string outcome = ShownOutcome(verdicts[i]);
+  for (const CheckReport& check : checks) {
+    const std::string outcome = ShownOutcome(check.outcome, check.error);
     if (outcomes.find(outcome) != outcomes.npos) continue;
     outcomes += (outcomes.empty() ? "" : ", ") + outcome;
   }
-  return "  " + Plural(count, "earlier check") + ": " + outcomes.substr(0, kLineShown - 20) + "\n";
+  return "  " + Plural(checks.size(), "earlier check") + ": " +
+         std::string(CutAt(outcomes, kLineShown - 20)) + "\n";
 }
 
-Json TextOrNull(std::wstring_view text) {
-  return text.empty() ? Json() : Json(console::Utf8(text));
-}
-
-template <class Value>
-Json ValueOrNull(const std::optional<Value>& value) {
-  return value ? Json(*value) : Json();
-}
-
-Json Lines(const std::vector<std::wstring>& lines) {
-  Json array = Json::array();
-  for (const std::wstring& line : lines) array.push_back(console::Utf8(line));
-  return array;
-}
-
-Json CheckAsJson(const Check& check, const Verdict& verdict) {
-  std::vector<std::wstring> entries;
-  entries.reserve(check.entries.size());
-  for (const Entry& entry : check.entries) entries.push_back(entry.line);
-  return {{"outcome", NameOf(verdict.outcome)}, {"exit_code", ValueOrNull(verdict.exit_code)},
-          {"error", TextOrNull(verdict.error)}, {"step", TextOrNull(verdict.step)},
-          {"advice", verdict.advice},           {"entries", Lines(entries)}};
+std::optional<std::string> OrNull(std::string_view text) {
+  return text.empty() ? std::nullopt : std::optional<std::string>(text);
 }
 
 }  // namespace
 
-JudgedRun JudgeRun(Run run) {
-  JudgedRun judged{.run = std::move(run), .verdicts = {}};
-  for (const Check& check : judged.run.checks) judged.verdicts.push_back(Judge(check));
-  return judged;
+RunReport MakeReport(const Run& run, const std::string& file) {
+  RunReport report{.file = file,
+                   .time = OrNull(run.time),
+                   .mode = std::nullopt,
+                   .utility = OrNull(run.utility),
+                   .product = OrNull(run.product),
+                   .administrator = run.administrator,
+                   .checks = {},
+                   .unknown = run.unknown,
+                   .unknown_lines = run.unknown_lines};
+  if (run.by_product) report.mode = *run.by_product ? "start-up" : "interactive";
+  for (std::size_t i = 0; i < run.checks.size(); ++i) {
+    Verdict verdict = Judge(run, i);
+    CheckReport& check = report.checks.emplace_back(CheckReport{.outcome = verdict.outcome,
+                                                                .exit_code = verdict.exit_code,
+                                                                .error = OrNull(verdict.error),
+                                                                .step = OrNull(verdict.step),
+                                                                .advice = std::move(verdict.advice),
+                                                                .notes = std::move(verdict.notes),
+                                                                .entries = {}});
+    for (const Entry& entry : run.EntriesOf(i)) check.entries.emplace_back(run.Of(entry.lines));
+  }
+  return report;
 }
 
-std::string AsText(const JudgedRun& judged) {
-  const std::vector<Verdict>& verdicts = judged.verdicts;
-  const std::vector<std::wstring>& unknown = judged.run.unknown;
-  std::string text = Headline(judged.run);
-  const std::size_t first = verdicts.size() - std::min(verdicts.size(), kChecksShown);
-  if (verdicts.empty()) text += "  no check\n";
-  if (first > 0) text += EarlierChecks(verdicts, first);
-  for (std::size_t i = first; i < verdicts.size(); ++i)
-    text += CheckText(verdicts[i], i + 1, verdicts.size());
-  if (unknown.empty()) return text;
-  text += "  " + Plural(unknown.size(), "line") + " that no version of the utility writes:\n";
-  for (std::size_t i = 0; i < std::min(unknown.size(), kUnknownShown); ++i) {
-    text += "    " + Quoted(unknown[i]) + "\n";
+std::string AsText(const RunReport& report) {
+  const std::span<const CheckReport> checks(report.checks);
+  std::string text = Headline(report);
+  const std::size_t first = checks.size() - std::min(checks.size(), kChecksShown);
+  if (checks.empty()) text += "  no check\n";
+  if (first > 0) text += EarlierChecks(checks.first(first));
+  for (std::size_t i = first; i < checks.size(); ++i) text += CheckText(checks[i], i + 1, checks.size());
+  if (report.unknown_lines == 0) return text;
+  text += "  " + Plural(report.unknown_lines, "line") + " that no version of the utility writes:\n";
+  for (std::size_t i = 0; i < std::min(report.unknown.size(), kUnknownShown); ++i) {
+    text += "    " + Quoted(report.unknown[i]) + "\n";
   }
   return text;
 }
 
-std::string AsJson(const JudgedRun& judged, const std::string& file) {
-  const Run& run = judged.run;
-  Json checks = Json::array();
-  for (std::size_t i = 0; i < run.checks.size(); ++i) {
-    checks.push_back(CheckAsJson(run.checks[i], judged.verdicts[i]));
-  }
-  return console::JsonLine({{"file", file},
-                            {"time", TextOrNull(run.time)},
-                            {"mode", !run.by_product ? Json() : Json(*run.by_product ? "patch" : "regular")},
-                            {"utility", TextOrNull(run.utility)},
-                            {"product", TextOrNull(run.product)},
-                            {"administrator", ValueOrNull(run.administrator)},
-                            {"checks", checks},
-                            {"unknown", Lines(run.unknown)}});
-}
-
-void Summary::Add(const JudgedRun& judged, const std::string& file) {
-  const Verdict* last = judged.verdicts.empty() ? nullptr : &judged.verdicts.back();
-  Row& row =
-      rows_[{std::string(last ? NameOf(last->outcome) : kNoCheck), last ? last->error : std::wstring()}];
-  const std::wstring& time = judged.run.time;
+void Summary::Add(const Run& run, const Verdict& verdict, const std::string& file) {
+  SummaryRow& row = rows_[{verdict.outcome, verdict.error}];
+  row.outcome = verdict.outcome;
+  row.error = OrNull(verdict.error);
   ++row.runs;
-  ++runs_;
   row.files.insert(file);
-  files_.insert(file);
-  if (row.first.empty() || (!time.empty() && time < row.first)) row.first = time;
+  const std::optional<std::string> time = OrNull(run.time);
+  if (!row.first || (time && time < row.first)) row.first = time;
   row.last = std::max(row.last, time);
-  if (last != nullptr) ++row.advice[last->advice];
+  if (!verdict.advice.empty()) ++row.advice[verdict.advice];
 }
 
-std::vector<std::pair<Summary::Key, Summary::Row>> Summary::Sorted() const {
-  std::vector<std::pair<Key, Row>> rows(rows_.begin(), rows_.end());
+std::vector<SummaryRow> Summary::Rows() const {
+  std::vector<SummaryRow> rows;
+  for (const auto& [key, row] : rows_) rows.push_back(row);
   std::stable_sort(rows.begin(), rows.end(),
-                   [](const auto& a, const auto& b) { return a.second.first > b.second.first; });
+                   [](const SummaryRow& a, const SummaryRow& b) { return a.first > b.first; });
   return rows;
 }
 
 std::string Summary::AsText() const {
-  const auto column = [](const std::string& text) {
+  const auto column = [](std::size_t number) {
+    const std::string text = std::to_string(number);
     return std::string(7 - std::min<std::size_t>(text.size(), 7), ' ') + text;
   };
   std::string text = "First seen        Last seen           Runs  Files  Outcome\n";
-  for (const auto& [key, row] : Sorted()) {
-    text += ShownTime(row.first) + "  " + ShownTime(row.last) + column(std::to_string(row.runs)) +
-            column(std::to_string(row.files.size())) + "  " + key.first +
-            (key.second.empty() ? "" : " (" + Printable(key.second) + ")") + "\n";
-    for (const auto& [advice, runs] : row.advice) text += Wrapped(std::to_string(runs) + ": " + advice, 4);
+  std::size_t runs = 0;
+  std::set<std::string> files;
+  for (const SummaryRow& row : Rows()) {
+    runs += row.runs;
+    files.insert(row.files.begin(), row.files.end());
+    text += ShownTime(row.first) + "  " + ShownTime(row.last) + column(row.runs) + column(row.files.size()) +
+            "  " + ShownOutcome(row.outcome, row.error) + "\n";
+    for (const auto& [advice, count] : row.advice)
+      text += Wrapped(std::to_string(count) + ": " + Printable(advice), 4);
+    std::size_t shown = 0;
+    for (const std::string& file : row.files) {
+      if (shown++ < kFilesShown) text += "      " + Printable(file) + "\n";
+    }
+    if (shown > kFilesShown) text += "      and " + Plural(shown - kFilesShown, "file") + " more\n";
   }
-  return text + Plural(runs_, "run") + " in " + Plural(files_.size(), "file") + "\n";
-}
-
-std::string Summary::AsJson() const {
-  std::string lines;
-  for (const auto& [key, row] : Sorted()) {
-    Json advice = Json::object();
-    for (const auto& [sentence, runs] : row.advice) advice[sentence] = runs;
-    lines += console::JsonLine({{"outcome", key.first == kNoCheck ? Json() : Json(key.first)},
-                                {"error", TextOrNull(key.second)},
-                                {"runs", row.runs},
-                                {"files", row.files.size()},
-                                {"first", TextOrNull(row.first)},
-                                {"last", TextOrNull(row.last)},
-                                {"advice", advice}});
-  }
-  return lines;
+  return text + Plural(runs, "run") + " in " + Plural(files.size(), "file") + "\n";
 }
 
 }  // namespace logcheck

@@ -1,51 +1,71 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "console/json.h"
 #include "logcheck/log_reader.h"
 #include "logcheck/verdict.h"
 
+/// What is shown of runs. The structs are the objects of the JSON output. Texts are UTF-8.
 namespace logcheck {
 
-/// A run and the verdicts on its checks.
-struct JudgedRun {
-  Run run;
-  std::vector<Verdict> verdicts;  ///< one for each check of the run
+inline void to_json(console::Json& json, Outcome outcome) {
+  json = NameOf(outcome);
+}
+
+struct CheckReport {
+  Outcome outcome = Outcome::failed;
+  std::optional<int> exit_code;
+  std::optional<std::string> error, step;  ///< as in Verdict
+  std::string advice;
+  std::vector<std::string> notes, entries;
 };
+JSON_OF(CheckReport, outcome, exit_code, error, step, advice, notes, entries)
 
-JudgedRun JudgeRun(Run run);
+struct RunReport {
+  std::string file;                 ///< its name
+  std::optional<std::string> time;  ///< as in Run, as are the following
+  std::optional<std::string> mode;  ///< of the check: "start-up" or "interactive"
+  std::optional<std::string> utility, product;
+  std::optional<bool> administrator;
+  std::vector<CheckReport> checks;
+  std::vector<std::string> unknown;
+  std::size_t unknown_lines = 0;
+};
+JSON_OF(RunReport, file, time, mode, utility, product, administrator, checks, unknown, unknown_lines)
 
+RunReport MakeReport(const Run& run, const std::string& file);
 /// The run as text: at most 23 lines of at most 100 characters, safe on a terminal.
-std::string AsText(const JudgedRun& judged);
-/// The run as one JSON object on one line. `file`: its name in UTF-8.
-std::string AsJson(const JudgedRun& judged, const std::string& file);
+std::string AsText(const RunReport& report);
 
-/// Counts runs by outcome and error. A run counts by its last check.
+/// The runs with one outcome and error.
+struct SummaryRow {
+  Outcome outcome = Outcome::failed;
+  std::optional<std::string> error;
+  std::size_t runs = 0;
+  std::set<std::string> files;                ///< their names
+  std::optional<std::string> first, last;     ///< times as in Run
+  std::map<std::string, std::size_t> advice;  ///< each sentence with its number of runs
+};
+JSON_OF(SummaryRow, outcome, error, runs, files, first, last, advice)
+
+/// Counts runs by outcome and error.
 class Summary {
  public:
-  void Add(const JudgedRun& judged, const std::string& file);
-  /// A table. The outcome whose first run is the latest comes first.
+  void Add(const Run& run, const Verdict& verdict, const std::string& file);
+  /// The outcome whose first run is the latest comes first.
+  std::vector<SummaryRow> Rows() const;
+  /// A table; under each row the advice and the names of the first files.
   std::string AsText() const;
-  /// The same rows as JSON, one object on a line.
-  std::string AsJson() const;
 
  private:
-  using Key = std::pair<std::string, std::wstring>;  ///< outcome, error
-  struct Row {
-    std::size_t runs = 0;
-    std::set<std::string> files;
-    std::wstring first, last;                   ///< times as in Run; empty: not known
-    std::map<std::string, std::size_t> advice;  ///< each sentence with its number of runs
-  };
-  std::vector<std::pair<Key, Row>> Sorted() const;
-
-  std::map<Key, Row> rows_;
-  std::size_t runs_ = 0;
-  std::set<std::string> files_;
+  std::map<std::pair<Outcome, std::string>, SummaryRow> rows_;
 };
 
 }  // namespace logcheck

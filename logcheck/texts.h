@@ -12,7 +12,7 @@ namespace logcheck {
 enum class Role {
   header,         ///< part of the run's header; never an entry
   progress,       ///< a step that went well, or a frame line
-  code,           ///< code or message of the entry before it
+  code,           ///< code or message without the entry that it belongs to
   trouble,        ///< an error after which the check continued
   value_read,     ///< a registry value of the product was read
   value_missing,  ///< a registry value of the product was not read
@@ -32,7 +32,8 @@ struct Text {
   Role role = Role::progress;
   const RegisteredReader* reader = nullptr;  ///< of the value that was read or is missing
   std::string_view means;                    ///< a clause: lower case at the start, no full stop
-  /// The remedy, also a clause; empty: none is needed, or the code that follows has it.
+  /// What to do, as a clause. Empty: nothing, or see the advice for the code that follows. A value that is
+  /// missing with another code than 2 also has that code's advice.
   std::string_view advice = {};
 };
 
@@ -53,7 +54,7 @@ std::span<const TextGroup> TextGroups();
 
 /// A code or message after "Error : ", or an HTTP status.
 struct Code {
-  std::wstring_view code;
+  std::string_view code;
   bool http = false;       ///< an HTTP status; else a Windows error code or a message of the utility
   std::string_view means;  ///< clauses, as in Text
   std::string_view advice;
@@ -61,6 +62,6 @@ struct Code {
 
 std::span<const Code> Codes();
 /// The table's entry for `code`; for a code that is not in the table, an entry that says where to look it up.
-Code FindCode(std::wstring_view code, bool http);
+Code FindCode(std::string_view code, bool http);
 
 }  // namespace logcheck

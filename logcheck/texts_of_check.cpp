@@ -6,6 +6,7 @@
 #include "logcheck/texts.h"
 #include "ui/ui_texts.h"
 #include "update/update_texts.h"
+#include "version.h"
 
 namespace logcheck {
 namespace {
@@ -17,8 +18,18 @@ using update_texts::kDetailsNotFound;
 constexpr std::string_view kCheckTemp =
     "check that the user's %TEMP% exists, may be written to and has space, and that no other program, such "
     "as a virus scanner, holds updates.ini in it";
+constexpr std::string_view kAhead =
+    "the record installedupdates.dat named a pack above the version that was read from " TAVREL_IMAGE
+    ", and was deleted";
+constexpr std::string_view kCheckVersion =
+    "see that " TAVREL_IMAGE
+    " is in the folder Installpath and can be read at any time: a version that is not read counts as 0";
 constexpr std::string_view kRemoveRecord =
-    "delete installedupdates.dat in the product's folder as an administrator";
+    "compare it with the version of " TAVREL_IMAGE
+    " in the folder Installpath: if the pack is newer, delete the record "
+    "as an administrator; if not, the version was not read and counted as 0: keep the record, and see that "
+    "the file "
+    "is in that folder and can be read at any time";
 
 /// The program has this text as bytes; all others are wide.
 constexpr auto kHistoryFailed = [] {
@@ -33,7 +44,10 @@ constexpr Text kExchange[] = {
     {.text = update_texts::kHostNotMatched,
      .means =
          "the update host of the settings does not occur, letter for letter, in the product's URLUpdateInfo",
-     .advice = "correct UPDATE_LOC in the user's korsa.ini, or empty it so that the built-in host is used"},
+     .advice = "correct UPDATE_LOC in the user's korsa.ini, or empty it; if it is empty, the built-in host "
+               "is used, "
+               "and URLUpdateInfo must name that host: install " TAVREL_PRODUCT_LABEL
+               " again, or tell the publisher"},
     {.text = update_texts::kUrlMode,
      .means = "UPDATE_LOC_URL is set in the user's korsa.ini, which switches the check off",
      .advice = "remove UPDATE_LOC_URL from korsa.ini and start the utility again"},
@@ -51,7 +65,7 @@ constexpr Text kExchange[] = {
      .means = "Windows could not prepare its internet functions"},
     {.text = update_texts::kOptionStatus,
      .role = trouble,
-     .means = "the waiting time TIMEOUT could not be set, so that of Windows applies",
+     .means = "the waiting time TIMEOUT could not be set for the session, so that of Windows can apply",
      .advice = "do nothing unless checks take too long"},
     {.text = update_texts::kConnectFailed,
      .role = exchange_failed,
@@ -61,7 +75,7 @@ constexpr Text kExchange[] = {
      .means = "the request for the list could not be prepared"},
     {.text = update_texts::kSendRequestFailed,
      .role = exchange_failed,
-     .means = "the update host did not answer the request for the list"},
+     .means = "the request to the update host failed"},
     {.text = update_texts::kFound, .means = "the server answered with status 200"},
     {.text = update_texts::kNotFound, .role = exchange_failed, .means = "the server did not send the list"},
     {.text = update_texts::kStatusCode,
@@ -77,7 +91,7 @@ constexpr Text kExchange[] = {
      .advice = kCheckTemp},
     {.text = update_texts::kFileReadFailed,
      .role = exchange_failed,
-     .means = "the list could not be read to its end"},
+     .means = "the list could not be received to its end, or updates.ini could not be opened to read it"},
     {.text = update_texts::kFileWriteFailed,
      .role = exchange_failed,
      .means = "the list could not be written to updates.ini in the user's temporary folder",
@@ -86,6 +100,11 @@ constexpr Text kExchange[] = {
      .open_ended = true,
      .role = code,
      .means = "code or message of the failure above it; see the list of codes"},
+    {.text = update_texts::kMismatch,
+     .role = code,
+     .means =
+         "message in place of a code: settings and URLUpdateInfo do not fit together, so no server was asked",
+     .advice = "look at the entries above it"},
     {.text = update_texts::kCompleted, .means = "what the server sent is in updates.ini"},
     {.text = update_texts::kCopiedMissing,
      .role = exchange_failed,
@@ -97,51 +116,57 @@ constexpr Text kComparison[] = {
     {.text = update_texts::kRecordMissing,
      .means = "the list names no pack, or was not fetched; there is no installedupdates.dat either"},
     {.text = update_texts::kRecordFound,
-     .means = "the record installedupdates.dat is in the product's folder"},
+     .means = "the record installedupdates.dat is in the folder of DisplayIcon (start-up check)"},
     {.text = update_texts::kRecordFoundInteractive,
-     .means = "the record installedupdates.dat is in the product's folder"},
+     .means = "the record installedupdates.dat is in the folder of DisplayIcon (interactive check)"},
     {.text = update_texts::kRecordRead, .means = "the record installedupdates.dat was read"},
     {.text = update_texts::kRecordReadFailed,
      .role = trouble,
-     .means = "the record installedupdates.dat could not be read and counts as empty; the line above is "
-              "Windows' message",
+     .means =
+         "the record installedupdates.dat could not be read and counts as empty; the line above the entry is "
+         "Windows' message",
      .advice = "check the rights on this file, and whether another program holds it"},
-    {.text = update_texts::kRecordDeleted,
-     .role = trouble,
-     .means = "the record installedupdates.dat named packs that are newer than Qrt.exe, and was deleted"},
+    {.text = update_texts::kRecordDeleted, .role = trouble, .means = kAhead, .advice = kCheckVersion},
     {.text = update_texts::kRecordDeletedInteractive,
      .role = trouble,
-     .means = "the record installedupdates.dat named packs that are newer than Qrt.exe, and was deleted"},
+     .means = kAhead,
+     .advice = kCheckVersion},
     {.text = update_texts::kRecordDenied,
      .role = trouble,
-     .means = "the record installedupdates.dat names packs that are newer than Qrt.exe, and the user may not "
-              "delete it",
+     .means =
+         "the record installedupdates.dat names a pack above the version that was read from " TAVREL_IMAGE
+         ", and Windows refuses to delete it: the user lacks the right, or it is read-only",
      .advice = kRemoveRecord},
     {.text = update_texts::kRecordNotDeleted,
      .role = trouble,
      .means =
-         "the record installedupdates.dat names packs that are newer than Qrt.exe, and could not be deleted",
+         "the record installedupdates.dat names a pack above the version that was read from " TAVREL_IMAGE
+         ", and could not be deleted",
      .advice = kRemoveRecord},
     {.text = kDetailsFound[1],
      .role = offered,
-     .means = "an update is offered, compared with installedupdates.dat"},
+     .means = "an update is offered; installedupdates.dat has text"},
     {.text = kDetailsFound[2],
      .role = offered,
-     .means = "an update is offered; installedupdates.dat is empty"},
+     .means = "an update is offered; installedupdates.dat is empty or could not be read"},
     {.text = kDetailsFound[3],
      .role = offered,
      .means = "an update is offered; there is no installedupdates.dat"},
     {.text = kDetailsNotFound[1],
      .role = not_offered,
-     .means = "no update is offered, compared with installedupdates.dat"},
+     .means = "no update is offered: installedupdates.dat names every pack of the list, or no pack is newer "
+              "than " TAVREL_IMAGE},
     {.text = kDetailsNotFound[2],
      .role = not_offered,
-     .means =
-         "no update is offered; installedupdates.dat is empty, or the list names no pack or was not fetched"},
+     .means = "no update is offered; installedupdates.dat is empty or could not be read, or the list names "
+              "no pack "
+              "or was not fetched"},
     {.text = kDetailsNotFound[3],
      .role = not_offered,
      .means = "no update is offered; there is no installedupdates.dat"},
-    {.text = update_texts::kMatching, .means = "no pack of the list is newer than the installed product"},
+    {.text = update_texts::kMatching,
+     .means = "no pack of the list is newer than " TAVREL_IMAGE
+              ", or (only with exit code 1) installedupdates.dat names them all"},
     {.text = update_texts::kUpdatesEnd, .means = "the check ends"},
 };
 
@@ -150,13 +175,14 @@ constexpr Text kAfterCheck[] = {
      .role = launch_failed,
      .means =
          "Install Updates could not start the update, because DisplayIcon of the product names no folder",
-     .advice = "install Varnexa 15.0 again"},
+     .advice = "install " TAVREL_PRODUCT_LABEL " again"},
     {.text = ui_texts::kFileNotFound,
      .open_ended = true,
      .role = launch_failed,
-     .means = "Install Updates could not start the update, because the file named at the end of the entry is "
-              "missing",
-     .advice = "correct DisplayIcon, which must be the bare path of Qrt.exe, or install Varnexa 15.0 again"},
+     .means =
+         "Install Updates could not start the update, because the file at the end of the entry is missing",
+     .advice = "correct DisplayIcon, which must be the bare path of " TAVREL_IMAGE
+               ", or install " TAVREL_PRODUCT_LABEL " again"},
     {.text = log_texts::kError,
      .open_ended = true,
      .role = code,
@@ -164,15 +190,18 @@ constexpr Text kAfterCheck[] = {
     {.text = log_texts::kCreationFailed,
      .role = trouble,
      .means = "no new log file could be made",
-     .advice = "check that users may create files in C:\\ProgramData\\Varnexa\\QRT15"},
+     .advice = "check that users may create files in C:\\ProgramData\\" TAVREL_PRODUCT "\\" TAVREL_FOLDER},
     {.text = log_texts::kUpdateFailed,
      .open_ended = true,
      .role = trouble,
-     .means = "the log file could not be written or read; Windows' message follows",
-     .advice = "check the rights on C:\\ProgramData\\Varnexa\\QRT15 and the space on its disk"},
+     .means = "the log file could not be written or read; Windows' message stands at the end of the entry",
+     .advice = "check the rights on C:\\ProgramData\\" TAVREL_PRODUCT "\\" TAVREL_FOLDER
+               " and the space on its disk"},
     {.text = {kHistoryFailed.data(), kHistoryFailed.size()},
      .role = trouble,
-     .means = "the newest log file could be neither written nor read, so a new one begins here",
+     .means = "the newest log file could not be written, and it could not be read or has more than 64 MiB, "
+              "so a new "
+              "one begins here",
      .advice = "look for the earlier runs in the older file, and check its rights"},
 };
 

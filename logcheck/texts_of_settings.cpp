@@ -1,22 +1,24 @@
 // The texts of the run's header, the settings file and the product's registry values.
+#include <algorithm>
+#include <deque>
+#include <string>
+#include <vector>
+
 #include "log/log_texts.h"
 #include "logcheck/texts.h"
 #include "settings/registered_texts.h"
 #include "settings/settings_texts.h"
+#include "text/text.h"
 #include "update/update_texts.h"
+#include "version.h"
 
 namespace logcheck {
 namespace {
 
 using enum Role;
-using registered_texts::kClientVersion;
-using registered_texts::kInstallPathLogged;
-using registered_texts::kTagOne;
-using registered_texts::kTagThree;
-using registered_texts::kTagTwo;
 
 constexpr std::string_view kInstallAgain =
-    "install Varnexa 15.0 again, which writes its registry values anew";
+    "install " TAVREL_PRODUCT_LABEL " again, which writes its registry values anew";
 
 constexpr Text kHeader[] = {
     {.text = log_texts::kHeaderRule, .role = header, .means = "frames the header of a run"},
@@ -29,41 +31,56 @@ constexpr Text kHeader[] = {
          0, log_texts::kBuildVersion.size() - log_texts::kNotAvailable.size()),
      .open_ended = true,
      .role = header,
-     .means = "file version of the product's Qrt.exe; `NA` or nothing: it was not read"},
+     .means =
+         "file version of the product's " TAVREL_IMAGE "; `NA` or nothing: the first check did not read it"},
     {.text = log_texts::kAppMode,
      .open_ended = true,
      .role = header,
      .means = "`Admin`: the run had an administrator's rights; `User`: it had not"},
     {.text = log_texts::kInvokedByProduct,
      .role = header,
-     .means = "the product started the utility (patch verification)"},
-    {.text = log_texts::kInvokedByUser, .role = header, .means = "a user started the utility"},
+     .means = "the product started the utility, which made the start-up check"},
+    {.text = log_texts::kInvokedByUser,
+     .role = header,
+     .means = "a user started the utility, which made the interactive check"},
 };
 
 constexpr Text kSettings[] = {
-    {.text = settings_texts::kFileExists, .means = "the user's settings file is there and is used"},
+    {.text = settings_texts::kFileExists, .means = "the user has a settings file korsa.ini"},
     {.text = settings_texts::kFolderCreated,
-     .means = "the folder Documents\\Varnexa\\QRT15 of the user was made: the user's first start"},
+     .means = "the folder " TAVREL_FOLDER
+              " for the settings in the user's Documents folder was missing and was made"},
     {.text = settings_texts::kCopied,
-     .means = "the user's settings file was made from the korsa.ini beside the program"},
+     .means =
+         "the user's settings file was made from the korsa.ini beside the program, by this run or by another "
+         "one at the same moment"},
     {.text = settings_texts::kFolderPathEmpty,
      .role = trouble,
-     .means = "Windows names no Documents folder for this user, so the built-in settings are used",
+     .means =
+         "Windows names no Documents folder for this user, or its path is too long, so the built-in settings "
+         "are used",
      .advice = "repair the user's Documents folder; a redirected folder must be reachable"},
     {.text = settings_texts::kSourceNotFound,
      .role = trouble,
-     .means = "there is no korsa.ini beside the program, so the built-in settings are used",
-     .advice = "put korsa.ini beside QRTTavrelUtility.exe, or install the utility again"},
+     .means =
+         "the user has no korsa.ini, and there is none beside the program to copy, so the built-in settings "
+         "are used",
+     .advice =
+         "put korsa.ini beside QRTTavrelUtility.exe, or install the utility again; then delete the user's "
+         "own korsa.ini if this run has made one, because an existing file is never replaced"},
     {.text = settings_texts::kCopyFailed,
      .role = trouble,
-     .means = "the korsa.ini beside the program could not be copied to Documents\\Varnexa\\QRT15",
-     .advice = "give the user write access to that folder; where Controlled Folder Access is on, allow "
-               "QRTTavrelUtility.exe"},
+     .means = "the korsa.ini beside the program could not be copied for the user, so the built-in settings "
+              "are used",
+     .advice =
+         "see that the user may read that file, which has at most 1 MiB, and may write to the folder of the "
+         "settings; where Controlled Folder Access is on, allow QRTTavrelUtility.exe; then delete the "
+         "user's own korsa.ini if this run has made one, because an existing file is never replaced"},
     {.text = settings_texts::kValidationFailed,
-     .means = "this run has no settings file and uses the built-in settings; the entry above tells why"},
+     .means = "this run found no settings file and uses the built-in settings; the entry above tells why"},
 };
 
-constexpr Text kRegistered[] = {
+constexpr Text kBeforeValues[] = {
     {.text = update_texts::kRetry, .means = "a further check in the same window: the user pressed Retry"},
     {.text = update_texts::kEntriesStart,
      .means = "a check begins: the registry values of the product are read"},
@@ -76,149 +93,15 @@ constexpr Text kRegistered[] = {
      .means =
          "SOFTWARE\\Wow6432Node could not be opened, so the product is looked for directly under SOFTWARE",
      .advice = "check the rights on HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node"},
+};
 
-    {.text = kClientVersion.completed,
-     .role = value_read,
-     .reader = &kClientVersion,
-     .means = "the value Version of the maker's key was read"},
-    {.text = kClientVersion.open_failed,
-     .role = value_missing,
-     .reader = &kClientVersion,
-     .means = "the maker's key, which holds the value Version, could not be opened",
-     .advice = kInstallAgain},
-    {.text = kClientVersion.empty,
-     .role = value_missing,
-     .reader = &kClientVersion,
-     .means = "the value Version of the maker's key is empty",
-     .advice = kInstallAgain},
-    {.text = kClientVersion.query_failed,
-     .role = value_missing,
-     .reader = &kClientVersion,
-     .means = "the value Version of the maker's key could not be read",
-     .advice = kInstallAgain},
-    {.text = kClientVersion.query_missing,
-     .role = value_missing,
-     .reader = &kClientVersion,
-     .means = "the maker's key lacks the value Version",
-     .advice = kInstallAgain},
-    {.text = kClientVersion.alternative_completed,
-     .role = value_read,
-     .reader = &kClientVersion,
-     .means = "the value Version was read from the maker's key directly under SOFTWARE"},
-    {.text = kClientVersion.alternative_open_failed,
-     .role = value_missing,
-     .reader = &kClientVersion,
-     .means = "the maker's key directly under SOFTWARE could not be opened either",
-     .advice = kInstallAgain},
-    {.text = kClientVersion.alternative_query_failed,
-     .role = value_missing,
-     .reader = &kClientVersion,
-     .means = "the value Version of the maker's key directly under SOFTWARE could not be read either",
-     .advice = kInstallAgain},
-    {.text = kClientVersion.alternative_empty,
-     .role = value_missing,
-     .reader = &kClientVersion,
-     .means = "the value Version of the maker's key directly under SOFTWARE is empty",
-     .advice = kInstallAgain},
+constexpr Text kAfterValues[] = {
     {.text = update_texts::kVersionNotFound,
      .role = not_installed,
-     .means = "no product of version 15.0 is registered, so no server was asked",
-     .advice = "install Varnexa 15.0 again if it is to be on this computer"},
-
-    {.text = kTagOne.completed,
-     .role = value_read,
-     .reader = &kTagOne,
-     .means = "DisplayVersion of the product's uninstall entry was read"},
-    {.text = kTagOne.open_failed,
-     .role = value_missing,
-     .reader = &kTagOne,
-     .means = "the product's uninstall entry, which holds DisplayVersion, could not be opened",
-     .advice = kInstallAgain},
-    {.text = kTagOne.empty,
-     .role = value_missing,
-     .reader = &kTagOne,
-     .means = "DisplayVersion of the product's uninstall entry is empty",
-     .advice = kInstallAgain},
-    {.text = kTagOne.query_failed,
-     .role = value_missing,
-     .reader = &kTagOne,
-     .means = "DisplayVersion of the product's uninstall entry could not be read",
-     .advice = kInstallAgain},
-    {.text = kTagOne.alternative_completed,
-     .role = value_read,
-     .reader = &kTagOne,
-     .means = "DisplayVersion was read from the uninstall entry directly under SOFTWARE"},
-    {.text = kTagOne.alternative_open_failed,
-     .role = value_missing,
-     .reader = &kTagOne,
-     .means = "the uninstall entry directly under SOFTWARE could not be opened either",
-     .advice = kInstallAgain},
-    {.text = kTagOne.alternative_query_failed,
-     .role = value_missing,
-     .reader = &kTagOne,
-     .means = "DisplayVersion of the uninstall entry directly under SOFTWARE could not be read either",
-     .advice = kInstallAgain},
-    {.text = kTagOne.alternative_empty,
-     .role = value_missing,
-     .reader = &kTagOne,
-     .means = "DisplayVersion of the uninstall entry directly under SOFTWARE is empty",
-     .advice = kInstallAgain},
-
-    {.text = kTagTwo.completed,
-     .role = value_read,
-     .reader = &kTagTwo,
-     .means = "DisplayIcon of the product's uninstall entry, the path of Qrt.exe, was read"},
-    {.text = kTagTwo.open_failed,
-     .role = value_missing,
-     .reader = &kTagTwo,
-     .means = "the product's uninstall entry, which holds DisplayIcon, could not be opened",
-     .advice = kInstallAgain},
-    {.text = kTagTwo.empty,
-     .role = value_missing,
-     .reader = &kTagTwo,
-     .means = "DisplayIcon of the product's uninstall entry is empty",
-     .advice = kInstallAgain},
-    {.text = kTagTwo.query_failed,
-     .role = value_missing,
-     .reader = &kTagTwo,
-     .means = "DisplayIcon of the product's uninstall entry could not be read",
-     .advice = kInstallAgain},
-
-    {.text = kTagThree.completed,
-     .role = value_read,
-     .reader = &kTagThree,
-     .means = "URLUpdateInfo of the product's uninstall entry, the address of the list, was read"},
-    {.text = kTagThree.open_failed,
-     .role = value_missing,
-     .reader = &kTagThree,
-     .means = "the product's uninstall entry, which holds URLUpdateInfo, could not be opened",
-     .advice = kInstallAgain},
-    {.text = kTagThree.empty,
-     .role = value_missing,
-     .reader = &kTagThree,
-     .means = "URLUpdateInfo of the product's uninstall entry is empty",
-     .advice = kInstallAgain},
-    {.text = kTagThree.query_failed,
-     .role = value_missing,
-     .reader = &kTagThree,
-     .means = "URLUpdateInfo of the product's uninstall entry could not be read",
-     .advice = kInstallAgain},
-
-    {.text = kInstallPathLogged.open_failed,
-     .role = value_missing,
-     .reader = &kInstallPathLogged,
-     .means = "the maker's key, which holds Installpath, could not be opened",
-     .advice = kInstallAgain},
-    {.text = kInstallPathLogged.empty,
-     .role = value_missing,
-     .reader = &kInstallPathLogged,
-     .means = "the value Installpath of the maker's key is empty",
-     .advice = kInstallAgain},
-    {.text = kInstallPathLogged.query_failed,
-     .role = value_missing,
-     .reader = &kInstallPathLogged,
-     .means = "the value Installpath of the maker's key could not be read",
-     .advice = kInstallAgain},
+     .means =
+         "the registry value Version of the product was not read or is not exactly \"" TAVREL_PRODUCT_VERSION
+         "\", so no server was asked",
+     .advice = "install " TAVREL_PRODUCT_LABEL " again if it is to be on this computer"},
     {.text = update_texts::kEntriesEnd, .means = "the registry values of the product have been read"},
     {.text = update_texts::kUpdatesStart, .means = "the check of what the server offers begins"},
     {.text = update_texts::kEntriesNotFound,
@@ -226,6 +109,53 @@ constexpr Text kRegistered[] = {
      .means = "DisplayVersion, DisplayIcon or Installpath of the product is missing, so no server was asked",
      .advice = kInstallAgain},
 };
+
+/// What each text of a reader says about its value.
+struct ReaderText {
+  std::wstring_view RegisteredReader::*text;
+  Role role;
+  std::string_view says;
+};
+
+constexpr ReaderText kReaderTexts[] = {
+    {&RegisteredReader::completed, value_read, " was read"},
+    {&RegisteredReader::open_failed, value_missing, " could not be read: the key could not be opened"},
+    {&RegisteredReader::empty, value_missing, " is empty"},
+    {&RegisteredReader::query_failed, value_missing, " could not be read"},
+    {&RegisteredReader::query_missing, value_missing, " does not exist"},
+    {&RegisteredReader::alternative_completed, value_read, " directly under SOFTWARE was read"},
+    {&RegisteredReader::alternative_open_failed, value_missing,
+     " directly under SOFTWARE could not be read either: the key could not be opened"},
+    {&RegisteredReader::alternative_query_failed, value_missing,
+     " directly under SOFTWARE could not be read either"},
+    {&RegisteredReader::alternative_empty, value_missing, " directly under SOFTWARE is empty"},
+};
+
+/// The texts of all readers. A reader can have one text for two cases: then the first one counts.
+std::vector<Text> ValueTexts() {
+  static std::deque<std::string> meanings;
+  std::vector<Text> texts;
+  for (const RegisteredReader* reader : registered_texts::kReaders) {
+    for (const ReaderText& each : kReaderTexts) {
+      const std::wstring_view text = reader->*each.text;
+      const bool known = std::any_of(texts.begin(), texts.end(), [&](const Text& other) {
+        return text::Trim(other.text) == text::Trim(text);
+      });
+      if (text.empty() || known) continue;
+      std::string& means = meanings.emplace_back();
+      for (const wchar_t c : std::wstring_view(reader->value)) means += static_cast<char>(c);
+      means.append(reader->maker_key ? " of the maker's key" : " of the product's uninstall entry");
+      means.append(each.says);
+      const bool missing = each.role == value_missing;
+      texts.push_back({.text = text,
+                       .role = each.role,
+                       .reader = reader,
+                       .means = means,
+                       .advice = missing ? kInstallAgain : std::string_view()});
+    }
+  }
+  return texts;
+}
 
 }  // namespace
 
@@ -238,7 +168,13 @@ std::span<const Text> SettingsTexts() {
 }
 
 std::span<const Text> RegisteredTexts() {
-  return kRegistered;
+  static const std::vector<Text> all = [] {
+    std::vector<Text> texts(std::begin(kBeforeValues), std::end(kBeforeValues));
+    for (const Text& text : ValueTexts()) texts.push_back(text);
+    texts.insert(texts.end(), std::begin(kAfterValues), std::end(kAfterValues));
+    return texts;
+  }();
+  return all;
 }
 
 }  // namespace logcheck

@@ -1,137 +1,159 @@
 #include "logcheck/verdict.h"
 
 #include <algorithm>
-#include <array>
+#include <initializer_list>
 
 #include "text/text.h"
 #include "update/update_texts.h"
+#include "version.h"
 
 namespace logcheck {
 namespace {
 
-using Entries = std::vector<Entry>;
-
-struct OutcomeText {
-  std::string_view name, means;
+constexpr OutcomeText kOutcomes[] = {
+    {.outcome = Outcome::offered, .name = "offered", .means = "an update is offered", .good = true},
+    {.outcome = Outcome::none, .name = "none", .means = "no update is offered", .good = true},
+    {.outcome = Outcome::no_list,
+     .name = "no-list",
+     .means = "the server's answer names no pack: the page of a portal or proxy, or a list without packs"},
+    {.outcome = Outcome::failed,
+     .name = "failed",
+     .means = "the exchange with the server failed, or the log ends before the check does"},
+    {.outcome = Outcome::settings_mismatch,
+     .name = "settings-mismatch",
+     .means = "the settings and the product's address of the list do not fit together"},
+    {.outcome = Outcome::facts_missing,
+     .name = "facts-missing",
+     .means = "a registry value of the product or the version of " TAVREL_IMAGE
+              " is missing, so nothing could be compared"},
+    {.outcome = Outcome::not_installed,
+     .name = "not-installed",
+     .means = "the registry value Version of the product is missing or not exactly \"" TAVREL_PRODUCT_VERSION
+              "\""},
+    {.outcome = Outcome::no_check, .name = "no-check", .means = "the run has no check"},
 };
 
-constexpr std::array<OutcomeText, 6> kOutcomes = {{
-    {.name = "offered", .means = "an update is offered"},
-    {.name = "none", .means = "no update is offered"},
-    {.name = "failed", .means = "the exchange with the server failed, or the log ends before the check does"},
-    {.name = "settings-mismatch",
-     .means = "the settings and the product's address of the list do not fit together"},
-    {.name = "facts-missing",
-     .means = "a value of the product is missing (WARNING: 101), so nothing could be compared"},
-    {.name = "not-installed", .means = "no product of version 15.0 is registered"},
-}};
-
 constexpr std::string_view kNoPack =
-    "the server sent a list without a pack; open updates.ini in the user's %TEMP%: a web page in it "
-    "comes from a portal or proxy that answers for the server, a list without packs from the publisher";
+    "the server sent a list without a pack; open updates.ini in the user's %TEMP%: a web page in it comes "
+    "from a "
+    "portal or proxy that answers for the server; if it is a list, packcheck tells the publisher what is "
+    "wrong";
 constexpr std::string_view kOffered =
     "an update is offered; the user installs it with Install Updates in the window that the Start menu "
     "entry opens";
-constexpr std::string_view kUpToDate =
-    "the newest pack of the server's list is installed; nothing is to be done";
-constexpr std::string_view kNoExecutable =
-    "the list was fetched, but the file version of Qrt.exe in the folder Installpath could not be read; "
-    "check that the file is there and readable, or install Varnexa 15.0 again";
+constexpr std::string_view kNothingNewer =
+    "no pack of the list is newer than " TAVREL_IMAGE
+    "; if the publisher names a newer one, packcheck shows which packs of the list clients read";
+constexpr std::string_view kRecordedOrNotNewer =
+    "the record installedupdates.dat names every pack of the list, or no pack is newer than " TAVREL_IMAGE
+    "; compare the newest pack with the version of " TAVREL_IMAGE
+    ": if that is older, delete installedupdates.dat in its folder as an administrator and check again";
+constexpr std::string_view kVersionCountsAsZero =
+    "the header names no version of " TAVREL_IMAGE
+    "; where it was not read, it counted as 0 in the comparison with installedupdates.dat, and this outcome "
+    "means nothing; check that Installpath names the folder of " TAVREL_IMAGE
+    " and that the file is readable, and keep the record";
+constexpr std::string_view kNoExecutable = "the list was fetched, but the file version of " TAVREL_IMAGE
+                                           " in the folder Installpath could not be read; check that value "
+                                           "and that the file is there and readable, or "
+                                           "install " TAVREL_PRODUCT_LABEL " again";
 constexpr std::string_view kNoValues =
-    "DisplayVersion, DisplayIcon or URLUpdateInfo of the product is missing (WARNING: 101), so no server "
-    "was asked; install Varnexa 15.0 again";
+    "a registry value of the product is missing, so no server was asked; install " TAVREL_PRODUCT_LABEL
+    " again";
 constexpr std::string_view kOtherVersion =
-    "another version of the product than 15.0 is registered, so no server was asked; use the utility that "
-    "belongs to that version, or install Varnexa 15.0";
+    "the registry value Version of the product is not exactly \"" TAVREL_PRODUCT_VERSION
+    "\", so no server was asked; correct it, or install " TAVREL_PRODUCT_LABEL " again";
 constexpr std::string_view kTorn =
     "the log ends before the check does, because the utility was ended or the file is cut; check again and "
     "let the window finish";
-constexpr std::wstring_view kTornError = L"the log ends here";
+constexpr std::string_view kTornError = "the log ends here";
+/// In characters: longest message or path of a log that an advice quotes.
+constexpr std::size_t kQuoted = 200;
 
 bool Is(const Entry& entry, std::wstring_view text) {
-  return entry.text != nullptr && entry.text->text == text;
+  return entry.text->text == text;
 }
 
 bool Is(const Entry& entry, Role role) {
-  return entry.text != nullptr && entry.text->role == role;
-}
-
-template <class Wanted>
-const Entry* Find(const Entries& entries, const Wanted& wanted) {
-  const auto found =
-      std::find_if(entries.begin(), entries.end(), [&](const Entry& e) { return Is(e, wanted); });
-  return found == entries.end() ? nullptr : &*found;
-}
-
-/// The error number, or else the message, of `entry`: from the code entry after it, or from its own end.
-std::wstring ErrorOf(const Entries& entries, const Entry& entry) {
-  const Entry* next = &entry + 1;
-  std::wstring_view error = entry.rest;
-  if (next != entries.data() + entries.size() && Is(*next, Role::code)) error = next->rest;
-  const std::size_t digits = std::min(error.find_first_not_of(L"0123456789"), error.size());
-  return std::wstring(digits > 0 ? error.substr(0, digits) : error);
-}
-
-/// "the value could not be read (2: the value does not exist); install the product again".
-std::string Explain(const Text& text, std::wstring_view error) {
-  std::string sentence(text.means);
-  std::string_view advice = text.advice;
-  // The entry itself shows paths and messages.
-  const bool has_code = !error.empty() && error.find_first_not_of(L"0123456789") == error.npos;
-  if (has_code) {
-    const bool http = text.role == Role::odd_status || text.text == update_texts::kNotFound;
-    const Code code = FindCode(error, http);
-    sentence.append(" (");
-    for (const wchar_t digit : error) sentence += static_cast<char>(digit);
-    sentence.append(": ").append(code.means).append(")");
-    if (advice.empty()) advice = code.advice;
-  }
-  if (!advice.empty()) sentence.append("; ").append(advice);
-  return Sentence(sentence);
-}
-
-/// The first entry about a missing registry value that no later entry has read; null when there is none.
-const Entry* FindMissingValue(const Entries& entries) {
-  for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
-    if (!Is(*entry, Role::value_missing)) continue;
-    const bool read_later = std::any_of(entry, entries.end(), [&](const Entry& later) {
-      return Is(later, Role::value_read) && later.text->reader == entry->text->reader;
-    });
-    if (!read_later) return &*entry;
-  }
-  return nullptr;
+  return entry.text->role == role;
 }
 
 class Judgement {
  public:
-  explicit Judgement(const Entries& entries) : entries_(entries) {}
+  Judgement(const Run& run, std::span<const Entry> entries)
+      : run_(run), entries_(entries), offered_(Find(Role::offered)) {}
 
   Verdict Decide() {
-    result_.exit_code = ExitCode();
+    if (details_ != nullptr) result_.exit_code = details_->text->text[details_->text->text.size() - 2] - L'0';
     if (!DecideBeforeServer() && !DecideExchange()) DecideComparison();
-    DecideLaunch();
+    // An update that was found and could not be started needs help first.
+    if (const Entry* launch = Find(Role::launch_failed)) {
+      result_.step = StepOf(*launch);
+      result_.advice = Explain(*launch);
+    }
     for (const Entry& entry : entries_) {
-      if (Is(entry, Role::trouble)) result_.notes.push_back(Explain(*entry.text, ErrorOf(entries_, entry)));
+      if (Is(entry, Role::trouble)) result_.notes.push_back(Explain(entry));
     }
     return std::move(result_);
   }
 
  private:
-  std::optional<int> ExitCode() const {
-    for (std::size_t i = 1; i < update_texts::kDetailsFound.size(); ++i) {
-      if (Find(entries_, update_texts::kDetailsFound[i]) ||
-          Find(entries_, update_texts::kDetailsNotFound[i])) {
-        return static_cast<int>(i);
-      }
+  template <class Wanted>
+  const Entry* Find(const Wanted& wanted) const {
+    const auto found =
+        std::find_if(entries_.begin(), entries_.end(), [&](const Entry& e) { return Is(e, wanted); });
+    return found == entries_.end() ? nullptr : &*found;
+  }
+
+  /// The error number, or else the message, of `entry`.
+  std::string_view ErrorOf(const Entry& entry) const {
+    const std::string_view error = run_.Of(entry.rest);
+    const std::size_t digits = std::min(error.find_first_not_of("0123456789"), error.size());
+    return digits > 0 ? error.substr(0, digits) : error;
+  }
+
+  /// The entry without a code that follows it.
+  std::string StepOf(const Entry& entry) const {
+    const std::string_view lines = run_.Of(entry.lines);
+    const bool two_lines = entry.text->text.find(L'\n') != std::wstring_view::npos;
+    return std::string(two_lines ? lines : lines.substr(0, lines.find('\n')));
+  }
+
+  /// "the value could not be read (2: the value does not exist); install the product again".
+  std::string Explain(const Entry& entry) const {
+    const Text& text = *entry.text;
+    std::string sentence(text.means);
+    std::string_view advice = text.advice;
+    const std::string_view error = ErrorOf(entry);
+    if (!error.empty() && error.find_first_not_of("0123456789") == error.npos) {
+      const bool http = text.role == Role::odd_status || text.text == update_texts::kNotFound;
+      const Code code = FindCode(error, http);
+      sentence.append(" (").append(error).append(": ").append(code.means).append(")");
+      if (advice.empty() || (text.role == Role::value_missing && error != "2")) advice = code.advice;
+    } else if (!error.empty() && text.role != Role::mismatch) {
+      sentence.append(" (").append(error.substr(0, kQuoted)).append(")");
     }
-    return std::nullopt;
+    if (!advice.empty()) sentence.append("; ").append(advice);
+    return Sentence(std::move(sentence));
+  }
+
+  /// The first entry about a missing registry value that no later entry has read; null when there is none.
+  const Entry* FindMissingValue() const {
+    for (auto entry = entries_.begin(); entry != entries_.end(); ++entry) {
+      if (!Is(*entry, Role::value_missing)) continue;
+      const bool read_later = std::any_of(entry, entries_.end(), [&](const Entry& later) {
+        return Is(later, Role::value_read) && later.text->reader == entry->text->reader;
+      });
+      if (!read_later) return &*entry;
+    }
+    return nullptr;
   }
 
   bool Set(Outcome outcome, const Entry& step) {
     result_.outcome = outcome;
-    result_.step = text::Trim(step.line);
-    result_.error = ErrorOf(entries_, step);
-    result_.advice = Explain(*step.text, result_.error);
+    result_.step = StepOf(step);
+    result_.error = ErrorOf(step);
+    result_.advice = Explain(step);
     return true;
   }
 
@@ -148,80 +170,83 @@ class Judgement {
 
   /// Decides the outcome of a check that ended before it asked a server; false when it did not end there.
   bool DecideBeforeServer() {
-    const Entry* missing = FindMissingValue(entries_);
-    if (const Entry* refusal = Find(entries_, Role::not_installed)) {
+    const Entry* missing = FindMissingValue();
+    if (const Entry* refusal = Find(Role::not_installed)) {
       Set(Outcome::not_installed, FirstOf({missing, refusal}));
-      if (Find(entries_, Role::value_read)) result_.advice = Sentence(std::string(kOtherVersion));
+      if (missing == nullptr && Find(Role::value_read)) result_.advice = Sentence(std::string(kOtherVersion));
       return true;
     }
-    if (const Entry* facts = Find(entries_, Role::facts_missing)) {
+    if (const Entry* facts = Find(Role::facts_missing)) {
       return Set(Outcome::facts_missing, FirstOf({missing, facts}));
     }
-    if (const Entry* mismatch = Find(entries_, Role::mismatch)) {
+    if (const Entry* mismatch = Find(Role::mismatch)) {
       // A missing address is the cause, because no host can occur in it.
-      Set(Outcome::settings_mismatch, FirstOf({Find(entries_, update_texts::kUrlMode), missing,
-                                               Find(entries_, update_texts::kHostNotMatched), mismatch}));
-      result_.error = update_texts::kMismatch;
+      Set(Outcome::settings_mismatch,
+          FirstOf({Find(update_texts::kUrlMode), missing, Find(update_texts::kHostNotMatched), mismatch}));
+      result_.error = ErrorOf(*mismatch);
       return true;
     }
     return false;
   }
 
   bool DecideExchange() {
-    if (const Entry* failed = Find(entries_, Role::exchange_failed)) {
+    if (const Entry* failed = Find(Role::exchange_failed)) {
       Set(Outcome::failed, *failed);
       if (result_.error.empty()) result_.error = result_.step;
       return true;
     }
-    const Entry* status = Find(entries_, Role::odd_status);
+    const Entry* status = Find(Role::odd_status);
     if (status == nullptr) return false;
     // An error page has no packs. A list that came with the status decides the outcome.
-    if (Find(entries_, update_texts::kMatching)) return Set(Outcome::none, *status);
-    return Set(Find(entries_, Role::offered) ? Outcome::offered : Outcome::failed, *status);
+    if (Find(update_texts::kMatching)) return Set(Outcome::none, *status);
+    if (offered_) return Set(Outcome::offered, *status);
+    return (details_ || !Find(update_texts::kUpdatesEnd)) && Set(Outcome::failed, *status);
   }
 
-  void DecideComparison() {
-    if (Find(entries_, Role::offered)) {
-      Set(Outcome::offered, kOffered);
-    } else if (Find(entries_, Role::not_offered)) {
-      Set(Outcome::none, Find(entries_, update_texts::kMatching) ? kUpToDate : kNoPack);
-    } else if (!Find(entries_, update_texts::kUpdatesEnd)) {
-      Set(Outcome::failed, kTorn);
-      result_.step = text::Trim(entries_.back().line);
+  bool DecideComparison() {
+    const bool recorded = result_.exit_code == 1;
+    if (details_ != nullptr && recorded && run_.product.empty())
+      return Set(offered_ ? Outcome::offered : Outcome::none, kVersionCountsAsZero);
+    if (offered_) return Set(Outcome::offered, kOffered);
+    if (details_ && !Find(update_texts::kMatching)) return Set(Outcome::no_list, kNoPack);
+    if (details_) return Set(Outcome::none, recorded ? kRecordedOrNotNewer : kNothingNewer);
+    if (!Find(update_texts::kUpdatesEnd)) {
+      result_.step = StepOf(entries_.back());
       result_.error = kTornError;
-    } else if (Find(entries_, update_texts::kCompleted)) {
-      Set(Outcome::facts_missing, kNoExecutable);
-    } else if (const Entry* missing = FindMissingValue(entries_)) {
-      Set(Outcome::facts_missing, *missing);
-    } else {
-      Set(Outcome::facts_missing, kNoValues);
+      return Set(Outcome::failed, kTorn);
     }
+    if (Find(update_texts::kCompleted)) return Set(Outcome::facts_missing, kNoExecutable);
+    const Entry* missing = FindMissingValue();
+    return missing ? Set(Outcome::facts_missing, *missing) : Set(Outcome::facts_missing, kNoValues);
   }
 
-  /// An update that was found and could not be started needs help first.
-  void DecideLaunch() {
-    const Entry* launch = Find(entries_, Role::launch_failed);
-    if (launch == nullptr) return;
-    result_.step = text::Trim(launch->line);
-    result_.advice = Explain(*launch->text, {});
-  }
-
-  const Entries& entries_;
+  const Run& run_;
+  const std::span<const Entry> entries_;
+  const Entry* offered_;  ///< null: no update was offered
+  /// The entry with the exit code; null: none.
+  const Entry* details_ = offered_ ? offered_ : Find(Role::not_offered);
   Verdict result_;
 };
 
 }  // namespace
 
+std::span<const OutcomeText> Outcomes() {
+  return kOutcomes;
+}
+
 std::string_view NameOf(Outcome outcome) {
   return kOutcomes[static_cast<std::size_t>(outcome)].name;
 }
 
-std::string_view MeaningOf(Outcome outcome) {
-  return kOutcomes[static_cast<std::size_t>(outcome)].means;
+Verdict Judge(const Run& run, std::size_t check) {
+  return Judgement(run, run.EntriesOf(check)).Decide();
 }
 
-Verdict Judge(const Check& check) {
-  return Judgement(check.entries).Decide();
+Verdict Judge(const Run& run) {
+  if (!run.checks.empty()) return Judge(run, run.checks.size() - 1);
+  Verdict verdict;
+  verdict.outcome = Outcome::no_check;
+  return verdict;
 }
 
 std::string Sentence(std::string clause) {

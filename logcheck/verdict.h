@@ -1,34 +1,52 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "logcheck/log_reader.h"
 
-/// The outcome of a check, and what to do about it. Pure: depends only on the entries of the check.
+/// The outcome of a check, and what to do about it. Pure: depends only on the run.
 namespace logcheck {
 
-enum class Outcome { offered, none, failed, settings_mismatch, facts_missing, not_installed };
+enum class Outcome {
+  offered,
+  none,
+  no_list,
+  failed,
+  settings_mismatch,
+  facts_missing,
+  not_installed,
+  no_check,  ///< of a run
+};
 
-/// "offered", "settings-mismatch" and so on.
+struct OutcomeText {
+  Outcome outcome = Outcome::failed;
+  std::string_view name;   ///< "settings-mismatch"
+  std::string_view means;  ///< a clause
+  bool good = false;       ///< nobody has to do anything
+};
+
+/// All of them, in the order of the enumeration.
+std::span<const OutcomeText> Outcomes();
 std::string_view NameOf(Outcome outcome);
-/// The meaning of the outcome, as a clause.
-std::string_view MeaningOf(Outcome outcome);
 
 struct Verdict {
   Outcome outcome = Outcome::failed;
   std::optional<int> exit_code;  ///< the number of "Exit code" in the log
-  std::wstring error;            ///< code or message of the failure; empty: none
-  std::wstring step;             ///< the entry that names the step that failed; empty: none
+  std::string error;             ///< code or message of the failure; empty: none
+  std::string step;              ///< the entry that names the step that failed; empty: none
   std::string advice;            ///< one sentence: the meaning and the remedy
   /// Errors of the check that did not decide its outcome, one sentence each.
   std::vector<std::string> notes;
 };
 
-/// `check` has at least one entry.
-Verdict Judge(const Check& check);
+/// The verdict on check number `check` of a run.
+Verdict Judge(const Run& run, std::size_t check);
+/// The verdict on a run: that on its last check, or Outcome::no_check without a text.
+Verdict Judge(const Run& run);
 
 /// `clause` as a sentence: with a capital letter and a full stop.
 std::string Sentence(std::string clause);

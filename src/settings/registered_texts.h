@@ -93,4 +93,8 @@ inline constexpr RegisteredReader kClientVersion{
         L"Registered data entries check, alternative version path query failed. Value not found.",
 };
 
+/// All readers that log.
+inline constexpr const RegisteredReader* kReaders[] = {&kClientVersion, &kTagOne, &kTagTwo, &kTagThree,
+                                                       &kInstallPathLogged};
+
 }  // namespace registered_texts
