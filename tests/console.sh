@@ -17,10 +17,12 @@ head+='Varnexa 15.0 Tavrel Utility Date/Time : Saturday 22:30, November 21, 2026
 head+="Varnexa 15.0 Build Version : NA\n$rule\nApp  Mode: User, User Mode: NA, Invoke Mode: Patch verfication.\n"
 offered='Update details found. Exit code 3.\n'
 refused='Connect to the server not successful.\n Error : 2250 Please check\n'
-mkdir -p "$work/logs/pc2" "$work/empty"
+later=${head/Saturday 22:30, November 21/Sunday 08:15, November 22}
+mkdir -p "$work"/logs/pc{2..7} "$work/empty" "$work/other"
 printf '%b' "$head$offered" | iconv -t UTF-16 >"$work/logs/pc1.LOG"
-printf '%b' "$head$offered$head$refused" >"$work/logs/pc2/a.log"
-printf 'GET / HTTP/1.1\n' >"$work/logs/requests.log"
+printf '%b' "$later$offered" | iconv -t UTF-16LE >"$work/logs/pc3/saved.txt"
+for pc in 2 4 5 6 7; do printf '%b' "$head$offered$later$refused" >"$work/logs/pc$pc/a.log"; done
+printf 'GET / HTTP/1.1\n' | tee "$work/logs/requests.log" >"$work/other/requests.log"
 
 # expect PROGRAM STATUS PATTERN [ARGUMENT]…: runs the program on this standard input. The pattern is for its output and
 # its messages.
@@ -30,18 +32,6 @@ expect() {
   # shellcheck disable=SC2053
   [[ $result == "$2" && ${output//$'\r'/} == $3 ]] ||
     fail "${1##*/} ${*:4}: $result instead of $2, says: $output"
-}
-
-# check PROGRAM: the same for each row of standard input. A row: exit status; arguments, "@" is the folder of the
-# files above; standard input for printf, the names in capitals are the texts above; the pattern.
-check() {
-  local status arguments input said
-  while IFS=';' read -r status arguments input said; do
-    input=${input/HEAD/$head} input=${input/OFFERED/$offered} input=${input/REFUSED/$refused}
-    # Each word of a row is one argument.
-    # shellcheck disable=SC2059,SC2086
-    expect "$1" "$status" "$said" ${arguments//@/$work} < <(printf "$input")
-  done
 }
 
 packcheck() { expect "$packcheck" "$@"; }
@@ -89,21 +79,55 @@ if ((${#wine[@]})); then
   [[ $(script -qec "${wine[*]} $packcheck $work/ü" /dev/null) == *ü* ]] || fail "packcheck: no ü on a console"
 fi
 
-check "$logcheck" <<'ROWS'
-0;-;HEADOFFERED;standard input*2026-11-21 22:30  started by the product, utility 2.0.3.0, product not read, ordinary user*offered*An update*
-1;--json -;HEADREFUSED;{"file":"-","time":"2026-11-21T22:30","mode":"patch","utility":"2.0.3.0","product":null,"administrator":false,"checks":*
-1;--json -;REFUSEDx\n;*:\[{"outcome":"failed","exit_code":null,"error":"2250","step":"Con*","advice":"*","entries":\["Con*"," Err*"]}],"unknown":\["x"]}
-1;-;HEADREFUSED\033x\n;*failed (2250)*1 line that no version of the utility writes:*"\\x1Bx"*
-0;@/logs/pc1.LOG;;*.LOG*offered*
-1;-;;*no run of the utility*
-1;-;foreign\n;*unknown*no check*"foreign"*
-1;--summary @/logs;;First seen*2026-11-21 22:30  2026-11-21 22:30      1      1  failed (2250)*1: *      2      2  offered*3 runs in 2 files
-1;--summary --json @/logs/pc2;;{"outcome":"failed","error":"2250","runs":1,"files":1,"first":"2026-*","last":"*","advice":{"*":1}}*{"outcome":"offered",*
-2;@/none @/logs/pc1.LOG;;logcheck: cannot read*offered*
-2;@/empty;;logcheck: no file in*
-2;;;logcheck: name a log*
-0;--help;;Tells*Exit status: 0;*--summary*
-ROWS
+logcheck() { expect "$logcheck" "$@"; }
+cd "$work"
+logcheck 0 'standard input
+2026-11-21 22:30  started by the product, utility 2.0.3.0, product not read, ordinary user
+  offered
+    An update*' - < <(printf '%b' "$head$offered")
+logcheck 1 '{"file":"-","time":"2026-11-21T22:30","mode":"start-up","utility":"2.0.3.0","product":null,"administrator":false,"checks":\[{"outcome":"failed","exit_code":null,"error":"2250","step":"Con*","advice":"*","notes":\[],"entries":\["Con*\\nError*"]}],"unknown":\["x"],"unknown_lines":1}' \
+  --json - < <(printf '%b' "$head${refused}x\n")
+logcheck 1 '*failed (2250)*1 line that no version of the utility writes:*"\\x1Bx"*' - < <(printf '%b' "$head$refused\033x\n")
+logcheck 1 '*no run of the utility*' - <<<''
+logcheck 1 '*unknown*no check*"foreign"*' - <<<foreign
+# A folder has sub-folders, files in UTF-16 with or without a mark, and logs of other programs.
+logcheck 1 'First seen        Last seen           Runs  Files  Outcome
+2026-11-22 08:15  2026-11-22 08:15      5      5  failed (2250)
+    5: *
+      logs?pc2?a.log
+      *
+      logs?pc7?a.log
+2026-11-21 22:30  2026-11-22 08:15      7      7  offered
+    7: *
+      logs?pc1.LOG
+      *
+      logs?pc5?a.log
+      and 2 files more
+12 runs in 7 files' --summary logs logs/pc3/../pc1.LOG
+logcheck 1 '{"outcome":"failed","error":"2250","runs":1,"files":\["logs?pc2?a.log"],"first":"2026-11-22T08:15","last":"2026-11-22T08:15","advice":{"*":1}}
+{"outcome":"offered",*"first":"2026-11-21T22:30","last":"2026-11-21T22:30",*' --summary --json logs/pc2
+logcheck 0 '*2 runs in 2 files' --summary --last --outcome offered logs
+logcheck 0 '*1 run in 1 file' --summary --since 2026-11-22 --outcome offered logs
+logcheck 0 '' --since 2026-11-23 logs
+logcheck 2 "logcheck: *'2026-02-30' is not a date*" --since 2026-02-30 logs
+logcheck 2 'logcheck: *nothing not in {offered,*}*' --outcome nothing logs
+logcheck 2 'logcheck: cannot read*offered*' none logs/pc1.LOG
+logcheck 2 "logcheck: *'empty' is a log of the utility*" empty
+logcheck 2 "logcheck: *'other' is a log of the utility*" other
+logcheck 2 'logcheck: name a log*'
+logcheck 0 'Tells*Exit status*: 0;*--summary*' --help
+if ((${#wine[@]})); then
+  # cmd leaves wildcards to the program.
+  logcheck 0 'logs?pc1.LOG*offered*' 'logs\*.LOG'
+else
+  # A folder that cannot be listed is named, and all others are read; for root as well.
+  mkdir -m 000 logs/pc0
+  wine=(setpriv --bounding-set '-dac_override,-dac_read_search' --inh-caps '-dac_override,-dac_read_search')
+  ((EUID == 0)) || wine=()
+  logcheck 2 "logcheck: cannot list 'logs/pc0' (*12 runs in 7 files" --summary logs
+  wine=()
+fi
+cd "$OLDPWD"
 
 # A run is at most a screen, whatever happened in it.
 lines=$(for i in {1..99}; do printf '%b' "Registry bit support mode  identification failed: \nError : 5\n" \
