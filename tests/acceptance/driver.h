@@ -25,7 +25,7 @@ struct InstalledMachine : support::Installation {
 };
 
 /// One run of a program, driven from outside; what it started ends with the object. Every wait is bounded.
-/// What is not found in time is a null handle, which has no text and is neither enabled nor visible.
+/// A window that does not appear in time is null; null has no text and counts as disabled and hidden.
 class Run {
  public:
   explicit Run(const std::wstring& program, const std::wstring& arguments = {});

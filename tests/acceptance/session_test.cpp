@@ -9,41 +9,29 @@
 #include <deque>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <regex>
 #include <set>
 
 #include "acceptance/driver.h"
+#include "app/about_texts.h"
+#include "product/identity.h"
 #include "resource.h"
 #include "support/text.h"
+#include "ui/ui_texts.h"
+#include "update/update_texts.h"
+#include "version.h"
 
 using support::ReadBytes;
 using support::Reply;
 using support::Utf8;
-using Fields = std::vector<std::wstring>;
 
 namespace {
-
-const std::map<std::wstring, int> kControls{
-    {L"message", IDC_MESSAGE},   {L"note", IDC_NOTE},   {L"start-up check", IDC_CHECK_ON_STARTUP},
-    {L"install", IDC_INSTALL},   {L"retry", IDC_RETRY}, {L"hide errors", IDC_HIDE_NETWORK_ERRORS},
-    {L"continue", IDC_CONTINUE}, {L"ok", IDOK},         {L"cancel", IDCANCEL},
-    {L"help", IDHELP},           {L"yes", IDYES},       {L"no", IDNO}};
-const std::map<std::wstring, BYTE> kKeys{{L"Alt", VK_MENU},     {L"Space", VK_SPACE},   {L"Up", VK_UP},
-                                         {L"Enter", VK_RETURN}, {L"Escape", VK_ESCAPE}, {L"F1", VK_F1},
-                                         {L"F4", VK_F4}};
-
-const std::map<std::wstring, bool> kYes{{L"yes", true}, {L"no", false}};
 
 /// Where Wine looks how to find libraries of the utility.
 constexpr wchar_t kLibraryRules[] = L"Software\\Wine\\AppDefaults\\QRTTavrelUtility.exe\\DllOverrides";
 
-/// The text of a field, where '|' ends a line; for "much" more than a log has.
-std::string Text(const std::wstring& field, const char* line_end = "\n") {
-  if (field == L"much") return std::string(9999, 'x');
-  return std::regex_replace(Utf8(field), std::regex("\\|"), line_end);
-}
-
+constexpr char kFound[] = "Update details found. Exit code 3.";
+constexpr char kRetry[] = "Product Updates Retry Attempted...";
 constexpr char kFirstRule[] = "=========== Registered Data Entries Check : Start";
 
 int Count(std::string_view text, std::string_view part) {
@@ -63,197 +51,371 @@ bool IsPainted(HWND control) {
   return colors.size() > 1;
 }
 
-/// One session of a user. Each step checks what it has to find.
+void Close(HWND box, int button) {
+  PostMessageW(GetDlgItem(box, button), BM_CLICK, 0, 0);
+  CHECK(WaitUntil([box] { return !IsWindowVisible(box); }));
+}
+
+/// A user, the utility and a server that offers one pack (15.0.2.7) to a product at 15.0.2.5.
 struct Session {
   InstalledMachine machine;
   support::HttpReply reply = Reply(200, kOnePack);
   support::HttpServer server{[this] { return reply; }};
+  std::size_t requests = 0;  ///< how many the server had when they were counted last
   std::deque<Run> products;
   std::optional<Run> run;
   HWND save_dialog = nullptr;
   std::string page, log_file;  ///< texts of the log page and the log file when they were looked at last
-  std::optional<support::ShareLock> lock;
 
   Session() { RegDeleteTreeW(HKEY_CURRENT_USER, kLibraryRules); }
-  HWND Control(const std::wstring& name) const { return run->Control(kControls.at(name)); }
+  HWND Control(int id) const { return run->Control(id); }
   void ShowPage(WPARAM index) const { Ask(run->Sheet(), PSM_SETCURSEL, index); }
 
-  void Answer(HWND box, const std::wstring& how) const {
-    if (kKeys.contains(how)) {
-      ::Press({kKeys.at(how)});
-    } else {
-      PostMessageW(GetDlgItem(box, kControls.at(how)), BM_CLICK, 0, 0);
-    }
-    CHECK(WaitUntil([box] { return !IsWindowVisible(box); }));
-  }
+  // --- Before a run.
 
-  // The steps; the table of sessions explains them.
-  void Server(const Fields& f) {
+  /// The server answers the next requests with `status` and a list of one pack.
+  void Serve(int status, unsigned pause_ms = 0) {
     server.Stop();
-    if (f[1] == L"down") return;
-    reply = Reply(std::stoi(f[1]), kOnePack);
-    reply.pause_ms = std::stoul(f[2]);
+    reply = Reply(status, kOnePack);
+    reply.pause_ms = pause_ms;
     server.Start();
   }
-  void Fact(const Fields& f) {
+  /// Sets a value that the installer registers; an empty one is removed.
+  void Fact(const wchar_t* name, const wchar_t* value) {
     const std::wstring key = support::UninstallKey(support::Layout::two);
-    support::SetRegistryText(key, f[1].c_str(), f[2]);
-    if (f[2].empty()) support::RemoveRegistryValue(key, f[1].c_str());
+    support::SetRegistryText(key, name, value);
+    if (*value == L'\0') support::RemoveRegistryValue(key, name);
   }
-  void Write(const Fields& f) {
-    const std::wstring path = machine.File(f[1]);
+  void Settings(const std::string& lines) {
+    const std::filesystem::path path = machine.SettingsFile();
     // The utility keeps the settings file open for a moment after it has written it.
-    WaitUntil([&] { return std::ofstream(std::filesystem::path(path), std::ios::app).is_open(); });
-    support::WriteBytes(path, Text(f[2], "\r\n"));
+    WaitUntil([&] { return std::ofstream(path, std::ios::app).is_open(); });
+    machine.WriteSettings(lines);
   }
-  void Lock(const Fields& f) { lock.emplace(machine.File(f[1]), FILE_SHARE_READ); }
-  void Launch(const Fields& f) {
-    const std::wstring program = machine.File(f[1]);
+  /// Starts the product, or a copy of it under this name.
+  void Launch(const std::wstring& name) {
+    const std::wstring program = machine.File(name);
     if (!ReadBytes(program)) support::CopyOver(machine.ProductFolder() + L"\\Qrt.exe", program);
     REQUIRE(products.emplace_back(program).Idle());
   }
-  void Plant(const Fields& f) {
-    constexpr wchar_t kRule[] = L"native,builtin";  // files before Wine's own
-    for (const std::wstring& name : support::Split(f[1])) {
-      RegSetKeyValueW(HKEY_CURRENT_USER, kLibraryRules, name.c_str(), REG_SZ, kRule, sizeof kRule);
-      support::WriteBytes(machine.ProgramFolder() + L"\\" + name + L".dll", "none");
-    }
-  }
-  void Begin(const Fields& f) {
+
+  // --- What the user does.
+
+  /// Starts the utility and ends one that still runs.
+  void Begin(const wchar_t* arguments = L"") {
     page.clear();
     run.reset();
-    run.emplace(machine.program, f[1]);
+    requests = server.Requests().size();
+    run.emplace(machine.program, arguments);
   }
-  void Answered(const Fields&) { REQUIRE(run->Answered()); }
-  void Ended(const Fields&) { CHECK(run->End() == "exit code 0"); }
-  void Start(const Fields& f) { Begin(f), Answered(f); }
-  void Press(const Fields& f) { PostMessageW(Control(f[1]), BM_CLICK, 0, 0); }
-  void Command(const Fields& f) {
-    Ask(GetParent(Control(f[1])), WM_COMMAND, MAKEWPARAM(kControls.at(f[1]), BN_CLICKED));
+  void Start(const wchar_t* arguments = L"") {
+    Begin(arguments);
+    Answered();
   }
-  void Keys(const Fields& f) {
-    std::vector<BYTE> keys;
-    for (const std::wstring& name : support::Split(f[1])) keys.push_back(kKeys.at(name));
-    ::Press(keys);
+  /// Waits until the page shows a result.
+  void Answered() { REQUIRE(run->Answered()); }
+  /// Waits until the utility waits for the server.
+  void Blocked() {
+    REQUIRE(WaitUntil([&] { return server.Requests().size() > requests; }));
+    requests = server.Requests().size();
   }
-  void Box(const Fields& f) {
-    const HWND box = run->Dialog(save_dialog);
-    const std::string title = WindowText(box);
-    std::string text = title == "Varnexa 15.0 Tavrel Utility" ? "" : title + "\n";
-    // The icon, which has no text, and the text.
-    for (const HWND part : WindowsOfClass(box, L"Static")) text += WindowText(part);
-    CHECK(text == Text(f[1]));
-    Answer(box, f[2]);
-  }
-  void Save(const Fields& f) {
+  void Ended() { CHECK(run->End() == "exit code 0"); }
+  void Click(int id) { PostMessageW(Control(id), BM_CLICK, 0, 0); }
+  /// As a click, whether or not the control is enabled.
+  void Command(int id) { Ask(GetParent(Control(id)), WM_COMMAND, MAKEWPARAM(id, BN_CLICKED)); }
+  void SaveAs(const wchar_t* name) {
     ShowPage(1);
-    PostMessageW(run->Control(IDC_SAVE_LOG), BM_CLICK, 0, 0);
+    Click(IDC_SAVE_LOG);
     save_dialog = run->Dialog(nullptr);
-    if (f[2] == L"cancel") return Answer(save_dialog, f[2]);
-    const std::wstring path = machine.File(f[1]);
-    const HWND name = GetDlgItem(save_dialog, cmb13);
-    Ask(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+    const std::wstring path = machine.File(name);
+    Ask(GetDlgItem(save_dialog, cmb13), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
     PostMessageW(GetDlgItem(save_dialog, IDOK), BM_CLICK, 0, 0);
-    if (!f[2].empty()) Answer(run->Dialog(save_dialog), f[2]);
   }
-  void Page(const Fields& f) {
-    const std::string message = WindowText(Control(L"message"));
-    CHECK_MESSAGE(Count(message, Text(f[1])) == 1, message);
-    CHECK(WindowText(Control(L"note")) ==
-          "Note: You can also check the patch availability at "
-          "\"Start Menu -> All Programs -> Varnexa -> Varnexa 15.0 Update\"");
-    REQUIRE((f[2].empty() || kControls.contains(f[2])));
-    for (const wchar_t* name : {L"install", L"retry", L"continue"}) {
-      CHECK((IsWindowEnabled(Control(name)) != FALSE) == (f[2] == name));
+  /// The answer to the question whether to replace a file.
+  void Replace(int answer) { Close(run->Dialog(save_dialog), answer); }
+
+  // --- What has to be seen.
+
+  /// A box with this text; it stays open.
+  HWND Box(std::wstring_view text, std::wstring_view title = identity::kWindowTitle) {
+    const HWND box = run->Dialog(save_dialog);
+    std::string seen;
+    // The icon, which has no text, and the text.
+    for (const HWND part : WindowsOfClass(box, L"Static")) seen += WindowText(part);
+    CHECK(seen == Utf8(text));
+    CHECK(WindowText(box) == Utf8(title));
+    return box;
+  }
+  /// The page shows `text` and the note, and of its buttons this one alone is enabled; 0: none.
+  void Page(std::string_view text, int enabled) {
+    const std::string message = WindowText(Control(IDC_MESSAGE));
+    CHECK_MESSAGE(Count(message, text) == 1, message);
+    CHECK(WindowText(Control(IDC_NOTE)) == Utf8(ui_texts::kNote));
+    for (const int id : {IDC_INSTALL, IDC_RETRY, IDC_CONTINUE}) {
+      CHECK((IsWindowEnabled(Control(id)) != FALSE) == (id == enabled));
     }
-    CHECK((IsWindowVisible(Control(L"continue")) != FALSE) == (f[2] == L"continue"));
-    CHECK_FALSE(IsWindowVisible(Control(L"hide errors")));
+    CHECK((IsWindowVisible(Control(IDC_CONTINUE)) != FALSE) == (enabled == IDC_CONTINUE));
+    CHECK_FALSE(IsWindowVisible(Control(IDC_HIDE_NETWORK_ERRORS)));
   }
-  void Painted(const Fields& f) {
+  /// Whether the control's text is on the screen while the utility is blocked.
+  void Painted(int id, bool painted) {
     // The screen shows a drawing a moment later, but long before a slow server answers.
-    const HWND control = Control(f[1]);
-    CHECK(WaitUntil([&] { return IsPainted(control) == kYes.at(f[2]); }, reply.pause_ms / 2));
+    const HWND control = Control(id);
+    CHECK(WaitUntil([&] { return IsPainted(control) == painted; }, reply.pause_ms / 2));
   }
-  void Log(const Fields& f) {
+  /// The log page has `text` so many times, and shows where the log file is.
+  void Logged(std::string_view text, int times = 1) {
     ShowPage(1);
-    page = WindowText(run->Control(IDC_LOG_TEXT));
-    CHECK(WindowText(run->Control(IDC_LOG_FILE)) == Utf8(machine.LogFile()));
+    page = WindowText(Control(IDC_LOG_TEXT));
+    CHECK(WindowText(Control(IDC_LOG_FILE)) == Utf8(machine.LogFile()));
     ShowPage(0);
-    CHECK_MESSAGE(Count(page, Text(f[2])) == std::stoi(f[1]), page);
+    CHECK_MESSAGE(Count(page, text) == times, page);
   }
-  void Place(const Fields&) {
-    ShowPage(1);
-    const HWND log = run->Control(IDC_LOG_TEXT);
-    Ask(log, EM_SETSEL, 3, 40);
-    for (const int lines : {-999, 4}) Ask(log, EM_LINESCROLL, 0, lines);
-    ShowPage(0);
-    ShowPage(1);
-    CHECK(Ask(log, EM_GETSEL) == MAKELONG(3, 40));
-    CHECK(Ask(log, EM_GETFIRSTVISIBLELINE) == 4);
-  }
-  void LogFile(const Fields& f) {
+  /// Something was added to the log file: this text once, and at the end the checks of the log page.
+  void LogFile(std::string_view text) {
     const std::string log = machine.Log();
     REQUIRE(log.starts_with(log_file));
-    const std::string added = log.substr(log_file.size());
     // The file has the settings' lines between the header and the first check.
     const std::string checks = page.substr(std::min(page.find(kFirstRule), page.size()));
     CHECK_MESSAGE(log.ends_with(std::regex_replace(checks, std::regex("\n\n?"), "\r\n")), log);
-    CHECK(Count(added, "\r\n") == std::stoi(f[1]));
-    CHECK(Count(added, Text(f[2], "\r\n")) == 1);
+    CHECK_MESSAGE(Count(log.substr(log_file.size()), std::string(text) + "\r\n") == 1, log);
     log_file = log;
   }
-  void File(const Fields& f) {
-    std::string wanted = Text(f[2], "\r\n");
-    if (wanted == "log page") wanted = std::regex_replace(page, std::regex("\n"), "\r\n");
-    const auto there = [&] { return ReadBytes(machine.File(f[1])).value_or("none"); };
-    WaitUntil([&] { return there() == wanted; });
-    CHECK(there() == wanted);
+  void File(const wchar_t* name, const std::string& text) {
+    const auto there = [&] { return ReadBytes(machine.File(name)).value_or("none"); };
+    WaitUntil([&] { return there() == text; });
+    CHECK(there() == text);
   }
-  void Running(const Fields& f) {
-    std::string running;
-    for (const Run& product : products) running += product.Runs() ? "yes|" : "no|";
-    CHECK(running == Utf8(f[1] + L"|"));
+  void SettingsAre(const std::string& lines) { File(L"korsa.ini", "[KORSA_URL]\r\n" + lines); }
+  /// Which of the launched products still run.
+  std::vector<bool> Running() const {
+    std::vector<bool> running;
+    for (const Run& product : products) running.push_back(product.Runs());
+    return running;
   }
-  void Connected(const Fields& f) {
-    CHECK(WaitUntil([&] { return server.Connections() == std::stoul(f[1]); }));
+  void Shown(int id) {
+    CHECK(WaitUntil([&] { return IsWindowVisible(Control(id)) != FALSE; }));
   }
 };
-
-using S = Session;
-/// A step and the number of columns of its rows.
-struct Step {
-  void (S::*run)(const Fields&);
-  std::size_t columns;
-};
-const std::map<std::wstring, Step> kSteps{{L"server", {&S::Server, 3}},      {L"fact", {&S::Fact, 3}},
-                                          {L"write", {&S::Write, 3}},        {L"lock", {&S::Lock, 2}},
-                                          {L"plant", {&S::Plant, 2}},        {L"launch", {&S::Launch, 2}},
-                                          {L"begin", {&S::Begin, 2}},        {L"start", {&S::Start, 2}},
-                                          {L"answered", {&S::Answered, 1}},  {L"ended", {&S::Ended, 1}},
-                                          {L"press", {&S::Press, 2}},        {L"command", {&S::Command, 2}},
-                                          {L"keys", {&S::Keys, 2}},          {L"box", {&S::Box, 3}},
-                                          {L"save", {&S::Save, 3}},          {L"page", {&S::Page, 3}},
-                                          {L"painted", {&S::Painted, 3}},    {L"log", {&S::Log, 3}},
-                                          {L"place", {&S::Place, 1}},        {L"log file", {&S::LogFile, 3}},
-                                          {L"file", {&S::File, 3}},          {L"running", {&S::Running, 2}},
-                                          {L"connected", {&S::Connected, 2}}};
 
 }  // namespace
 
-TEST_CASE("the program does what each step of a session expects") {
-  const auto rows = support::Rows("acceptance/sessions.txt", 1, 3);
-  for (auto row = rows.begin(); row != rows.end();) {
-    const auto is_heading = [](const Fields& fields) { return fields[0] == L"session"; };
-    const auto end = std::find_if(row + 1, rows.end(), is_heading);
-    SUBCASE(Utf8(row->at(1)).c_str()) {
-      Session session;
-      while (++row != end) {
-        INFO(Utf8(row->at(0)), "; ", Utf8(row->back()));
-        const Step& step = kSteps.at(row->at(0));
-        REQUIRE(row->size() == step.columns);
-        (session.*step.run)(*row);
-      }
-    }
-    row = end;
+TEST_CASE_FIXTURE(
+    Session, "the argument \"2\" alone asks for the start-up check, which ends when it is switched off") {
+  Settings("CHECKUPDATES= false \r\n");
+  for (const wchar_t* arguments : {L"2", L"-2", L"other.txt \"/2\" /more"}) {
+    Begin(arguments);
+    Ended();
   }
+  CHECK(machine.Log().empty());
+  for (const wchar_t* arguments : {L"22", L"--2"}) Start(arguments);
+}
+
+TEST_CASE_FIXTURE(Session,
+                  "each run appends what the log page shows to the log file, and the page keeps its place") {
+  Start(L"/2");
+  Logged(kFound);
+  Click(IDC_CONTINUE);
+  Ended();
+  LogFile("Invoke Mode: Patch verfication.");
+  Start();
+  Logged(kFound);
+  ShowPage(1);
+  const HWND log = Control(IDC_LOG_TEXT);
+  Ask(log, EM_SETSEL, 3, 40);
+  for (const int lines : {-999, 4}) Ask(log, EM_LINESCROLL, 0, lines);
+  ShowPage(0);
+  ShowPage(1);
+  CHECK(Ask(log, EM_GETSEL) == MAKELONG(3, 40));
+  CHECK(Ask(log, EM_GETFIRSTVISIBLELINE) == 4);
+  Click(IDOK);
+  Ended();
+  LogFile("Invoke Mode: Regular.");
+}
+
+TEST_CASE_FIXTURE(Session, "the log names a missing fact before the start-up check's warning is closed") {
+  Fact(L"DisplayVersion", L"");
+  Begin(L"/2");
+  const HWND box = Box(update_texts::kMissingFacts);
+  LogFile("Registered data entries check, Reading tag one query failed.");
+  Close(box, IDOK);
+  Ended();
+  CHECK(Count(machine.Log(), "Check Product Updates Availability : End") == 1);
+}
+
+TEST_CASE_FIXTURE(Session,
+                  "the utility loads the libraries of Windows, not files of the same names beside it") {
+  for (const wchar_t* name : {L"comctl32", L"comdlg32", L"ole32", L"oleacc", L"uxtheme", L"wininet"}) {
+    constexpr wchar_t kRule[] = L"native,builtin";  // files before Wine's own
+    RegSetKeyValueW(HKEY_CURRENT_USER, kLibraryRules, name, REG_SZ, kRule, sizeof kRule);
+    support::WriteBytes(machine.ProgramFolder() + L"\\" + name + L".dll", "none");
+  }
+  Start();
+  Page("patch updates are available", IDC_INSTALL);
+  Logged("File Version : " TAVREL_FILE_VERSION);
+  SaveAs(L"log");
+  Close(Box(ui_texts::kLogSaved), IDOK);
+}
+
+TEST_CASE_FIXTURE(Session,
+                  "during a check no old result is painted, and of the keys only Escape and Alt+F4 count") {
+  Serve(404, 2000);
+  Begin();
+  Blocked();
+  Painted(IDC_MESSAGE, false);
+  Painted(IDC_NOTE, true);
+  Answered();
+  Painted(IDC_MESSAGE, true);
+  Page("\n Error : 404", IDC_RETRY);
+  Serve(200, 2000);
+  Click(IDC_RETRY);
+  Blocked();
+  Painted(IDC_MESSAGE, false);
+  Press({VK_SPACE});
+  Press({VK_RETURN});
+  Answered();
+  Page("patch updates are available", IDC_INSTALL);
+  Press({VK_ESCAPE});
+  Ended();
+  for (const auto& closing : {std::vector<BYTE>{VK_ESCAPE}, {VK_MENU, VK_F4}}) {
+    Begin();
+    Blocked();
+    Press({VK_SPACE});
+    Press(closing);
+    Ended();
+  }
+}
+
+TEST_CASE_FIXTURE(Session,
+                  "keys change the page and open the about box, F1 does nothing, Help closes the window") {
+  Start();
+  Press({VK_CONTROL, VK_TAB});
+  Shown(IDC_LOG_TEXT);
+  Press({VK_CONTROL, VK_PRIOR});
+  Shown(IDC_MESSAGE);
+  Press({VK_CONTROL, VK_NEXT});
+  Shown(IDC_LOG_TEXT);
+  Press({VK_F1});
+  Press({VK_MENU, VK_SPACE});
+  Press({VK_UP});
+  Press({VK_RETURN});
+  Close(Box(L"Varnexa Tavrel Utility Version : 2.0\nBuild: " TAVREL_FILE_VERSION L"\n\n" TAVREL_COPYRIGHT,
+            about_texts::kTitle),
+        IDOK);
+  Click(IDHELP);
+  Ended();
+}
+
+TEST_CASE_FIXTURE(Session,
+                  "an update that cannot start shows and logs the reason, also when the user logs off") {
+  Fact(L"DisplayIcon", L"Qrt.exe");
+  Start();
+  Click(IDC_INSTALL);
+  const std::wstring no_path = std::wstring(ui_texts::kPathNotFound) + L"\n\n";
+  Close(Box(no_path), IDOK);
+  Logged("End ============\n\n" + Utf8(ui_texts::kPathNotFound) + "\n\n");
+  // Sent by another program, for example at a forced end.
+  Ask(run->Sheet(), WM_COMMAND, IDCANCEL);
+  Ended();
+  LogFile("The patch application path not found.");
+  const std::wstring gone = machine.ProductFolder() + L"\\Gone.exe";
+  Fact(L"DisplayIcon", gone.c_str());
+  Start();
+  Click(IDC_INSTALL);
+  Box(ui_texts::kFileNotFound + gone + L"\n\n");
+  Ask(run->Sheet(), WM_QUERYENDSESSION);
+  Ask(run->Sheet(), WM_ENDSESSION, TRUE);
+  LogFile("The patch application file not found.");
+}
+
+TEST_CASE_FIXTURE(Session,
+                  "only a Yes ends the running product and starts the update; a folder keeps the name") {
+  for (const wchar_t* name : {L"product\\Qrt.exe", L"product\\Qrt.exe", L"QRT.EXE"}) Launch(name);
+  Start();
+  Press({VK_RETURN});
+  const HWND question = Box(ui_texts::kCloseProduct);
+  Press({VK_RETURN});
+  CHECK(WaitUntil([question] { return !IsWindowVisible(question); }));
+  Answered();
+  CHECK(Running() == std::vector{true, true, true});
+  Fact(L"DisplayIcon", (machine.ProductFolder() + L"\\").c_str());
+  Command(IDC_RETRY);
+  Click(IDC_INSTALL);
+  Close(Box(ui_texts::kCloseProduct), IDYES);
+  Ended();
+  CHECK(Running() == std::vector{false, false, true});
+  File(L"product\\qrt-arguments.txt", "/update\r\n" + Utf8(machine.ProductFolder()) + "\r\n");
+}
+
+TEST_CASE_FIXTURE(Session, "every retry of an interactive check is on the log page and in the log file") {
+  server.Stop();
+  Start();
+  Logged(kRetry, 0);
+  LogFile("Connect to the server not successful.");
+  Serve(200);
+  Command(IDC_RETRY);
+  Logged(kRetry);
+  LogFile(kFound);
+  Serve(404);
+  Command(IDC_RETRY);
+  Page("\n Error : 404", IDC_RETRY);
+  Logged(kRetry, 2);
+  LogFile(" Error : 404");
+}
+
+TEST_CASE_FIXTURE(Session, "of start-up checks the log page has the last retry, the log file every one") {
+  server.Stop();
+  Start(L"2");
+  Logged("Connect to the server not successful.");
+  Logged("Invoke Mode: Regular.", 0);
+  Serve(200);
+  Command(IDC_RETRY);
+  Page("application is not installed", IDC_CONTINUE);
+  Serve(404);
+  Command(IDC_RETRY);
+  Page("application is not installed", 0);
+  Logged(" Error : 404");
+  Logged(kRetry);
+  LogFile("Connect to the server not successful.");
+}
+
+TEST_CASE_FIXTURE(Session, "the options are read, repaired, and written by a click") {
+  Settings("CHECKUPDATES= true \r\n");
+  Start();
+  Click(IDC_CHECK_ON_STARTUP);
+  SettingsAre("CHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
+  Settings("CHECKUPDATES=false\r\nIGNORE_PATCH_ERROR=true\r\n");
+  Start();
+  SettingsAre("CHECKUPDATES=false\r\nIGNORE_PATCH_ERROR=true\r\n");
+  Click(IDC_CHECK_ON_STARTUP);
+  Click(IDC_HIDE_NETWORK_ERRORS);
+  SettingsAre("CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
+  Settings("CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=maybe\r\n");
+  Start();
+  SettingsAre("CHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=maybe\r\n");
+  Click(IDC_CHECK_ON_STARTUP);
+  Click(IDC_HIDE_NETWORK_ERRORS);
+  SettingsAre("CHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
+}
+
+TEST_CASE_FIXTURE(Session, "the log is saved where the user says, and only a Yes replaces a file") {
+  support::WriteBytes(machine.File(L"have.txt"), std::string(9999, 'x'));  // more than a log has
+  Start();
+  Logged(kFound);
+  SaveAs(L"log.TXT");
+  Close(Box(ui_texts::kBadFileName), IDOK);
+  File(L"log.txt", "none");
+  SaveAs(L"have");
+  Replace(IDYES);
+  Close(Box(ui_texts::kLogSaved), IDOK);
+  File(L"have.txt", std::regex_replace(page, std::regex("\n"), "\r\n"));
+  support::WriteBytes(machine.File(L"have.txt"), "old");
+  const support::ShareLock lock(machine.File(L"have.txt"), FILE_SHARE_READ);
+  SaveAs(L"have.txt");
+  Replace(IDYES);
+  Close(Box(ui_texts::kLogNotSaved), IDOK);
+  SaveAs(L"have.txt");
+  Replace(IDNO);
+  Close(save_dialog, IDCANCEL);
+  File(L"have.txt", "old");
 }
