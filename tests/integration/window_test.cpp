@@ -3,13 +3,15 @@
 #include <windows.h>
 
 #include <commctrl.h>
-#include <objbase.h>
 #include <shellapi.h>
 #include <tlhelp32.h>
 
 #include <algorithm>
 #include <deque>
 #include <functional>
+#include <iterator>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "app/tavrel_sheet.h"
@@ -20,6 +22,7 @@
 #include "support/import_hook.h"
 #include "support/machine.h"
 #include "support/text.h"
+#include "ui/ui_texts.h"
 #include "update/process_state.h"
 
 using support::ImportHook;
@@ -28,6 +31,7 @@ using support::Utf8;
 namespace {
 
 constexpr int kStep = 1001;
+constexpr DWORD kLiveRegionChanged = 0x8019;  // EVENT_OBJECT_LIVEREGIONCHANGED of Windows 8
 
 /// The application before its first window, on a private machine.
 struct Program {
@@ -42,18 +46,37 @@ void WINAPI Cancel(HWND sheet, UINT, UINT_PTR, DWORD) {
   PostMessageW(sheet, PSM_PRESSBUTTON, PSBTN_CANCEL, 0);
 }
 
-/// A sheet that makes its steps, each in a message of its own; without any it closes before it is visible. A
-/// timer, whose message comes after all posted ones, cancels a sheet that is still open.
+/// A sheet that makes its steps, each in a message of its own after the messages of the step before; without
+/// any it closes at once. A timer, whose message comes after all posted ones, cancels a sheet that is still
+/// open.
 struct Sheet : CTavrelSheet {
   using CTavrelSheet::CTavrelSheet;
 
   std::deque<std::function<void()>> steps;
-  bool destroyed = false;  ///< the object got the window's last message
+
+  HWND Page() const { return PropSheet_GetCurrentPageHwnd(Handle()); }
+  HWND Control(int id) const { return GetDlgItem(Page(), id); }
+  void ShowPage(WPARAM index) const { SendMessageW(Handle(), PSM_SETCURSEL, index, 0); }
+  void Press(WPARAM key, int id) const {
+    SetFocus(Control(id));
+    PostMessageW(Control(id), WM_KEYDOWN, key, 0);
+  }
+  /// Background and text colour that a static text is painted with.
+  std::pair<COLORREF, COLORREF> Colors(int id) const {
+    const HDC context = GetDC(Control(id));
+    const LRESULT brush = SendMessageW(Page(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(context),
+                                       reinterpret_cast<LPARAM>(Control(id)));
+    LOGBRUSH background{};
+    GetObjectW(reinterpret_cast<HBRUSH>(brush), sizeof background, &background);
+    const COLORREF text = GetTextColor(context);
+    ReleaseDC(Control(id), context);
+    return {background.lbColor, text};
+  }
 
   void OnInitDialog() override {
-    if (steps.empty()) return EndDialog(IDCANCEL);
+    if (steps.empty()) return EndDialog(IDOK);
     PostMessageW(Handle(), WM_COMMAND, kStep, 0);
-    SetTimer(Handle(), 1, 1000, Cancel);
+    SetTimer(Handle(), 1, 2000, Cancel);
   }
   bool OnCommand(int id) override {
     if (id != kStep) return CTavrelSheet::OnCommand(id);
@@ -62,82 +85,115 @@ struct Sheet : CTavrelSheet {
     if (!steps.empty()) PostMessageW(Handle(), WM_COMMAND, kStep, 0);
     return true;
   }
-  bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override {
-    destroyed |= message == WM_NCDESTROY;
-    return CTavrelSheet::OnMessage(message, wparam, lparam, result);
-  }
 };
-
-void CheckLogPage(HWND sheet) {
-  CHECK(IsWindowVisible(sheet));
-  const HWND page = PropSheet_GetCurrentPageHwnd(sheet);
-  std::wstring log(10000, L'\0');
-  log.resize(GetDlgItemTextW(page, IDC_LOG_TEXT, log.data(), 10000));
-  CHECK_MESSAGE(log.ends_with(L"Registered Data Entries Check : End ===========\r\n\r\n"), Utf8(log));
-  CHECK(IsWindowEnabled(GetDlgItem(page, IDC_SAVE_LOG)));
-  CHECK(GetFocus() == GetDlgItem(page, IDC_SAVE_LOG));
-  std::wstring opened = L"nothing";
-  const ImportHook<ShellExecuteW> shell(
-      "ShellExecuteW", [&](auto, auto, auto file, auto...) { return opened = file, HINSTANCE{}; });
-  SendDlgItemMessageW(page, IDC_LOG_FILE, WM_LBUTTONDOWN, 0, 0);
-  CHECK(Utf8(opened) == Utf8(g_strCurrentLogFile));
-  SendDlgItemMessageW(page, IDC_LOG_FILE, WM_SETCURSOR, 0, 0);
-  CHECK(GetCursor() == LoadCursorW(nullptr, IDC_HAND));
-}
-
-void WINAPI HiddenStart(STARTUPINFOW* start) {
-  start->dwFlags = STARTF_USESHOWWINDOW;
-  start->wShowWindow = SW_HIDE;
-}
 
 }  // namespace
 
-TEST_CASE("the log page shows the first check, and a run that ends before it leaves its header in the log") {
-  for (const INT_PTR result : {IDOK, IDCANCEL, -1}) {
-    CAPTURE(result);
+TEST_CASE_FIXTURE(Program, "a screen reader is told the result, and the log page can be used by keyboard") {
+  support::MakeFolder(machine.LogFolder());
+  g_nUpdateCheckCount = 0;
+  std::wstring told, opened;
+  const ImportHook<NotifyWinEvent> notify("NotifyWinEvent", [&](DWORD event, HWND window, auto...) {
+    wchar_t text[100] = L"";
+    GetWindowTextW(window, text, 100);
+    if (event == kLiveRegionChanged) told += text;
+  });
+  const ImportHook<ShellExecuteW> shell(
+      "ShellExecuteW", [&](auto, auto, auto file, auto...) { return opened += file, HINSTANCE{}; });
+  Sheet sheet(run);
+  sheet.steps = {[&] { sheet.ShowPage(Sheet::kLogPage); },
+                 [&] {
+                   std::wstring log(10000, L'\0');
+                   log.resize(GetDlgItemTextW(sheet.Page(), IDC_LOG_TEXT, log.data(), 10000));
+                   CHECK_MESSAGE(log.ends_with(L"Registered Data Entries Check : End ===========\r\n\r\n"),
+                                 Utf8(log));
+                   CHECK(GetFocus() == sheet.Control(IDC_SAVE_LOG));
+                   sheet.Press(VK_TAB, IDC_LOG_TEXT);
+                 },
+                 [&] {
+                   CHECK(GetFocus() == sheet.Control(IDC_SAVE_LOG));
+                   sheet.Press(VK_RETURN, IDC_LOG_FILE);
+                 },
+                 [&] {
+                   CHECK(Utf8(opened) == Utf8(g_strCurrentLogFile));
+                   SendMessageW(sheet.Control(IDC_LOG_FILE), WM_LBUTTONDOWN, 0, 0);
+                   CHECK(Utf8(opened) == Utf8(g_strCurrentLogFile + g_strCurrentLogFile));
+                   SendMessageW(sheet.Control(IDC_LOG_FILE), WM_SETCURSOR, 0, 0);
+                   CHECK(GetCursor() == LoadCursorW(nullptr, IDC_HAND));
+                   sheet.Press(VK_ESCAPE, IDC_LOG_TEXT);
+                 },
+                 [] {}};
+  CHECK(sheet.Run() == IDCANCEL);
+  CHECK(Utf8(told) == Utf8(ui_texts::kNotInstalled));
+  CHECK(sheet.steps.size() == 1);  // Escape was first.
+}
+
+TEST_CASE_FIXTURE(Program, "the texts follow the system's colours and stay readable on them") {
+  constexpr COLORREF kBlack = RGB(0, 0, 0), kWhite = RGB(255, 255, 255), kBlue = RGB(0, 0, 200);
+  constexpr int kElements[] = {COLOR_3DFACE, COLOR_BTNTEXT, COLOR_HOTLIGHT};
+  COLORREF usual[3];
+  std::transform(std::begin(kElements), std::end(kElements), usual, GetSysColor);
+  struct Theme {
+    COLORREF colors[3];  ///< of the background, buttons and links
+    COLORREF message, link;
+  };
+  Sheet sheet(run);
+  const auto look = [&] {
+    for (const Theme& theme :
+         {Theme{{kWhite, kBlack, kBlue}, kBlack, kBlue}, Theme{{kBlack, kWhite, kBlue}, kWhite, kWhite},
+          Theme{{kBlack, kWhite, kWhite - 1}, kWhite, kWhite - 1}}) {
+      SetSysColors(3, kElements, theme.colors);
+      sheet.ShowPage(Sheet::kPatchUpdatePage);
+      CHECK(sheet.Colors(IDC_MESSAGE) == std::pair(theme.colors[0], theme.message));
+      sheet.ShowPage(Sheet::kLogPage);
+      CHECK(sheet.Colors(IDC_LOG_FILE) == std::pair(theme.colors[0], theme.link));
+    }
+    SetSysColors(3, kElements, usual);
+    sheet.EndDialog(IDOK);
+  };
+  sheet.steps = {look};
+  CHECK(sheet.Run() == IDOK);
+}
+
+TEST_CASE("a run whose sheet ends before its check, or cannot be shown, leaves its header in the log") {
+  for (const char* failing : {"", "PropertySheetW", "SetWindowSubclass"}) {
+    CAPTURE(failing);
     Program program;
     support::MakeFolder(program.machine.LogFolder());
-    program.app.UseCommonControls(0xFF);
-    DWORD classes = 0, apartments = 0;
-    const ImportHook<InitCommonControlsEx> controls("InitCommonControlsEx", [&](const auto* asked) {
-      classes += asked->dwICC;
-      return controls.original(asked);
-    });
-    const ImportHook<CoInitializeEx> com("CoInitializeEx", [&](auto... all) {
-      ++apartments;
-      return com.original(all...);
-    });
     g_nUpdateCheckCount = 0;
     Sheet sheet(program.run);
-    const auto show_log = [&] { SendMessageW(sheet.Handle(), PSM_SETCURSEL, Sheet::kLogPage, 0); };
-    const auto look = [&] { CheckLogPage(sheet.Handle()), sheet.EndDialog(IDOK); };
-    if (result == IDOK) sheet.steps = {show_log, look};
     std::optional<ImportHook<PropertySheetW>> refused;
-    if (result == -1) refused.emplace("PropertySheetW", 0u, -1);
-    CHECK(sheet.Run() == result);
-    CHECK(sheet.destroyed == (result != -1));
-    CHECK((classes == 0xFF && apartments == 1));
+    std::optional<ImportHook<SetWindowSubclass>> unattached;
+    if (failing == std::string("PropertySheetW")) refused.emplace(failing, 0u, -1);
+    if (failing == std::string("SetWindowSubclass")) unattached.emplace(failing, 0u, FALSE);
+    CHECK(sheet.Run() == (*failing == '\0' ? IDOK : -1));
+    CHECK(sheet.Handle() == nullptr);
     const std::string log = support::ReadBytes(g_strCurrentLogFile).value_or("");
-    CHECK_MESSAGE(std::count(log.begin(), log.end(), '\n') == (result == IDOK ? 10 : 6), log);
-    CHECK(log.find("Invoke Mode: Regular.") != log.npos);
+    CHECK_MESSAGE(log.ends_with("Invoke Mode: Regular.\r\n"), log);
   }
 }
 
-TEST_CASE_FIXTURE(Program, "a program that was started hidden shows its first message box") {
-  void** const slot = support::FindImport("GetStartupInfoW");
-  void* const original = support::ExchangeImport(slot, reinterpret_cast<void*>(&HiddenStart));
-  // Windows hides the window of the first call, and the call for a message box is its own.
-  int calls = 0;
-  const ImportHook<ShowWindow> show("ShowWindow", [&](auto...) { return ++calls, FALSE; });
-  const ImportHook<MessageBoxW> box("MessageBoxW", [&](auto...) { return calls; });
-  CHECK(ShowMessage(L"first") == 1);
-  CHECK(ShowMessage(L"second") == 1);
-  support::ExchangeImport(slot, original);
+TEST_CASE("a program that was started hidden or minimised shows its first message box") {
+  for (const int command : {SW_HIDE, SW_MINIMIZE, SW_SHOWMINIMIZED, SW_SHOWMINNOACTIVE, SW_FORCEMINIMIZE}) {
+    CAPTURE(command);
+    const Program program;
+    const ImportHook<GetStartupInfoW> start("GetStartupInfoW", [&](STARTUPINFOW* info) {
+      info->dwFlags = STARTF_USESHOWWINDOW;
+      info->wShowWindow = static_cast<WORD>(command);
+    });
+    // Windows hides the window of the first call, and the call for a message box is its own.
+    int calls = 0;
+    const ImportHook<ShowWindow> show("ShowWindow", [&](auto...) { return ++calls, FALSE; });
+    const ImportHook<MessageBoxW> box("MessageBoxW", [&](auto...) { return calls; });
+    CHECK(ShowMessage(L"first") == 1);
+    CHECK(ShowMessage(L"second") == 1);
+  }
 }
 
-TEST_CASE_FIXTURE(Program,
-                  "patch verification writes its log and launches without a question, also when no processes "
-                  "can be listed") {
+TEST_CASE_FIXTURE(
+    Program,
+    "after a start-up check the sheet writes its log and launches without a question, also when no processes "
+    "can be listed") {
   bool listed = false;
   SUBCASE("listed") {
     listed = true;
@@ -167,9 +223,10 @@ TEST_CASE_FIXTURE(Program,
   });
   const ImportHook<MessageBoxW> box("MessageBoxW", 0u, IDNO);
   const ImportHook<ShellExecuteW> shell("ShellExecuteW",
-                                        [&](auto, auto, auto file, auto parameters, auto folder, auto) {
+                                        [&](auto, auto, auto file, auto parameters, auto folder, auto show) {
                                           CHECK_FALSE(support::FileNames(machine.LogFolder()).empty());
                                           done += std::wstring(file) + L" " + parameters + L" in " + folder;
+                                          done += show == SW_HIDE ? L", hidden" : L", on the screen";
                                           return HINSTANCE{};
                                         });
   run.LaunchedFromPatchCheck = true;
@@ -182,7 +239,7 @@ TEST_CASE_FIXTURE(Program,
     PostMessageW(PropSheet_GetCurrentPageHwnd(sheet.Handle()), WM_COMMAND, IDC_INSTALL, 0);
   }};
   CHECK(sheet.Run() == IDOK);
-  const std::wstring launched = L"cmd.exe /c \"Qrt.exe /update\" in " + machine.ProductFolder();
+  const std::wstring launched = L"cmd.exe /c \"Qrt.exe /update\" in " + machine.ProductFolder() + L", hidden";
   CHECK(Utf8(done) == Utf8((listed ? L"ended, " : L"") + launched));
   CHECK(open.empty());
 }
