@@ -120,6 +120,11 @@ struct Session {
     requests = server.Requests().size();
   }
   void Ended() { CHECK(run->End() == "exit code 0"); }
+  /// Another program cancels the sheet by a message that it sends, as no user can.
+  void Cancelled() {
+    Ask(run->Sheet(), PSM_PRESSBUTTON, PSBTN_CANCEL);
+    Ended();
+  }
   void Click(int id) { PostMessageW(Control(id), BM_CLICK, 0, 0); }
   /// As a click, whether or not the control is enabled.
   void Command(int id) { Ask(GetParent(Control(id)), WM_COMMAND, MAKEWPARAM(id, BN_CLICKED)); }
@@ -208,7 +213,10 @@ TEST_CASE_FIXTURE(
     Ended();
   }
   CHECK(machine.Log().empty());
-  for (const wchar_t* arguments : {L"22", L"--2"}) Start(arguments);
+  for (const wchar_t* arguments : {L"22", L"--2"}) {
+    Start(arguments);
+    Cancelled();
+  }
 }
 
 TEST_CASE_FIXTURE(Session,
@@ -314,9 +322,7 @@ TEST_CASE_FIXTURE(Session,
   const std::wstring no_path = std::wstring(ui_texts::kPathNotFound) + L"\n\n";
   Close(Box(no_path), IDOK);
   Logged("End ============\n\n" + Utf8(ui_texts::kPathNotFound) + "\n\n");
-  // Sent by another program, for example at a forced end.
-  Ask(run->Sheet(), WM_COMMAND, IDCANCEL);
-  Ended();
+  Cancelled();
   LogFile("The patch application path not found.");
   const std::wstring gone = machine.ProductFolder() + L"\\Gone.exe";
   Fact(L"DisplayIcon", gone.c_str());
