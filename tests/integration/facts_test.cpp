@@ -37,7 +37,7 @@ struct Reader {
   const Texts& texts;
   std::wstring Data::*field = nullptr;
 };
-const Reader kReaders[] = {
+const Reader kFunctions[] = {
     {.read = &Data::ReadTagOne, .texts = kTagOne, .field = &Data::TagOne},
     {.read = &Data::ReadTagTwo, .texts = kTagTwo, .field = &Data::TagTwo},
     {.read = &Data::ReadTagThree, .texts = kTagThree, .field = &Data::TagThree},
@@ -140,7 +140,7 @@ void RunCase(const Reader& reader, const Case& row, bool mode_one) {
 }  // namespace
 
 TEST_CASE("registered data: each reader reads its key or the alternative one, and logs the result") {
-  for (const Reader& reader : kReaders) {
+  for (const Reader& reader : kFunctions) {
     for (const Case& row : kCases) {
       for (const bool mode_one : {true, false}) {
         INFO(Utf8(reader.texts.value), " case ", &row - kCases, mode_one ? " mode one" : " mode two");
