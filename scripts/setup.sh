@@ -100,7 +100,6 @@ refuse_older_packages() {
 
 # Debian's own mirror as this machine's sources name it, and the name they give the release.
 debian_mirror() {
-  # shellcheck disable=SC2016
   apt-get indextargets --format '$(REPO_URI) $(RELEASE)' 'Origin: Debian' 2>/dev/null |
     awk -v name="$1" '$2 == name || $2 ~ /^(old)?stable$/ { print; exit }'
 }
@@ -129,7 +128,6 @@ install_from_release_alone() {
 
 install_packages() {
   local hook unknown ID='' PRETTY_NAME='this system' VERSION_CODENAME=''
-  # shellcheck source=/dev/null
   . /etc/os-release
   command -v apt-get >/dev/null ||
     die "$PRETTY_NAME has no apt: go on in Debian 12 or 13 (docker run -it -v \"\$PWD:/app\" -w /app debian:12), or" \
