@@ -28,7 +28,8 @@ void CStatic::Announce() {
   // Narrator reads only an element with a live setting; other screen readers need the event alone.
   void* created = nullptr;
   if (SUCCEEDED(CreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER, IID_IAccPropServices,
-                               &created))) {
+                               &created)) &&
+      created != nullptr) {
     auto* services = static_cast<IAccPropServices*>(created);
     VARIANT setting = {};
     setting.vt = VT_I4;
