@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kBeginning = R"md(# The log, text by text
 
-This file is generated from the table in `logcheck/`: change that, then run `./dev log-guide`.
+<!-- Generated from the table in logcheck/: change that, then run ./dev log-guide. -->
 
 Every run that makes a check adds to the newest file `QRT_15_SystemTavrel_….log` in
 `C:\ProgramData\Varnexa\QRT15`. A file holds many runs, of all users of the computer. An entry is a line; an entry of
