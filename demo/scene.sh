@@ -18,16 +18,13 @@ scene=$1 mode=$2 seconds=$3 output=$4 build=$5
 # Everything that a scene can set, with the defaults.
 product=15.0.2.5                 # file version of the installed product; empty: it is not installed
 list=updates.ini                 # update information file on the server; empty: there is none
-answer=                          # nginx directive that answers the request instead
 rate=0                           # bytes a second, 0: no limit
 server=up                        # up or down
 server_address=127.0.0.1         # of the update host; empty: its name is unknown
 update_host=updates.varnexa.example
-update_url=                      # UPDATE_LOC_URL; empty: left out
 check_updates=TRUE
 ignore_error=FALSE
 seed=yes                         # korsa.ini is beside the program
-record=                          # text of the record of processed packs; empty: there is none
 left_out=                        # value that the product's uninstall entry lacks
 wow_key=no                       # an empty SOFTWARE\Wow6432Node in a 32-bit prefix
 . "$repo/demo/scenes/$scene"
@@ -55,12 +52,10 @@ place_files() {
   if [[ $seed == yes ]]; then
     {
       printf '[KORSA_URL]\r\nCHECKUPDATES=%s\r\n' "$check_updates"
-      if [[ -n $update_url ]]; then printf 'UPDATE_LOC_URL=%s\r\n' "$update_url"; fi
       printf 'UPDATE_LOC=%s\r\nIGNORE_PATCH_ERROR=%s\r\nTIMEOUT=30\r\n' "$update_host" "$ignore_error"
     } >"$folder/korsa.ini"
   fi
   if [[ -n $product ]]; then cp "$build/demo/standin/$product/$TAVREL_IMAGE" "$folder/"; fi
-  if [[ -n $record ]]; then printf '%s' "$record" >"$folder/installedupdates.dat"; fi
   if [[ -n $list ]]; then cp "$repo/demo/$list" "$work/www/qrt15/updates.ini"; fi
 }
 
@@ -101,7 +96,7 @@ start_server() {
   } >"$TAVREL_HOSTS"
   : >"$work/requests.log"
   [[ $server == up ]] || return 0
-  sed -e "s|@WORK@|$work|; s|@RATE@|$rate|; s|@ANSWER@|$answer|" "$repo/demo/nginx.conf" >"$work/nginx.conf"
+  sed -e "s|@WORK@|$work|; s|@RATE@|$rate|" "$repo/demo/nginx.conf" >"$work/nginx.conf"
   local as_root=()
   # Otherwise nginx changes the owner of its files, which root of a container may not do.
   if ((EUID == 0)); then as_root=(-g 'user root root;'); fi
@@ -165,7 +160,6 @@ collect_results() {
   # The stand-in product writes this file when the utility starts it.
   file=$folder/qrt-arguments.txt
   if [[ -e $file ]]; then cp "$file" "$output/started.txt"; fi
-  if [[ -e $folder/installedupdates.dat ]]; then cp "$folder/installedupdates.dat" "$output/"; fi
 }
 
 clean_up() {
