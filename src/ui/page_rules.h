@@ -13,10 +13,10 @@ struct PageResults {
   // The interactive check.
   bool sheet_updates_available = false;
   bool sheet_check_failed = false;
-  std::wstring sheet_error_text;
+  std::wstring sheet_error_text = {};
   // The start-up checks: the last one's failure, and whether any of them found updates.
   bool last_check_failed = false;
-  std::wstring last_check_error;
+  std::wstring last_check_error = {};
   bool last_updates_found = false;
 };
 

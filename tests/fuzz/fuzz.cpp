@@ -147,7 +147,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
   const char* folder = std::getenv("TAVREL_SEEDS");
   if (folder == nullptr) return 0;
   for (const char* table : {"unit/rows.txt", "unit/section_names.txt"}) {
-    for (const Row& row : ReadTable(table, 2, 3)) {
+    for (const Row& row : ReadTable(table, 2, 2)) {
       for (char parser = 0; parser < static_cast<char>(std::size(kParsers)); ++parser)
         WriteSeed(folder, parser, Bytes(row[0]));
     }
