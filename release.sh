@@ -14,7 +14,6 @@
 # packaging/sign.sh. Without it the output, the notes and SHA256SUMS say UNSIGNED. The builds are compared before they
 # are signed, so everyone can build the commit and compare too.
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/scripts/lib.sh"
 
 draft=

@@ -3,7 +3,6 @@
 #   packaging/bill-of-materials.sh MAKER VERSION COMMIT SECONDS FILE…
 # MAKER supplies the files. SECONDS is the commit's time since 1970. A FILE in linux/ is a program for Linux.
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 5 "$@"
 maker=$1 version=$2 commit=$3 seconds=$4

@@ -2,7 +2,6 @@
 # Puts the guides as HTML into the folder of a release: packaging/guides.sh FOLDER
 # Fails when a link in them leads to no file or heading there, or a page names a file that no reader of a release has.
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 1 "$@"
 folder=$(realpath -- "$1")

@@ -3,7 +3,6 @@
 # no terminal server compatibility layer (0x8000), subsystem version 6.1, and relocations, without which Windows cannot
 # randomise addresses. NSIS makes installers without relocations: *-setup.exe needs none.   packaging/hardened.sh FILE…
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 1 "$@"
 for file; do

@@ -3,7 +3,6 @@
 # BUILD-TREE is one of the preset release; PROGRAM takes the place of the program in it (a signed one).
 # If TAVREL_SIGN is set, it is the command that signs the uninstaller; the file's path is appended to it.
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 1 "$@"
 

@@ -2,7 +2,6 @@
 # Prints the notices for the third-party code in the released programs, the copyright files of the Debian packages from
 # which that code comes: packaging/notices.sh BILL-OF-MATERIALS
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 1 "$@"
 cat <<'EOT'

@@ -7,14 +7,12 @@
 #   CHANGES  file with the changes of this version, as Markdown, for the notes
 # SOURCE_DATE_EPOCH is the time of all files, in seconds since 1970. packaging/sign.sh describes the variables for signing.
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 4 "$@"
 packaging=$repo/packaging build=$(realpath -- "$1") dist=$(realpath -m -- "$2") commit=$3 changes=$(<"$4")
 # The modes of files are part of the zip.
 umask 022
 export TZ=UTC LC_ALL=C.UTF-8
-# shellcheck source=/dev/null
 . "$build/release/generated/product.sh"
 version=$(sed -n 's/^#define TAVREL_VERSION "\(.*\)"$/\1/p' "$build/release/generated/version.h")
 name=QRTTavrelUtility-$version

@@ -9,7 +9,6 @@
 #                              signature as soon as the certificate has expired
 # A token needs OpenSSL's engine pkcs11 (Debian: libengine-pkcs11-openssl).
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 1 "$@"
 [[ -n ${TAVREL_SIGN_CERTIFICATE-} ]] || die "TAVREL_SIGN_CERTIFICATE names no certificate"

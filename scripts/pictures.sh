@@ -1,21 +1,14 @@
 #!/bin/bash
-# Takes the pictures in docs/pictures: see the usage text below.
+# Usage: scripts/pictures.sh [--dpi N] [--contrast] [--only NAME] [FOLDER]
+#
+# Builds the utility, runs the demo's scenes on a virtual display and leaves a picture of each state of its
+# window in FOLDER (default: docs/pictures).
+#
+#   --dpi N      on a display of N dots per inch (96 to 384; default: 96)
+#   --contrast   with high-contrast colours and without a visual style
+#   --only NAME  only the picture of this name
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
-
-usage() {
-  cat <<'EOT'
-Usage: scripts/pictures.sh [--dpi N] [--contrast] [--only NAME] [FOLDER]
-
-Builds the utility, runs the demo's scenes on a virtual display and leaves a picture of each state of its
-window in FOLDER (default: docs/pictures).
-
-  --dpi N      on a display of N dots per inch (96 to 384; default: 96)
-  --contrast   with high-contrast colours and without a visual style
-  --only NAME  only the picture of this name
-EOT
-}
 
 arguments=("$@")
 dpi=96
@@ -76,7 +69,7 @@ set_up_display() {
   done
 }
 
-window_is_open() { xdotool search --onlyvisible --name 'Varnexa 15.0 Tavrel Utility' >/dev/null 2>&1; }
+window_is_open() { xdotool search --onlyvisible --name "$TAVREL_TITLE" >/dev/null 2>&1; }
 
 # Runs in the background of the scene: waits for the window, then presses the keys one after the other.
 press_keys() {
@@ -109,6 +102,7 @@ if [[ -z ${TAVREL_SANDBOX-} ]]; then
   say "Pictures are in $folder"
   exit
 fi
+. "$build_root/release/generated/product.sh"
 set_up_display >/dev/null
 while IFS='|' read -r name scene mode seconds keys; do
   name=${name// /}

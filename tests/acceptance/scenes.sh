@@ -2,7 +2,6 @@
 # Runs the demo's scenes as start-up checks with nginx and looks at what they leave.
 #   scenes.sh ARCH BUILD [SCENE]…
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
 check_usage 2 "$@"
 

@@ -2,7 +2,6 @@
 # Installs, upgrades, moves and removes the utility under Wine, step by step in one prefix: installer.sh ARCH BUILD-TREE
 # shellcheck disable=SC2317  # check() calls the functions
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
 check_usage 2 "$@"
 

@@ -1,7 +1,6 @@
 #!/bin/bash
 # Signing, and the refusals that keep a wrong release from going out: release.sh BUILD-TREE
 set -euo pipefail
-# shellcheck source=scripts/lib.sh
 . "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
 check_usage 1 "$@"
 program=$1/QRTTavrelUtility.exe work=$(mktemp -d) failed=0
