@@ -53,14 +53,11 @@ files() {
 
 # The document's number is derived from the commit, so that it can be reproduced.
 jq -n --arg maker "$maker" --arg version "$version" --arg commit "$commit" --arg time "$(date -u -d "@$seconds" +%FT%TZ)" \
-  --arg number "${commit:0:8}-${commit:8:4}-5${commit:13:3}-8${commit:17:3}-${commit:20:12}" --arg jq "$(version_of jq)" \
+  --arg number "${commit:0:8}-${commit:8:4}-5${commit:13:3}-8${commit:17:3}-${commit:20:12}" \
   --slurpfile libraries <(libraries) --slurpfile files <(files "$@") '{
   bomFormat: "CycloneDX", specVersion: "1.5", serialNumber: "urn:uuid:\($number)", version: 1,
   metadata: {
     timestamp: $time,
-    tools: {components: [
-      {type: "application", supplier: {name: $maker}, name: "bill-of-materials.sh", version: $version},
-      {type: "application", supplier: {name: "Debian"}, name: "jq", version: $jq}]},
     component: {
       type: "application", "bom-ref": "release", name: "QRTTavrelUtility", version: $version,
       supplier: {name: $maker}, properties: [{name: "commit", value: $commit}]},

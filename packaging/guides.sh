@@ -11,9 +11,9 @@ cp --parents docs/pictures/*.png "$folder/"
 for guide in "${guides[@]}"; do
   page=${guide#packaging/} page=${page%.md}.html home=index.html
   if [[ $page == docs/* ]]; then home=../index.html; fi
-  # Without the column that names tests.
+  # Without the column that names tests, and without links to pages about the source.
   awk -F '|' -v OFS='|' '/\| test \|$/ { cut = 1 } !/^\|/ { cut = 0 } cut { NF--; $NF = "" } { print }' "$guide" |
-    sed -E -e '/^<!--.*-->$/d' -e 's/(\]\([^:)]*)\.md/\1.html/g' |
+    sed -E -e '/^<!--.*-->$/d' -e 's/\[([^]]*)\]\([^)]*(architecture|performance|reliability)\.md[^)]*\)/\1/g' -e 's/(\]\([^:)]*)\.md/\1.html/g' |
     pandoc --from gfm --to html5 --standalone --wrap preserve --variable maxwidth=60em \
       --metadata "pagetitle=$(sed -n '1s/^# //p' "$guide")" \
       --include-before-body <(if [[ $page != index.html ]]; then printf '<p><a href="%s">All pages</a></p>\n' "$home"; fi) \

@@ -10,12 +10,9 @@ for file; do
   field() { sed -n "s/^$1\\s*\\([0-9a-f]*\\)\$/\\1/p" <<<"$headers"; }
   flags=$(field DllCharacteristics)
   version=$(field MajorSubsystemVersion).$(field MinorSubsystemVersion)
-  if (((0x${flags:-0} & 0x8140) != 0x8140)) || [[ $version != 6.1 ]]; then
-    echo "$file: characteristics 0x${flags:-0}, subsystem $version; wanted 0x8140, 6.1" >&2
-    exit 1
-  fi
-  if [[ $headers == *'relocations stripped'* && $file != *-setup.exe ]]; then
-    echo "$file: has no relocations" >&2
+  if [[ $headers != *'relocations stripped'* || $file == *-setup.exe ]]; then relocations=yes; else relocations=no; fi
+  if (((0x${flags:-0} & 0x8140) != 0x8140)) || [[ $version/$relocations != 6.1/yes ]]; then
+    echo "$file: flags 0x${flags:-0}, subsystem $version, relocations: $relocations; wanted 0x8140, 6.1, yes" >&2
     exit 1
   fi
 done

