@@ -22,8 +22,8 @@ if [[ $version == *-DRAFT ]]; then draft=-DRAFT; fi
 # trial/ is for the guide docs/windows.md: a stand-in of the product, and a list for the server.
 programs=(QRTTavrelUtility.exe packcheck.exe logcheck.exe trial/Qrt.exe)
 mkdir -p "$content/linux" "$content/trial/qrt15"
-cp "$build"/release/{QRTTavrelUtility,packcheck,logcheck}.exe "$build/release/korsa.ini" \
-  "$build/release/generated/deploy.ps1" "$content/"
+cp "$build"/release/{QRTTavrelUtility,packcheck,logcheck}.exe "$build/release/korsa.ini" "$content/"
+sed 's/$/\r/' "$build/release/generated/deploy.ps1" >"$content/deploy.ps1"
 cp "$build"/host/{packcheck,logcheck} "$content/linux/"
 cp "$build/release/demo/standin/15.0.2.5/Qrt.exe" "$content/trial/"
 cp "$repo/demo/updates.ini" "$content/trial/qrt15/"
@@ -32,7 +32,12 @@ signature='UNSIGNED: neither the programs nor the installer carry a signature.'
 if [[ -n ${TAVREL_SIGN_CERTIFICATE-} ]]; then
   say "Signing"
   signature='The programs, the uninstaller and the installer are signed.'
-  "$packaging/sign.sh" "${programs[@]/#/$content/}"
+  files=("${programs[@]}" deploy.ps1)
+  if dpkg --compare-versions "$(dpkg-query --show --showformat '${Version}' osslsigncode)" lt 2.9; then
+    unset 'files[-1]'
+    signature+=' deploy.ps1 is not, because osslsigncode before 2.9 cannot sign scripts.'
+  fi
+  "$packaging/sign.sh" "${files[@]/#/$content/}"
   TAVREL_SIGN=$packaging/sign.sh "$packaging/installer.sh" "$build/release" "$content/QRTTavrelUtility.exe" >&2
 fi
 cp "$build/release/$name-setup.exe" "$setup"
