@@ -2,8 +2,7 @@
 
 #include "product/identity.h"
 #include "text/text.h"
-#include "update/decision.h"
-#include "update/record_text.h"
+#include "update/check_rules.h"
 #include "update/section_names.h"
 #include "update/update_texts.h"
 
@@ -37,6 +36,7 @@ Client AskClient(const Published& published, const Version& product) {
   const CheckFacts facts = {.sections = published.sections,
                             .latest = published.newest,
                             .record = published.record,
+                            .record_version = ParseRecordVersion(published.record.value_or(L"")).value_or(0),
                             .product_version = text::FoldVersion(first, second, third, fourth),
                             .product_level = level,
                             .product_build = build};

@@ -12,7 +12,7 @@
 #include "console/text.h"
 #include "packcheck/output.h"
 #include "packcheck/report.h"
-#include "update/record_text.h"
+#include "update/check_rules.h"
 #include "update/section_names.h"
 
 namespace {

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "update/pack_list.h"
+#include "update/check_rules.h"
 
 /// The report on a list of updates for its publisher. The clients' own function computes their answers
-/// (update/decision.h). Names are as ReadSectionNames returns them.
+/// (update/check_rules.h). Names are as ReadSectionNames returns them.
 namespace packcheck {
 
 /// The file version of a client, that is of its product's executable.

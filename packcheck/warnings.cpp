@@ -5,7 +5,7 @@
 #include "packcheck/clients.h"
 #include "product/identity.h"
 #include "text/text.h"
-#include "update/record_text.h"
+#include "update/check_rules.h"
 #include "update/section_names.h"
 
 namespace packcheck {

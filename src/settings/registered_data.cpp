@@ -12,9 +12,29 @@
 
 namespace {
 
-constexpr wchar_t kModeTestKey[] = L"SOFTWARE\\Wow6432Node";
+constexpr wchar_t kModeOneRoot[] = L"SOFTWARE\\Wow6432Node";
+
+std::wstring KeyPath(bool mode_one, const wchar_t* below_root, std::wstring_view name) {
+  return std::wstring(mode_one ? kModeOneRoot : L"SOFTWARE").append(below_root).append(name);
+}
+
+std::wstring MakerKey(bool mode_one) {
+  return KeyPath(mode_one, L"\\" TAVREL_MAKER "\\" TAVREL_PRODUCT "\\", identity::kProductVersion);
+}
+
+std::wstring UninstallKey(bool mode_one) {
+  return KeyPath(mode_one, L"\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\", identity::kProductLabel);
+}
 
 }  // namespace
+
+void KeptFacts::BuildMakerKeyPath() {
+  MakerKeyPath = MakerKey(RegistryModeOne);
+}
+
+void KeptFacts::BuildUninstallKeyPath() {
+  UninstallKeyPath = UninstallKey(RegistryModeOne);
+}
 
 void RegisteredDataEntries::Report(std::wstring_view text, std::int32_t code) {
   if (text.empty()) return;
@@ -30,7 +50,7 @@ void RegisteredDataEntries::SetMode(bool mode_one) {
 
 bool RegisteredDataEntries::IdentifyRegistryMode() {
   LSTATUS error = ERROR_SUCCESS;
-  const platform::UniqueRegistryKey key = platform::OpenMachineKey(kModeTestKey, error);
+  const platform::UniqueRegistryKey key = platform::OpenMachineKey(kModeOneRoot, error);
   if (key) {
     log_.Append(registered_texts::kModeOne);
   } else if (error == ERROR_FILE_NOT_FOUND) {
@@ -100,8 +120,8 @@ RegisteredDataEntries::Reading RegisteredDataEntries::ReadFirst(const Registered
 
 void RegisteredDataEntries::ReadAlternative(const RegisteredReader& reader, std::wstring& field) {
   LSTATUS error = ERROR_SUCCESS;
-  const platform::UniqueRegistryKey key = platform::OpenMachineKey(
-      reader.maker_key ? RegistryFacts::MakerKey(false) : RegistryFacts::UninstallKey(false), error);
+  const platform::UniqueRegistryKey key =
+      platform::OpenMachineKey(reader.maker_key ? MakerKey(false) : UninstallKey(false), error);
   if (!key) {
     Report(reader.alternative_open_failed, error);
     return;

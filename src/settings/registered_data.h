@@ -7,16 +7,30 @@
 
 #include "log/log_sink.h"
 #include "platform/version_resource.h"
-#include "settings/run_state.h"
 
 struct RegisteredReader;
+
+/// What one check keeps for the next: the registry keys, the last good values of two facts, and whether the
+/// update location is a complete address.
+struct KeptFacts {
+  std::wstring InstallPath;      ///< value "Installpath" of the maker key
+  std::wstring IconPath;         ///< copy of the uninstall entry's "DisplayIcon"
+  bool RegistryModeOne = false;  ///< true: the keys are below "SOFTWARE\Wow6432Node\"
+  std::wstring MakerKeyPath;     ///< below HKEY_LOCAL_MACHINE, as the next one
+  std::wstring UninstallKeyPath;
+  bool UpdateLocUrlMode = false;  ///< the update location came from "UPDATE_LOC_URL"
+
+  /// Each rebuilds its path from `RegistryModeOne`. Callers call both, the maker key's first.
+  void BuildMakerKeyPath();
+  void BuildUninstallKeyPath();
+};
 
 /// The facts that the product's installer recorded, read by one check. The functions that read the registry
 /// log to the sink of the constructor, failures with their code; ReadInstallPath logs nothing. A value that
 /// is empty or cannot be read leaves its field unchanged.
 class RegisteredDataEntries {
  public:
-  RegisteredDataEntries(RegistryFacts& facts, LogSink& log) : facts_(facts), log_(log) {}
+  RegisteredDataEntries(KeptFacts& facts, LogSink& log) : facts_(facts), log_(log) {}
 
   std::wstring TagOne;              ///< "DisplayVersion"
   std::wstring TagTwo;              ///< "DisplayIcon": full path of the product executable
@@ -30,25 +44,27 @@ class RegisteredDataEntries {
   /// Decides which registry layout the product's keys have and rebuilds both key paths. Returns the new
   /// `RegistryModeOne`.
   bool IdentifyRegistryMode();
-  /// In mode one, ReadTagOne and ReadClientVersion read the key directly under "SOFTWARE\" when the first key
-  /// or its value does not exist (error 2). If that succeeds, the rest of the check uses the keys there.
+  /// In mode one, if key or value does not exist (error 2), these two try the same key without "Wow6432Node".
+  /// If it is there, mode two holds for the rest of the check.
   void ReadTagOne();
   void ReadClientVersion();
   /// Also copies the value into `IconPath`.
   void ReadTagTwo();
   void ReadTagThree();
-  /// ReadInstallPath is for the check at start-up and logs nothing. ReadInstallPathLogged is for the
-  /// interactive check and logs its failures.
+  /// The first, for the start-up check, logs nothing; the second, for the interactive check, its failures.
   void ReadInstallPath();
   void ReadInstallPathLogged();
   std::wstring GetInstallPath() const { return facts_.InstallPath; }
-  const RegistryFacts& Facts() const { return facts_; }
 
   /// Both read the version of "Qrt.exe", or else "qrt.exe", in the install path, and log nothing. Without the
   /// file or its version resource the fields keep their values. ReadProductVersionNumber sets the last three
   /// fields, and does not open the file again when ReadProductFileVersion has read it.
   void ReadProductFileVersion();
   void ReadProductVersionNumber();
+
+ protected:
+  KeptFacts& facts_;
+  LogSink& log_;
 
  private:
   enum class Reading { done, missing, failed };
@@ -63,7 +79,5 @@ class RegisteredDataEntries {
   std::wstring FindProductExecutable() const;
   std::optional<platform::FileVersion> ReadExecutableVersion() const;
 
-  RegistryFacts& facts_;
-  LogSink& log_;
   std::optional<platform::FileVersion> executable_version_;  ///< nothing until it has been read
 };

@@ -1,3 +1,5 @@
+#include "settings/server_settings.h"
+
 #include <windows.h>
 
 #include "log/log_texts.h"
@@ -7,7 +9,6 @@
 #include "platform/system_text.h"
 #include "product/identity.h"
 #include "settings/option.h"
-#include "settings/run_state.h"
 #include "settings/settings_texts.h"
 #include "text/text.h"
 
@@ -41,7 +42,22 @@ std::wstring SeedFile() {
 
 }  // namespace
 
-bool RunState::PrepareServerSettings() {
+std::wstring GetProfileSettingsFolder() {
+  return platform::AppendPath(platform::DocumentsFolder(), std::wstring(identity::kSettingsFolder));
+}
+
+void ServerSettings::LogAndNote(std::wstring_view text) {
+  AppendLogLine(text);
+  AppendNote(text);
+}
+
+void ServerSettings::ResolveSettingsFile() {
+  const std::wstring folder = settings_folder_.empty() ? GetProfileSettingsFolder() : settings_folder_;
+  if (folder.empty() || !platform::DirectoryExists(folder)) return;
+  SettingsFilePath = folder + std::wstring(identity::kSettingsFile);
+}
+
+bool ServerSettings::PrepareServerSettings() {
   settings_folder_ = GetProfileSettingsFolder();
   const std::wstring& folder = settings_folder_;
   if (folder.empty()) {
@@ -68,7 +84,7 @@ bool RunState::PrepareServerSettings() {
   return check != OptionText::no;
 }
 
-bool RunState::CopyServerSettingsFromInstallFolder(const std::wstring& destination) {
+bool ServerSettings::CopyServerSettingsFromInstallFolder(const std::wstring& destination) {
   const std::wstring source = SeedFile();
   std::wstring_view failure = settings_texts::kSourceNotFound;
   if (platform::FileExists(source)) {

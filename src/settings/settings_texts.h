@@ -21,6 +21,5 @@ inline constexpr wchar_t kIgnorePatchErrorKey[] = L"IGNORE_PATCH_ERROR";
 inline constexpr wchar_t kTimeoutKey[] = L"TIMEOUT";
 inline constexpr wchar_t kTrue[] = L"TRUE";
 inline constexpr wchar_t kFalse[] = L"FALSE";
-inline constexpr std::wstring_view kDefaultTimeout = L"60";
 
 }  // namespace settings_texts

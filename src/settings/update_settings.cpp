@@ -21,7 +21,7 @@ void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool&
     UpdateLocation = identity::kDefaultUpdateHost;
     IgnorePatchError = false;
     update_loc_url_mode = false;
-    TimeoutMs = text::SecondsToMilliseconds(text::ParseDecimal(settings_texts::kDefaultTimeout));
+    TimeoutMs = kDefaultTimeoutMs;
     return;
   }
 
@@ -45,7 +45,6 @@ void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool&
   IgnorePatchError = ignore == OptionText::yes;
 
   const std::wstring timeout_value = Read(settings_file, settings_texts::kTimeoutKey);
-  std::wstring_view timeout = text::Trim(timeout_value);
-  if (timeout.empty()) timeout = settings_texts::kDefaultTimeout;
-  TimeoutMs = text::SecondsToMilliseconds(text::ParseDecimal(timeout));
+  const std::wstring_view timeout = text::Trim(timeout_value);
+  TimeoutMs = timeout.empty() ? kDefaultTimeoutMs : text::SecondsToMilliseconds(text::ParseDecimal(timeout));
 }

@@ -8,12 +8,17 @@ inline constexpr wchar_t kSettingsSection[] = L"KORSA_URL";
 /// Capacity, in characters, of the buffer that a settings value is read into.
 inline constexpr unsigned kSettingsValueCapacity = 512;
 
+/// The value of "TIMEOUT" if the settings have none.
+inline constexpr std::int32_t kDefaultTimeoutSeconds = 60;
+inline constexpr std::int32_t kDefaultTimeoutMs = kDefaultTimeoutSeconds * 1000;
+
 /// The settings that one check reads from korsa.ini.
 struct UpdateSettings {
   std::wstring UpdateLocation;    ///< host name, or a complete address when it came from "UPDATE_LOC_URL"
   bool UpdateLocationSet = true;  ///< true after every reading
   bool IgnorePatchError = true;   ///< "IGNORE_PATCH_ERROR" is "TRUE"
-  std::int32_t TimeoutMs = 60;    ///< milliseconds, also zero or negative; replaced by every reading
+  /// In milliseconds, also zero or negative. Every reading replaces the initial value.
+  std::int32_t TimeoutMs = kDefaultTimeoutSeconds;
 
   /// Whether a missing or malformed "IGNORE_PATCH_ERROR" is replaced by "FALSE" in the file.
   enum class WriteBack { defaults, nothing };

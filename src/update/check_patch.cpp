@@ -9,35 +9,44 @@ constexpr CheckVariant kStartUpCheck{
     .agent = update_texts::kAgent,
     .record_found = update_texts::kRecordFound,
     .record_deleted = update_texts::kRecordDeleted,
-    .updates_available_mirror = &g_bUpdatesAvailable,
-    .check_failed_mirror = &g_bCheckFailed,
-    .error_text_mirror = &g_strPatchErrorText,
 };
 
 }  // namespace
 
-void CheckLog::Append(std::wstring_view entry) {
-  log_.AppendLogLine(entry);
-  if (!text_.empty()) text_ += L"\n\n";
-  text_ += entry;
-}
-
-CCheckPatch::CCheckPatch(RunState& run) : run_(run), log_(run), engine_(run, log_, kStartUpCheck) {
+CCheckPatch::CCheckPatch(RunState& run) : UpdateEngine(run, *this, kStartUpCheck), run_(run) {
   const bool first_check = g_nUpdateCheckCount == 0;
-  if (!first_check) log_.Append(update_texts::kRetry);
-  log_.Append(update_texts::kEntriesStart);
+  if (!first_check) Append(update_texts::kRetry);
+  Append(update_texts::kEntriesStart);
   ReadFacts(first_check);
-  log_.Append(update_texts::kEntriesEnd);
-  log_.Append(update_texts::kUpdatesStart);
+  Append(update_texts::kEntriesEnd);
+  Append(update_texts::kUpdatesStart);
   CheckAvailability();
   ++g_nUpdateCheckCount;
-  log_.Append(update_texts::kUpdatesEnd);
-  g_strPatchMessageText = MessageText();
+  Append(update_texts::kUpdatesEnd);
+  g_strPatchMessageText = message_text_;
+}
+
+void CCheckPatch::Append(std::wstring_view entry) {
+  run_.AppendLogLine(entry);
+  if (!message_text_.empty()) message_text_ += L"\n\n";
+  message_text_ += entry;
+}
+
+void CCheckPatch::SetErrorText(std::wstring_view text) {
+  UpdateEngine::SetErrorText(text);
+  g_strPatchErrorText = m_strErrorText;
+}
+
+void CCheckPatch::SetCheckFailed(bool failed) {
+  g_bCheckFailed = m_bCheckFailed = failed;
+}
+
+void CCheckPatch::SetUpdatesAvailable(bool available) {
+  g_bUpdatesAvailable = m_bUpdatesAvailable = available;
 }
 
 void CCheckPatch::ReadUpdateSettings() {
-  engine_.settings.ReadUpdateSettings(run_.SettingsFilePath, run_.UpdateLocUrlMode,
-                                      UpdateSettings::WriteBack::defaults);
+  UpdateEngine::ReadUpdateSettings(run_.SettingsFilePath, run_.UpdateLocUrlMode, WriteBack::defaults);
 }
 
 void CCheckPatch::ReadFacts(bool first_check) {
@@ -56,9 +65,8 @@ void CCheckPatch::ReadFacts(bool first_check) {
 void CCheckPatch::CheckAvailability() {
   if (TagOne.empty() || TagTwo.empty() || TagThree.empty()) {
     if (run_.WarnUser) run_.WarnUser(update_texts::kMissingFacts);
-    engine_.comparison.SetUpdatesAvailable(false);
+    SetUpdatesAvailable(false);
     return;
   }
-  engine_.exchange.FillNetworkErrorCodes();
   CompareUpdates(TagTwo, TagOne);
 }

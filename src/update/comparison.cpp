@@ -1,4 +1,4 @@
-#include "update/comparison.h"
+#include "update/update_engine.h"
 
 #include <windows.h>
 
@@ -9,7 +9,6 @@
 #include "platform/folders.h"
 #include "platform/system_text.h"
 #include "text/text.h"
-#include "update/record_text.h"
 #include "update/update_texts.h"
 
 namespace {
@@ -18,46 +17,52 @@ constexpr std::wstring_view kRecordFile = L"\\installedupdates.dat";
 
 }  // namespace
 
-void Comparison::CompareUpdates(const std::wstring& productIconPath, const std::wstring& /*productVersion*/) {
-  product_.ReadProductVersionNumber();
+void UpdateEngine::CompareUpdates(const std::wstring& productIconPath,
+                                  const std::wstring& /*productVersion*/) {
+  NetworkErrorCodes.assign(update_texts::kNetworkErrorCodes.begin(), update_texts::kNetworkErrorCodes.end());
+  ReadProductVersionNumber();
   UpdateSections.clear();
-  const std::wstring path =
+  const std::wstring record =
       std::wstring(text::SplitAtLastBackslash(productIconPath).folder).append(kRecordFile);
-  // Checked before the exchange, because an update that runs meanwhile may write the record.
-  const bool has_record = platform::FileExists(path);
-  exchange_.DownloadUpdateList(UpdateSections);
+  // Looked for before the exchange, because an update that runs meanwhile may write the record.
+  const bool has_record = platform::FileExists(record);
+  DownloadUpdateList(UpdateSections);
+  DecideOffer(record, has_record);
+}
+
+void UpdateEngine::DecideOffer(const std::wstring& record_path, bool has_record) {
   if (UpdateSections.size() > 1) FindLatestPack();
   std::optional<std::wstring> record;
   if (has_record) {
     log_.Append(variant_.record_found);
-    record = ReadInstalledRecord(path);
+    record = ReadInstalledRecord(record_path);
+    ReadRecordVersion(*record);
   }
-  const CheckFacts facts{
-      .sections = UpdateSections,
-      .latest = {.level = LatestLevel, .build = LatestBuild},
-      .record = record,
-      .product_version = product_.ProductVersionNumber,
-      .product_level = product_.ProductVersionThird,
-      .product_build = product_.ProductVersionFourth,
-      .record_version = RecordVersionNumber,
-  };
-  const Decision decision = Decide(facts, variant_.record_deleted);
-  if (record && decision.record_covers_list) ReadRecordVersion(*record);
-  CarryOut(decision, path);
+  const Decision decision = Decide({.sections = UpdateSections,
+                                    .latest = {.level = LatestLevel, .build = LatestBuild},
+                                    .record = record,
+                                    .record_version = RecordVersionNumber,
+                                    .product_version = ProductVersionNumber,
+                                    .product_level = ProductVersionThird,
+                                    .product_build = ProductVersionFourth},
+                                   variant_.record_deleted);
+  if (decision.removal) DeleteRecord(*decision.removal, record_path);
+  if (decision.offered) SetUpdatesAvailable(*decision.offered);
+  for (const std::wstring_view entry : decision.entries) log_.Append(entry);
 }
 
-void Comparison::FindLatestPack() {
+void UpdateEngine::FindLatestPack() {
   LatestPack latest{.level = LatestLevel, .build = LatestBuild};
   ::FindLatestPack(UpdateSections, latest);
   LatestLevel = latest.level;
   LatestBuild = latest.build;
 }
 
-void Comparison::ReadRecordVersion(std::wstring_view text) {
+void UpdateEngine::ReadRecordVersion(std::wstring_view text) {
   RecordVersionNumber = ParseRecordVersion(text).value_or(RecordVersionNumber);
 }
 
-std::wstring Comparison::ReadInstalledRecord(const std::wstring& path) {
+std::wstring UpdateEngine::ReadInstalledRecord(const std::wstring& path) {
   const auto bytes = platform::ReadWholeFile(path, kRecordSizeLimit);
   if (!bytes) {
     log_.Append(platform::SystemMessage(GetLastError()));
@@ -68,13 +73,7 @@ std::wstring Comparison::ReadInstalledRecord(const std::wstring& path) {
   return platform::FromAnsi(*bytes);
 }
 
-void Comparison::CarryOut(const Decision& decision, const std::wstring& record_path) {
-  if (decision.removal) DeleteRecord(*decision.removal, record_path);
-  if (decision.offered) SetUpdatesAvailable(*decision.offered);
-  for (const std::wstring_view entry : decision.entries) log_.Append(entry);
-}
-
-void Comparison::DeleteRecord(const Decision::Removal& removal, const std::wstring& path) {
+void UpdateEngine::DeleteRecord(const Decision::Removal& removal, const std::wstring& path) {
   if (DeleteFileW(path.c_str())) {
     log_.Append(removal.deleted);
     return;
@@ -83,9 +82,4 @@ void Comparison::DeleteRecord(const Decision::Removal& removal, const std::wstri
   log_.Append(error == ERROR_ACCESS_DENIED ? removal.denied : removal.failed);
   if (error == ERROR_ACCESS_DENIED) return;
   log_.Append(std::wstring(log_texts::kError).append(platform::ErrorNumber(error)));
-}
-
-void Comparison::SetUpdatesAvailable(bool available) {
-  m_bUpdatesAvailable = available;
-  if (variant_.updates_available_mirror != nullptr) *variant_.updates_available_mirror = available;
 }

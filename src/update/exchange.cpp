@@ -1,4 +1,4 @@
-#include "update/exchange.h"
+#include "update/update_engine.h"
 
 #include <windows.h>
 
@@ -12,35 +12,31 @@
 #include "product/identity.h"
 #include "text/text.h"
 #include "update/list_file.h"
-#include "update/request_path.h"
 #include "update/section_names.h"
 #include "update/update_texts.h"
+
+struct ExchangeProgress {
+  const ULONGLONG start = GetTickCount64();
+  int redirections = 0;
+
+  bool IsLate() const;
+};
 
 namespace {
 
 constexpr DWORD kReadBlock = 4096;
 constexpr DWORD kStatusOk = 200;
 constexpr DWORD kStatusNotFound = 404;
-/// Replaces a time-out of zero or less, with which every exchange would fail immediately or wait for ever. It
-/// is the default of the settings.
-constexpr DWORD kFallbackTimeoutMs = 60000;
 // The receive time-out bounds one pause of the server. These bound how often a server may use it.
 constexpr ULONGLONG kLongestExchangeMs = 300000;
 constexpr int kMostRedirections = 10;
 /// INTERNET_SUPPRESS_COOKIE_PERSIST, which the header of MinGW-w64 lacks.
 constexpr DWORD kStoreNoCookies = 3;
 
-struct Progress {
-  const ULONGLONG start = GetTickCount64();
-  int redirections = 0;
-
-  bool IsLate() const { return GetTickCount64() - start > kLongestExchangeMs; }
-};
-
 /// WinInet calls this between the steps of a request, on the thread that sends it. A short time-out ends the
 /// request; closing its handle does not end a redirection under Wine.
 void CALLBACK OnStatus(HINTERNET request, DWORD_PTR context, DWORD status, void*, DWORD) {
-  Progress& progress = *reinterpret_cast<Progress*>(context);
+  auto& progress = *reinterpret_cast<ExchangeProgress*>(context);
   if (status == INTERNET_STATUS_REDIRECT) ++progress.redirections;
   if (progress.redirections <= kMostRedirections && !progress.IsLate()) return;
   DWORD timeout = 1;
@@ -49,21 +45,21 @@ void CALLBACK OnStatus(HINTERNET request, DWORD_PTR context, DWORD status, void*
 
 }  // namespace
 
-void Exchange::FillNetworkErrorCodes() {
-  NetworkErrorCodes.assign(update_texts::kNetworkErrorCodes.begin(), update_texts::kNetworkErrorCodes.end());
+bool ExchangeProgress::IsLate() const {
+  return GetTickCount64() - start > kLongestExchangeMs;
 }
 
-std::wstring Exchange::GetUpdatePathFromTagThree() {
-  if (product_.Facts().UpdateLocUrlMode) {
+std::wstring UpdateEngine::GetUpdatePathFromTagThree() {
+  if (facts_.UpdateLocUrlMode) {
     log_.Append(update_texts::kUrlMode);
     return {};
   }
-  const auto path = RequestPath(product_.TagThree, settings_.UpdateLocation);
+  const auto path = RequestPath(TagThree, UpdateLocation);
   log_.Append(path ? update_texts::kHostMatched : update_texts::kHostNotMatched);
   return std::wstring(path.value_or(std::wstring_view()));
 }
 
-void Exchange::MatchNetworkErrorCode(std::wstring_view code) {
+void UpdateEngine::MatchNetworkErrorCode(std::wstring_view code) {
   for (const std::wstring& known : NetworkErrorCodes) {
     if (!text::EqualsIgnoreCase(known, code)) continue;
     m_bNetworkError = true;
@@ -71,23 +67,17 @@ void Exchange::MatchNetworkErrorCode(std::wstring_view code) {
   }
 }
 
-void Exchange::SetErrorText(std::wstring_view text) {
+void UpdateEngine::SetErrorText(std::wstring_view text) {
   m_strErrorText.clear();
   if (!text.empty()) m_strErrorText.append(update_texts::kErrorPrefix).append(text);
-  if (variant_.error_text_mirror != nullptr) *variant_.error_text_mirror = m_strErrorText;
 }
 
-void Exchange::SetCheckFailed(bool failed) {
-  m_bCheckFailed = failed;
-  if (variant_.check_failed_mirror != nullptr) *variant_.check_failed_mirror = failed;
-}
-
-void Exchange::FailWith(std::wstring_view error_text) {
+void UpdateEngine::FailWith(std::wstring_view error_text) {
   SetErrorText(error_text);
   log_.Append(m_strErrorText);
 }
 
-void Exchange::ReportFailure(std::wstring_view message, unsigned long error) {
+void UpdateEngine::ReportFailure(std::wstring_view message, unsigned long error) {
   log_.Append(message);
   SetCheckFailed(true);
   const std::wstring code = platform::ErrorNumber(error);
@@ -95,7 +85,7 @@ void Exchange::ReportFailure(std::wstring_view message, unsigned long error) {
   FailWith(code);
 }
 
-void Exchange::DownloadUpdateList(std::vector<std::wstring>& sections) {
+void UpdateEngine::DownloadUpdateList(std::vector<std::wstring>& sections) {
   ListFile file;
   const std::wstring path = GetUpdatePathFromTagThree();
   if (path.empty()) {
@@ -120,7 +110,7 @@ void Exchange::DownloadUpdateList(std::vector<std::wstring>& sections) {
   SetErrorText(pending_error);
 }
 
-bool Exchange::ProbeConnection() {
+bool UpdateEngine::ProbeConnection() {
   const std::wstring address(identity::kProbeAddress);
   if (wininet::InternetCheckConnectionW(address.c_str(), FLAG_ICC_FORCE_CONNECTION, 0)) return true;
   const std::wstring code = platform::ErrorNumber(GetLastError());
@@ -131,7 +121,7 @@ bool Exchange::ProbeConnection() {
   return false;
 }
 
-bool Exchange::FetchToFile(const std::wstring& path, ListFile& file, std::wstring& pending_error) {
+bool UpdateEngine::FetchToFile(const std::wstring& path, ListFile& file, std::wstring& pending_error) {
   const auto fail = [this](std::wstring_view message) {
     ReportFailure(message, GetLastError());
     return false;
@@ -139,21 +129,21 @@ bool Exchange::FetchToFile(const std::wstring& path, ListFile& file, std::wstrin
   // For this process; Wine accepts the option and keeps the cookies.
   DWORD cookies = kStoreNoCookies;
   wininet::InternetSetOptionW(nullptr, INTERNET_OPTION_SUPPRESS_BEHAVIOR, &cookies, sizeof cookies);
-  Progress progress;
+  ExchangeProgress progress;
   const platform::UniqueInternet root(
       wininet::InternetOpenW(variant_.agent, INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0));
   if (!root) return fail(update_texts::kOpenFailed);
 
-  DWORD timeout = settings_.TimeoutMs > 0 ? static_cast<DWORD>(settings_.TimeoutMs) : kFallbackTimeoutMs;
+  // With zero or less every exchange would fail at once or wait for ever.
+  DWORD timeout = static_cast<DWORD>(TimeoutMs > 0 ? TimeoutMs : kDefaultTimeoutMs);
   if (!wininet::InternetSetOptionW(root.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout)) {
     const DWORD error = GetLastError();
     log_.Append(update_texts::kOptionStatus);
     log_.Append(platform::ErrorNumber(error));
   }
 
-  const platform::UniqueInternet connection(
-      wininet::InternetConnectW(root.get(), settings_.UpdateLocation.c_str(), INTERNET_DEFAULT_HTTP_PORT, L"",
-                                L"", INTERNET_SERVICE_HTTP, 0, 0));
+  const platform::UniqueInternet connection(wininet::InternetConnectW(
+      root.get(), UpdateLocation.c_str(), INTERNET_DEFAULT_HTTP_PORT, L"", L"", INTERNET_SERVICE_HTTP, 0, 0));
   if (!connection) return fail(update_texts::kConnectFailed);
   // Wine 8 ignores the time-out on the root handle. A failure is not logged a second time.
   wininet::InternetSetOptionW(connection.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
@@ -170,10 +160,10 @@ bool Exchange::FetchToFile(const std::wstring& path, ListFile& file, std::wstrin
   if (!wininet::HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0))
     return fail(update_texts::kSendRequestFailed);
   if (!CheckStatus(request.get(), pending_error)) return false;
-  return CopyBody(request.get(), progress.start, file);
+  return CopyBody(request.get(), progress, file);
 }
 
-bool Exchange::CheckStatus(void* request, std::wstring& pending_error) {
+bool UpdateEngine::CheckStatus(void* request, std::wstring& pending_error) {
   DWORD status = 0;
   DWORD size = sizeof status;
   const BOOL queried = wininet::HttpQueryInfoW(request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER,
@@ -194,7 +184,7 @@ bool Exchange::CheckStatus(void* request, std::wstring& pending_error) {
   return queried != FALSE;
 }
 
-bool Exchange::CopyBody(void* request, std::uint64_t start_ms, ListFile& file) {
+bool UpdateEngine::CopyBody(void* request, const ExchangeProgress& progress, ListFile& file) {
   if (!file.Create()) {
     ReportFailure(update_texts::kFileFailed, GetLastError());
     return false;
@@ -212,7 +202,7 @@ bool Exchange::CopyBody(void* request, std::uint64_t start_ms, ListFile& file) {
     }
     if (read == 0) break;
     copied += read;
-    const bool late = GetTickCount64() - start_ms > kLongestExchangeMs;
+    const bool late = progress.IsLate();
     if (late || copied > kListSizeLimit) {
       ReportFailure(update_texts::kFileReadFailed, late ? ERROR_INTERNET_TIMEOUT : ERROR_FILE_TOO_LARGE);
       return false;

@@ -20,11 +20,11 @@ void SheetUpdateCheck::RunUpdateCheck() {
   UpdateEngine engine(facts_, *this, kInteractiveCheck);
   if (SheetCheckCount > 0) Append(update_texts::kRetry);
   Append(update_texts::kEntriesStart);
-  engine.entries.IdentifyRegistryMode();
-  engine.settings.ReadUpdateSettings(run_.SettingsFilePath, facts_.UpdateLocUrlMode,
-                                     UpdateSettings::WriteBack::nothing);
-  if (!CheckProductVersion(engine.entries)) return;
-  ReadEntries(engine.entries);
+  engine.IdentifyRegistryMode();
+  engine.ReadUpdateSettings(run_.SettingsFilePath, facts_.UpdateLocUrlMode,
+                            UpdateSettings::WriteBack::nothing);
+  if (!CheckProductVersion(engine)) return;
+  ReadEntries(engine);
   Append(update_texts::kEntriesEnd);
   Append(update_texts::kUpdatesStart);
   Compare(engine);
@@ -41,9 +41,9 @@ void SheetUpdateCheck::ClearStatus() {
   SheetCheckFailed = false;
 }
 
-bool SheetUpdateCheck::CheckProductVersion(RegisteredDataEntries& entries) {
-  entries.ReadClientVersion();
-  SheetClientVersion = entries.ClientVersion;
+bool SheetUpdateCheck::CheckProductVersion(UpdateEngine& engine) {
+  engine.ReadClientVersion();
+  SheetClientVersion = engine.ClientVersion;
   g_bProductInstalled = SheetClientVersion == identity::kProductVersion;
   if (g_bProductInstalled) return true;
   Append(update_texts::kVersionNotFound);
@@ -51,18 +51,18 @@ bool SheetUpdateCheck::CheckProductVersion(RegisteredDataEntries& entries) {
   return false;
 }
 
-void SheetUpdateCheck::ReadEntries(RegisteredDataEntries& entries) {
-  entries.ReadTagOne();
-  entries.ReadTagTwo();
-  entries.ReadTagThree();
-  entries.ReadInstallPathLogged();
-  SheetTagOne = entries.TagOne;
-  SheetTagTwo = entries.TagTwo;
-  SheetTagThree = entries.TagThree;
-  SheetInstallPath = entries.GetInstallPath();
+void SheetUpdateCheck::ReadEntries(UpdateEngine& engine) {
+  engine.ReadTagOne();
+  engine.ReadTagTwo();
+  engine.ReadTagThree();
+  engine.ReadInstallPathLogged();
+  SheetTagOne = engine.TagOne;
+  SheetTagTwo = engine.TagTwo;
+  SheetTagThree = engine.TagThree;
+  SheetInstallPath = engine.GetInstallPath();
   if (!SheetTagThree.empty() && SheetCheckCount == 0) {
-    entries.ReadProductFileVersion();
-    ApplyBuildVersionToLog(entries.ProductFileVersion);
+    engine.ReadProductFileVersion();
+    ApplyBuildVersionToLog(engine.ProductFileVersion);
   }
 }
 
@@ -71,9 +71,8 @@ void SheetUpdateCheck::Compare(UpdateEngine& engine) {
     Append(update_texts::kEntriesNotFound);
     return;
   }
-  engine.exchange.FillNetworkErrorCodes();
-  engine.comparison.CompareUpdates(SheetTagTwo, SheetTagOne);
-  SheetUpdatesAvailable = engine.comparison.m_bUpdatesAvailable;
-  SheetCheckFailed = engine.exchange.m_bCheckFailed;
-  SheetErrorText = engine.exchange.m_strErrorText;
+  engine.CompareUpdates(SheetTagTwo, SheetTagOne);
+  SheetUpdatesAvailable = engine.m_bUpdatesAvailable;
+  SheetCheckFailed = engine.m_bCheckFailed;
+  SheetErrorText = engine.m_strErrorText;
 }

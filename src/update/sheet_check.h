@@ -6,7 +6,6 @@
 #include "log/sheet_log.h"
 #include "settings/run_state.h"
 
-class RegisteredDataEntries;
 class UpdateEngine;
 
 /// The main sheet's own update check, its status and its log. The status lives as long as the sheet.
@@ -31,10 +30,10 @@ class SheetUpdateCheck : public SheetLog {
  private:
   void ClearStatus();
   /// Sets and returns `g_bProductInstalled`; logs two more entries when it is false.
-  bool CheckProductVersion(RegisteredDataEntries& entries);
-  void ReadEntries(RegisteredDataEntries& entries);
+  bool CheckProductVersion(UpdateEngine& engine);
+  void ReadEntries(UpdateEngine& engine);
   void Compare(UpdateEngine& engine);
 
   RunState& run_;
-  RegistryFacts facts_;  ///< of this check; those of the application stay unchanged
+  KeptFacts facts_;  ///< of this check; those of the application stay unchanged
 };

@@ -14,10 +14,7 @@
 #include "logcheck/verdict.h"
 #include "support/table.h"
 #include "text/text.h"
-#include "update/decision.h"
-#include "update/pack_list.h"
-#include "update/record_text.h"
-#include "update/request_path.h"
+#include "update/check_rules.h"
 #include "update/section_names.h"
 
 namespace {
@@ -62,14 +59,14 @@ void Decisions(const Text& in) {
   CheckFacts facts{.sections = list,
                    .latest = {.level = 2, .build = 7},
                    .record = record,
+                   .record_version = ParseRecordVersion(record).value_or(0),
                    .product_version = 15027,
                    .product_level = level,
                    .product_build = build};
   if (record == L"-") facts.record.reset();
   const Decision decision = Decide(facts, L"gone");
-  const bool covers = decision.record_covers_list;
-  assert(!covers || CountRecordedPacks(list, record) + 1 == list.size());
-  assert(!decision.removal || (covers && ParseRecordVersion(record).value_or(0) > 15027));
+  assert(!decision.removal ||
+         (CountRecordedPacks(list, record) + 1 == list.size() && facts.record_version > 15027));
   assert(!decision.offered.value_or(false) || list.size() > 1);
   assert(decision.entries.empty() == !decision.offered);
 }

@@ -15,10 +15,7 @@
 #include "text/text.h"
 #include "ui/page_rules.h"
 #include "ui/ui_texts.h"
-#include "update/decision.h"
-#include "update/pack_list.h"
-#include "update/record_text.h"
-#include "update/request_path.h"
+#include "update/check_rules.h"
 #include "update/section_names.h"
 #include "update/update_texts.h"
 
@@ -86,6 +83,7 @@ Text DecideFor(View in) {
   CheckFacts facts{.sections = sections,
                    .latest = latest,
                    .record = record,
+                   .record_version = ParseRecordVersion(record).value_or(0),
                    .product_level = fields[2],
                    .product_build = fields[3]};
   if (record == L"-") facts.record.reset();
