@@ -34,7 +34,7 @@ void CStatic::Announce() {
     VARIANT setting = {};
     setting.vt = VT_I4;
     setting.lVal = kPolite;
-    services->SetHwndProp(Handle(), OBJID_CLIENT, CHILDID_SELF, kLiveSetting, setting);
+    services->SetHwndProp(Handle(), static_cast<DWORD>(OBJID_CLIENT), CHILDID_SELF, kLiveSetting, setting);
     services->Release();
   }
   NotifyWinEvent(kLiveRegionChanged, Handle(), OBJID_CLIENT, CHILDID_SELF);

@@ -17,7 +17,8 @@ constexpr UINT kFocusMessage = WM_APP + 0x3FFE;
 bool IsClosingKey(const MSG& message) {
   if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
   const bool alt = (HIWORD(message.lParam) & KF_ALTDOWN) != 0;
-  return message.wParam == (alt ? VK_F4 : VK_ESCAPE);
+  const WPARAM key = alt ? VK_F4 : VK_ESCAPE;
+  return message.wParam == key;
 }
 
 /// A dialog procedure returns the result of these messages directly instead of in DWLP_MSGRESULT.
