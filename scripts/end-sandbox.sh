@@ -3,6 +3,8 @@
 # Waits until the sandbox's first process, PID, has ended in whatever way. Then it ends every process that has
 # FILE open, which all processes of the sandbox inherit, and removes the sandbox's temporary FOLDER.
 set -euo pipefail
+. "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
+check_usage 3 "$@"
 
 tail --pid="$1" --sleep-interval=0.1 --follow /dev/null
 # Xvfb removes its socket when it is asked to end.

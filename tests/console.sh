@@ -1,6 +1,8 @@
 #!/bin/bash
 # Tests packcheck and logcheck as programs: tests/console.sh PACKCHECK LOGCHECK [WINE], in a build folder.
 set -euo pipefail
+. "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
+check_usage 2 "$@"
 packcheck=$1 logcheck=$2 wine=("${@:3}")
 work=$(mktemp -d console.XXXXXX) failed=0
 trap 'rm -rf "$work"' EXIT

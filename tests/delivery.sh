@@ -2,6 +2,8 @@
 # Checks the delivered executable: tests/delivery.sh BUILD-TREE. Fails when it needs a library that another user could
 # plant beside it, has no hardening or manifest, or differs when it is linked again.
 set -euo pipefail
+. "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
+check_usage 1 "$@"
 tree=$1
 program=$tree/QRTTavrelUtility.exe
 failed=0
@@ -13,7 +15,7 @@ headers=$(i686-w64-mingw32-objdump -p "$program")
 while read -r library; do
   [[ $allowed == *" $library "* ]] || fail "needs $library"
 done < <(sed -n 's/.*DLL Name: \(.*\)\.[dD][lL][lL]$/\L\1/p' <<<"$headers")
-"${0%/*}/../packaging/hardened.sh" "$program" || failed=1
+"$repo/packaging/hardened.sh" "$program" || failed=1
 grep -q '^Subsystem[[:space:]]*0*2[[:space:]]' <<<"$headers" || fail "is not a window program"
 (($(stat -c %s "$program") <= 250 * 1024)) || fail "is larger than 250 KiB"
 for wanted in 'Common-Controls' '<dpiAware'; do

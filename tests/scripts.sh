@@ -40,6 +40,13 @@ packaging/guides.sh
 packaging/installer.sh nothing
 packaging/pack.sh
 packaging/sign.sh nothing
+scripts/end-sandbox.sh
+scripts/in-sandbox.sh
+tests/console.sh
+tests/delivery.sh
+tests/packaging/installer.sh
+tests/packaging/release.sh
+tests/acceptance/scenes.sh
 demo/scene.sh
 demo/scene.sh offered patch 0 output build
 tests/fuzz/run.sh x
