@@ -9,6 +9,7 @@ namespace {
 
 constexpr int kReadableDifference = 80;  // in brightness, of 255
 constexpr int kFocusMargin = 1;          // pixels between the text and the focus rectangle
+constexpr COLORREF kUsualLinkColor = RGB(0, 102, 204);
 
 /// The device context of a window.
 class WindowContext {
@@ -33,9 +34,10 @@ int Brightness(COLORREF color) {
   return (GetRValue(color) * 299 + GetGValue(color) * 587 + GetBValue(color) * 114) / 1000;
 }
 
-COLORREF ReadableOnFace(COLORREF color) {
+/// `color` where it is readable on the background of the pages; else `other`.
+COLORREF ReadableOnFace(COLORREF color, COLORREF other) {
   const int difference = Brightness(color) - Brightness(GetSysColor(COLOR_3DFACE));
-  return std::abs(difference) >= kReadableDifference ? color : GetSysColor(COLOR_BTNTEXT);
+  return std::abs(difference) >= kReadableDifference ? color : other;
 }
 
 bool IsOpenKey(WPARAM key) {
@@ -83,7 +85,7 @@ bool CSysURL::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& res
 HBRUSH CSysURL::OnReflectedColor(UINT message, HDC context) {
   if (message == WM_CTLCOLORSTATIC) {
     SelectObject(context, m_font.get());
-    SetTextColor(context, ReadableOnFace(m_crText));
+    SetTextColor(context, ReadableOnFace(m_crText, GetSysColor(COLOR_BTNTEXT)));
     SetBkMode(context, TRANSPARENT);
   }
   // The system's colours can change while the window is open; Windows then has it painted anew.
@@ -140,7 +142,7 @@ bool CLogFileLink::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT
 }
 
 HBRUSH CLogFileLink::OnReflectedColor(UINT message, HDC context) {
-  m_crText = GetSysColor(COLOR_HOTLIGHT);
+  m_crText = ReadableOnFace(GetSysColor(COLOR_HOTLIGHT), kUsualLinkColor);
   return CSysURL::OnReflectedColor(message, context);
 }
 

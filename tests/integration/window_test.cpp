@@ -129,7 +129,8 @@ TEST_CASE_FIXTURE(Program, "a screen reader is told the result, and the log page
 }
 
 TEST_CASE_FIXTURE(Program, "the texts follow the system's colours and stay readable on them") {
-  constexpr COLORREF kBlack = RGB(0, 0, 0), kWhite = RGB(255, 255, 255), kBlue = RGB(0, 0, 200);
+  constexpr COLORREF kBlack = RGB(0, 0, 0), kWhite = RGB(255, 255, 255), kBlue = RGB(0, 0, 200),
+                     kGrey = RGB(99, 99, 99);
   constexpr int kElements[] = {COLOR_3DFACE, COLOR_BTNTEXT, COLOR_HOTLIGHT};
   COLORREF usual[3];
   std::transform(std::begin(kElements), std::end(kElements), usual, GetSysColor);
@@ -139,9 +140,10 @@ TEST_CASE_FIXTURE(Program, "the texts follow the system's colours and stay reada
   };
   Sheet sheet(run);
   const auto look = [&] {
-    for (const Theme& theme :
-         {Theme{{kWhite, kBlack, kBlue}, kBlack, kBlue}, Theme{{kBlack, kWhite, kBlue}, kWhite, kWhite},
-          Theme{{kBlack, kWhite, kWhite - 1}, kWhite, kWhite - 1}}) {
+    for (const Theme& theme : {Theme{{kWhite, kBlack, kBlue}, kBlack, kBlue},
+                               Theme{{kBlack, kWhite, kWhite - 1}, kWhite, kWhite - 1},
+                               Theme{{kBlack, kWhite, kBlue}, kWhite, RGB(0, 102, 204)},
+                               Theme{{kGrey, kWhite, kGrey}, kBlack, kWhite}}) {
       SetSysColors(3, kElements, theme.colors);
       sheet.ShowPage(Sheet::kPatchUpdatePage);
       CHECK(sheet.Colors(IDC_MESSAGE) == std::pair(theme.colors[0], theme.message));
