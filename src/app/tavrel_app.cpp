@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <commctrl.h>
-
 #include "app/tavrel_sheet.h"
 #include "framework/dialogs.h"
 #include "platform/folders.h"
@@ -27,7 +25,8 @@ class CustomCommandInfo : public CCommandLineInfo {
 }  // namespace
 
 BOOL CQRTTavrelUtilityApp::InitInstance() {
-  InitialiseFramework();
+  CWinApp::InitInstance();
+  SetRegistryKey(L"Local AppWizard-Generated Applications");
   InitialiseRunState();
   WriteRunHeader();
   const bool check_updates = PrepareServerSettings();
@@ -48,12 +47,6 @@ BOOL CQRTTavrelUtilityApp::InitInstance() {
   }
   DatedLog().OpenSystemLog();
   return 0;
-}
-
-void CQRTTavrelUtilityApp::InitialiseFramework() {
-  UseCommonControls(ICC_WIN95_CLASSES);
-  CWinApp::InitInstance();
-  SetRegistryKey(L"Local AppWizard-Generated Applications");
 }
 
 void CQRTTavrelUtilityApp::InitialiseRunState() {

@@ -10,7 +10,6 @@ class CQRTTavrelUtilityApp : public CWinApp, public RunState {
   BOOL InitInstance() override;
 
  private:
-  void InitialiseFramework();
   void InitialiseRunState();
   /// True when the sheet has to show the check's result.
   bool RunStartUpCheck();

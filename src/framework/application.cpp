@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 
 #include "platform/system_library.h"
 
@@ -17,8 +18,6 @@ platform::SystemFunction<decltype(&::InitCommonControlsEx)> LoadCommonControls(c
 platform::SystemLibrary ole(L"ole32.dll");
 platform::SystemFunction<decltype(&::CoInitializeEx)> InitializeCom(ole, "CoInitializeEx", E_FAIL);
 platform::SystemFunction<decltype(&::CoUninitialize)> UninitializeCom(ole, "CoUninitialize");
-
-CWinApp* g_application = nullptr;
 
 constexpr WORD kUnseen[] = {SW_HIDE, SW_MINIMIZE, SW_SHOWMINIMIZED, SW_SHOWMINNOACTIVE, SW_FORCEMINIMIZE};
 
@@ -40,32 +39,6 @@ void ConsumeStartUpShowCommand() {
 
 }  // namespace
 
-/// COM for the user-interface thread, which the shell's functions and dialogs require.
-class ComSession {
- public:
-  ComSession() : result_(InitializeCom(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE)) {}
-  ComSession(const ComSession&) = delete;
-  ComSession& operator=(const ComSession&) = delete;
-  ~ComSession() {
-    if (SUCCEEDED(result_)) UninitializeCom();
-  }
-
- private:
-  HRESULT result_;
-};
-
-CWinApp::CWinApp() {
-  g_application = this;
-}
-
-CWinApp::~CWinApp() {
-  g_application = nullptr;
-}
-
-CWinApp* CWinApp::Current() {
-  return g_application;
-}
-
 int CWinApp::Run(HINSTANCE instance) {
   instance_ = instance;
   InitInstance();
@@ -78,19 +51,18 @@ BOOL CWinApp::InitInstance() {
 }
 
 void CWinApp::PrepareWindows() {
-  CWinApp* const self = g_application;
-  if (self == nullptr || !self->windows_pending_) return;
-  self->windows_pending_ = false;
-  if (self->common_controls_ != 0) {
-    const INITCOMMONCONTROLSEX classes{sizeof classes, self->common_controls_};
-    LoadCommonControls(&classes);
-  }
-  self->com_ = std::make_unique<ComSession>();
+  if (current_ == nullptr || !current_->windows_pending_) return;
+  current_->windows_pending_ = false;
+  const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_WIN95_CLASSES};
+  LoadCommonControls(&classes);
+  // For the shell's functions and dialogs.
+  current_->com_ready_ = SUCCEEDED(InitializeCom(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE));
   ConsumeStartUpShowCommand();
 }
 
 int CWinApp::ExitInstance() {
-  com_.reset();
+  if (com_ready_) UninitializeCom();
+  com_ready_ = false;
   return 0;
 }
 

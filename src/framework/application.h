@@ -2,11 +2,9 @@
 
 #include <windows.h>
 
-#include <memory>
 #include <string>
 #include <string_view>
 
-class ComSession;
 class CWnd;
 
 /// Receives the arguments of the command line, without the program's name, one in each call.
@@ -14,24 +12,19 @@ class CCommandLineInfo {
  public:
   /// `text` is one argument, without one leading "/" or "-" when it is a switch.
   virtual void ParseParam(const wchar_t* text, bool is_switch, bool is_last) = 0;
-
- protected:
-  CCommandLineInfo() = default;
-  CCommandLineInfo(const CCommandLineInfo&) = default;
-  CCommandLineInfo& operator=(const CCommandLineInfo&) = default;
-  ~CCommandLineInfo() = default;
+  virtual ~CCommandLineInfo() = default;
 };
 
 /// The application object: one per process, created before `Run` and alive until the process ends.
 class CWinApp {
  public:
-  CWinApp();
-  virtual ~CWinApp();
+  CWinApp() { current_ = this; }
+  virtual ~CWinApp() { current_ = nullptr; }
   CWinApp(const CWinApp&) = delete;
   CWinApp& operator=(const CWinApp&) = delete;
 
   /// The process's application object; null before its construction and after its destruction.
-  static CWinApp* Current();
+  static CWinApp* Current() { return current_; }
 
   /// InitInstance, then ExitInstance; returns the latter's value, the process's exit code. There is no
   /// message loop: a window that InitInstance shows runs its own.
@@ -50,9 +43,6 @@ class CWinApp {
   /// Stores the name of the vendor key for program settings. No settings are stored under it.
   void SetRegistryKey(std::wstring_view name) { registry_key_ = name; }
 
-  /// Sets the classes of common controls (ICC_…) that PrepareWindows loads. A run without a window does not
-  /// load them.
-  void UseCommonControls(DWORD classes) { common_controls_ = classes; }
   /// Initialises common controls and COM, and makes the windows visible when the program was started hidden
   /// or minimised. The framework calls it before every window, message box and dialog of the shell; only the
   /// first call after InitInstance has an effect. Failures are ignored.
@@ -74,7 +64,8 @@ class CWinApp {
   CWnd* main_window_ = nullptr;
   std::wstring title_;
   std::wstring registry_key_;
-  DWORD common_controls_ = 0;
   bool windows_pending_ = false;  ///< true from InitInstance until PrepareWindows has run
-  std::unique_ptr<ComSession> com_;
+  bool com_ready_ = false;
+
+  static inline CWinApp* current_ = nullptr;
 };

@@ -15,27 +15,24 @@ platform::SystemFunction<decltype(&::GetSaveFileNameW)> GetSaveFile(common_dialo
 
 constexpr std::size_t kLongestPath = 32768;
 
-HWND MessageOwner(const CWinApp* application) {
-  if (application == nullptr || application->MainWindow() == nullptr) return nullptr;
-  const HWND main = application->MainWindow()->Handle();
-  return main == nullptr ? nullptr : GetLastActivePopup(main);
+HWND MessageOwner() {
+  const CWnd* main = CWinApp::Current()->MainWindow();
+  return main == nullptr || main->Handle() == nullptr ? nullptr : GetLastActivePopup(main->Handle());
 }
 
 }  // namespace
 
 int ShowMessage(const std::wstring& text, UINT flags, const std::wstring& title) {
   CWinApp::PrepareWindows();
-  const CWinApp* application = CWinApp::Current();
-  const std::wstring& caption = title.empty() && application != nullptr ? application->Title() : title;
-  const HWND owner = MessageOwner(application);
+  const std::wstring& caption = title.empty() ? CWinApp::Current()->Title() : title;
+  const HWND owner = MessageOwner();
   // Without an owner, only this flag brings the box in front of the program that started this one.
   if (owner == nullptr) flags |= MB_SETFOREGROUND;
   return MessageBoxW(owner, text.c_str(), caption.c_str(), flags);
 }
 
-std::optional<std::wstring> AskSavePath(HWND owner, const SaveDialogOptions& options) {
+std::optional<std::wstring> AskSavePath(HWND owner, const wchar_t* default_extension, std::wstring filter) {
   CWinApp::PrepareWindows();
-  std::wstring filter(options.filter);
   std::replace(filter.begin(), filter.end(), L'|', L'\0');
   std::wstring path(kLongestPath, L'\0');
 
@@ -46,7 +43,7 @@ std::optional<std::wstring> AskSavePath(HWND owner, const SaveDialogOptions& opt
   dialog.nFilterIndex = 1;
   dialog.lpstrFile = path.data();
   dialog.nMaxFile = static_cast<DWORD>(path.size());
-  dialog.lpstrDefExt = options.default_extension.c_str();
+  dialog.lpstrDefExt = default_extension;
   dialog.Flags = OFN_EXPLORER | OFN_ENABLESIZING | OFN_HIDEREADONLY | OFN_OVERWRITEPROMPT | OFN_NOCHANGEDIR;
   if (!GetSaveFile(&dialog)) return std::nullopt;
   path.resize(path.find(L'\0'));

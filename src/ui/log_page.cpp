@@ -63,7 +63,7 @@ void CLogTrace::ShowLog() {
 
 void CLogTrace::OnSave() {
   const std::optional<std::wstring> chosen =
-      AskSavePath(Sheet().Handle(), {ui_texts::kSaveExtension, ui_texts::kSaveFilter});
+      AskSavePath(Sheet().Handle(), ui_texts::kSaveExtension, ui_texts::kSaveFilter);
   if (!chosen) return;
   const std::optional<std::wstring> path = SavedLogPath(*chosen);
   if (!path) {

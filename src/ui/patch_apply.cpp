@@ -71,26 +71,17 @@ void PatchApply::OnSetActive() {
 }
 
 void PatchApply::OnCommand(int id, int code) {
+  static constexpr struct {
+    int id;
+    void (PatchApply::*handler)();
+  } kClicks[] = {{IDC_INSTALL, &PatchApply::OnInstallUpdates},
+                 {IDC_CHECK_ON_STARTUP, &PatchApply::OnCheckAtStartup},
+                 {IDC_RETRY, &PatchApply::OnRetry},
+                 {IDC_HIDE_NETWORK_ERRORS, &PatchApply::OnHideNetworkErrors},
+                 {IDC_CONTINUE, &PatchApply::OnContinueWithoutUpdates}};
   if (code != BN_CLICKED) return;
-  platform::g_nWaitLeftMs = platform::kWaitMs;
-  switch (id) {
-    case IDC_INSTALL:
-      OnInstallUpdates();
-      break;
-    case IDC_CHECK_ON_STARTUP:
-      OnCheckAtStartup();
-      break;
-    case IDC_RETRY:
-      OnRetry();
-      break;
-    case IDC_HIDE_NETWORK_ERRORS:
-      OnHideNetworkErrors();
-      break;
-    case IDC_CONTINUE:
-      OnContinueWithoutUpdates();
-      break;
-    default:
-      break;
+  for (const auto& click : kClicks) {
+    if (click.id == id) (this->*click.handler)();
   }
 }
 

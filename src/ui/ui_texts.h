@@ -41,7 +41,7 @@ inline constexpr wchar_t kCloseProduct[] =
     L"Varnexa is running! Varnexa will be closed before update. Do you want to continue ? ";
 
 // Saving the log.
-inline constexpr std::wstring_view kSaveFilter = L"Text File(*.txt)|*.txt; ||";
+inline constexpr wchar_t kSaveFilter[] = L"Text File(*.txt)|*.txt; ||";
 inline constexpr wchar_t kSaveExtension[] = L"txt";
 inline constexpr wchar_t kBadFileName[] = L"Please provide the valid file name to save log informations";
 inline constexpr wchar_t kLogSaved[] = L"Log file saved successfully.";

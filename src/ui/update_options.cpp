@@ -22,7 +22,7 @@ void UpdateOptions::LoadUpdateOptions(const std::wstring& settings_file) {
     hide = RepairOption(settings_file, kIgnorePatchErrorKey, false, kIgnorePatchErrorKey, hide);
   }
   m_bHideNetworkErrors = hide == OptionText::yes ? 1 : 0;
-  // This writes the other key on purpose: a malformed value switches off the check at start-up, and stays in
+  // This writes the other key on purpose: a malformed value switches off the start-up check, and stays in
   // the file so that the user sees it.
   if (hide == OptionText::malformed) {
     RepairOption(settings_file, kCheckUpdatesKey, false, kIgnorePatchErrorKey, hide);
