@@ -30,12 +30,14 @@ namespace {
 
 using Data = RegisteredDataEntries;
 using Texts = RegisteredReader;
+using Field = std::wstring Data::*;
+using TextField = std::wstring_view Texts::*;
 
 /// A function that reads a registered value, its texts, and the field that it fills; null: InstallPath.
 struct Reader {
   void (Data::*read)();
   const Texts& texts;
-  std::wstring Data::*field = nullptr;
+  Field field = nullptr;
 };
 const Reader kFunctions[] = {
     {.read = &Data::ReadTagOne, .texts = kTagOne, .field = &Data::TagOne},
@@ -60,8 +62,8 @@ unsigned CodeOf(State state) {
 /// is not logged, nor is its code.
 struct Case {
   State first = no_key, second = present;
-  std::wstring_view Texts::*text;
-  std::wstring_view Texts::*then = nullptr;  ///< of readers that fall back, in mode one
+  TextField text;
+  TextField then = nullptr;  ///< of readers that fall back, in mode one
 };
 const Case kCases[] = {
     {.first = present, .text = &Texts::completed},
