@@ -4,7 +4,7 @@
 
 namespace logcheck {
 
-/// docs/log.md: every text, outcome and code, in Markdown.
+/// The part of docs/log.md that lists every outcome, text and code, in Markdown.
 std::string Guide();
 
 }  // namespace logcheck

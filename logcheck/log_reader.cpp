@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <unordered_map>
 #include <utility>
 
@@ -87,47 +88,19 @@ bool IsNumber(View value) {
   return !value.empty() && value.find_first_not_of("0123456789") == value.npos;
 }
 
-/// Takes the next word off `value`; words end in blanks and commas.
-View TakeWord(View& value) {
-  constexpr View kEnds = " ,";
-  const std::size_t start = std::min(value.find_first_not_of(kEnds), value.size());
-  const std::size_t end = std::min(value.find_first_of(kEnds, start), value.size());
-  const View word = value.substr(start, end - start);
-  value.remove_prefix(end);
-  return word;
-}
-
-/// "2026-11-21T22:30", or nothing when a part is out of range. `hour` is "22:30".
-std::string IsoTime(View month, View day, View year, View hour) {
-  const auto name = std::find(kMonths.begin(), kMonths.end(), month);
-  const bool whole = name != kMonths.end() && day.size() == 2 && IsNumber(day) && year.size() == 4 &&
-                     IsNumber(year) && hour.size() == 5 && hour[2] == ':' && IsNumber(hour.substr(0, 2)) &&
-                     IsNumber(hour.substr(3));
-  if (!whole || day < "01" || day > "31" || hour.substr(0, 2) > "23" || hour.substr(3) > "59") return {};
-  const auto number = std::to_string(name - kMonths.begin() + 1);
-  std::string time(year);
-  time.append(number.size() == 1 ? "-0" : "-").append(number).append("-").append(day).append("T");
-  return time.append(hour);
-}
-
-/// Time of the header: "Saturday 22:30, November 21, 2026".
+/// "2026-11-21T22:30" for "Saturday 22:30, November 21, 2026"; nothing when a part is out of range.
 std::string HeaderTime(View value) {
-  TakeWord(value);
-  const View hour = TakeWord(value), month = TakeWord(value), day = TakeWord(value);
-  return IsoTime(month, day, TakeWord(value), hour);
-}
-
-/// `line` without the time in front of an error line: "November 21, 2026 Saturday 22:30: ".
-View WithoutStamp(View line) {
-  View rest = line;
-  const View month = TakeWord(rest);
-  if (std::find(kMonths.begin(), kMonths.end(), month) == kMonths.end()) return line;
-  const View day = TakeWord(rest), year = TakeWord(rest);
-  TakeWord(rest);
-  View hour = TakeWord(rest);
-  if (!hour.ends_with(':')) return line;
-  hour.remove_suffix(1);
-  return IsoTime(month, day, year, hour).empty() ? line : Trim(rest);
+  unsigned hour = 0, minute = 0, day = 0, year = 0;
+  char month[10], iso[64];
+  const std::string text(value);
+  const int parts =
+      std::sscanf(text.c_str(), "%*s %2u:%2u, %9[A-Za-z] %2u, %4u", &hour, &minute, month, &day, &year);
+  if (parts != 5 || hour > 23 || minute > 59 || day < 1 || day > 31) return {};
+  const auto name = std::find(kMonths.begin(), kMonths.end(), View(month));
+  if (name == kMonths.end()) return {};
+  const auto number = static_cast<unsigned>(name - kMonths.begin()) + 1;
+  std::snprintf(iso, sizeof iso, "%04u-%02u-%02uT%02u:%02u", year, number, day, hour, minute);
+  return iso;
 }
 
 /// The text after `part` in `line`, in which only the product's name may precede it; nothing otherwise.
@@ -203,12 +176,13 @@ void LogReader::TakePart(View line) {
   if (line.size() > rule.size() && line.ends_with(rule))
     line = Trim(line.substr(0, line.size() - rule.size()));
   if (line.empty() || TakeRest(line) || TakeHeader(line)) return;
-  static const std::string log_failed = Narrow(log_texts::kUpdateFailed);
-  const View entry = WithoutStamp(line);
-  if (const Text* text = entry == line ? nullptr : FindText(entry)) return TakeEntry(*text, line, {});
-  for (const View open_ended : {CodePrefix(), View(log_failed)}) {
-    if (entry.starts_with(open_ended))
-      return TakeEntry(*FindText(open_ended), line, Trim(entry.substr(open_ended.size())));
+  // A time stands before an error of the log file, and a message or code can stand after it.
+  static const std::string log_failed = Narrow(log_texts::kUpdateFailed),
+                           not_made = Narrow(log_texts::kCreationFailed);
+  for (const View part : {CodePrefix(), View(log_failed), View(not_made)}) {
+    const std::size_t at = part == CodePrefix() ? 0 : line.find(part);
+    if (at != line.npos && line.substr(at).starts_with(part))
+      return TakeEntry(*FindText(part), line, Trim(line.substr(at + part.size())));
   }
   TakeUnknown(line);
 }

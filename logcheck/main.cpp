@@ -1,9 +1,8 @@
 // logcheck: reads the utility's logs and shows what happened in each run and what to do.
 #include <algorithm>
-#include <charconv>
-#include <chrono>
 #include <filesystem>
 #include <map>
+#include <regex>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -29,20 +28,12 @@ struct Options {
   std::vector<std::string> inputs;
 };
 
-std::string NameOf(const Path& path) {
-#ifdef _WIN32
-  return console::Utf8(path.native());
-#else
-  return path.native();
-#endif
-}
-
 std::string Quoted(const Path& path) {
   return "'" + console::PrintablePath(path) + "'";
 }
 
 bool HasLogExtension(const Path& path) {
-  std::string extension = NameOf(path.extension());
+  std::string extension = console::PrintablePath(path.extension());
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
   return extension == ".log" || extension == ".txt";
@@ -54,17 +45,8 @@ bool IsGood(logcheck::Outcome outcome) {
 
 /// Empty for a date such as 2026-11-21, otherwise what is wrong.
 std::string CheckDate(const std::string& text) {
-  int year = 0;
-  unsigned month = 0, day = 0;
-  const char* const start = text.data();
-  const bool whole = text.size() == 10 && text[4] == '-' && text[7] == '-' &&
-                     std::from_chars(start, start + 4, year).ptr == start + 4 &&
-                     std::from_chars(start + 5, start + 7, month).ptr == start + 7 &&
-                     std::from_chars(start + 8, start + 10, day).ptr == start + 10;
-  using std::chrono::year_month_day;
-  if (whole && year_month_day(std::chrono::year(year), std::chrono::month(month), std::chrono::day(day)).ok())
-    return {};
-  return "'" + text + "' is not a date such as 2026-11-21";
+  static const std::regex date("[0-9]{4}-(0[1-9]|1[0-2])-(0[1-9]|[12][0-9]|3[01])");
+  return std::regex_match(text, date) ? std::string() : "'" + text + "' is not a date such as 2026-11-21";
 }
 
 class LogCheck {
@@ -166,8 +148,8 @@ class LogCheck {
     if (verdict.outcome != logcheck::Outcome::no_check || !named_shown_) shown_ = verdict.outcome;
     if (IsText() && !named_shown_) Print(ShownName(path));
     named_shown_ = true;
-    if (options_.summary) return summary_.Add(run, verdict, NameOf(path));
-    const logcheck::RunReport report = logcheck::MakeReport(run, NameOf(path));
+    if (options_.summary) return summary_.Add(run, verdict, console::PrintablePath(path));
+    const logcheck::RunReport report = logcheck::MakeReport(run, console::PrintablePath(path));
     Print(options_.json ? console::JsonLine(report) : AsText(report) + "\n");
   }
 

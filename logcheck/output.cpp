@@ -179,7 +179,7 @@ std::string Summary::AsText() const {
       text += Wrapped(std::to_string(count) + ": " + Printable(advice), 4);
     std::size_t shown = 0;
     for (const std::string& file : row.files) {
-      if (shown++ < kFilesShown) text += "      " + Printable(file) + "\n";
+      if (shown++ < kFilesShown) text += "      " + file + "\n";
     }
     if (shown > kFilesShown) text += "      and " + Plural(shown - kFilesShown, "file") + " more\n";
   }

@@ -29,7 +29,7 @@ struct CheckReport {
 JSON_OF(CheckReport, outcome, exit_code, error, step, advice, notes, entries)
 
 struct RunReport {
-  std::string file;                 ///< its name
+  std::string file;                 ///< its name, safe on a terminal
   std::optional<std::string> time;  ///< as in Run, as are the following
   std::optional<std::string> mode;  ///< of the check: "start-up" or "interactive"
   std::optional<std::string> utility, product;
@@ -49,7 +49,7 @@ struct SummaryRow {
   Outcome outcome = Outcome::failed;
   std::optional<std::string> error;
   std::size_t runs = 0;
-  std::set<std::string> files;                ///< their names
+  std::set<std::string> files;                ///< their names, as in RunReport
   std::optional<std::string> first, last;     ///< times as in Run
   std::map<std::string, std::size_t> advice;  ///< each sentence with its number of runs
 };

@@ -2,6 +2,7 @@
 
 #include <span>
 #include <string_view>
+#include <vector>
 
 struct RegisteredReader;
 
@@ -37,18 +38,32 @@ struct Text {
   std::string_view advice = {};
 };
 
+constexpr Text WithRole(Role role, std::wstring_view text, std::string_view means,
+                        std::string_view advice = {}) {
+  return {.text = text, .role = role, .means = means, .advice = advice};
+}
+constexpr Text Step(std::wstring_view text, std::string_view means, std::string_view advice = {}) {
+  return WithRole(Role::progress, text, means, advice);
+}
+constexpr Text Failure(std::wstring_view text, std::string_view means, std::string_view advice = {}) {
+  return WithRole(Role::exchange_failed, text, means, advice);
+}
+constexpr Text Trouble(std::wstring_view text, std::string_view means, std::string_view advice) {
+  return WithRole(Role::trouble, text, means, advice);
+}
+constexpr Text OpenEnded(Text text) {
+  text.open_ended = true;
+  return text;
+}
+
 /// Texts of one step of a run, in the order in which a run logs them.
 struct TextGroup {
   std::string_view title;
   std::span<const Text> texts;
 };
 
-std::span<const Text> HeaderTexts();
-std::span<const Text> SettingsTexts();
-std::span<const Text> RegisteredTexts();
-std::span<const Text> ExchangeTexts();
-std::span<const Text> ComparisonTexts();
-std::span<const Text> AfterCheckTexts();
+std::vector<TextGroup> GroupsBeforeExchange();
+std::vector<TextGroup> GroupsFromExchange();
 /// All of them.
 std::span<const TextGroup> TextGroups();
 

@@ -35,12 +35,11 @@ constexpr OutcomeText kOutcomes[] = {
 
 constexpr std::string_view kNoPack =
     "the server sent a list without a pack; open updates.ini in the user's %TEMP%: a web page in it comes "
-    "from a "
-    "portal or proxy that answers for the server; if it is a list, packcheck tells the publisher what is "
-    "wrong";
+    "from a portal or proxy that answers for the server; if it is a list, packcheck tells the publisher what "
+    "is wrong";
 constexpr std::string_view kOffered =
-    "an update is offered; the user installs it with Install Updates in the window that the Start menu "
-    "entry opens";
+    "an update is offered; the user installs it with Install Updates in the window that the Start menu entry "
+    "opens";
 constexpr std::string_view kNothingNewer =
     "no pack of the list is newer than " TAVREL_IMAGE
     "; if the publisher names a newer one, packcheck shows which packs of the list clients read";
@@ -53,10 +52,10 @@ constexpr std::string_view kVersionCountsAsZero =
     "; where it was not read, it counted as 0 in the comparison with installedupdates.dat, and this outcome "
     "means nothing; check that Installpath names the folder of " TAVREL_IMAGE
     " and that the file is readable, and keep the record";
-constexpr std::string_view kNoExecutable = "the list was fetched, but the file version of " TAVREL_IMAGE
-                                           " in the folder Installpath could not be read; check that value "
-                                           "and that the file is there and readable, or "
-                                           "install " TAVREL_PRODUCT_LABEL " again";
+constexpr std::string_view kNoExecutable =
+    "the list was fetched, but the file version of " TAVREL_IMAGE
+    " in the folder Installpath could not be read; check that value and that the file is there and readable, "
+    "or install " TAVREL_PRODUCT_LABEL " again";
 constexpr std::string_view kNoValues =
     "a registry value of the product is missing, so no server was asked; install " TAVREL_PRODUCT_LABEL
     " again";
