@@ -103,7 +103,8 @@ int console::RunTool(const std::vector<std::string>& arguments) {
   app.add_option("LIST", options.lists, "Lists of updates; - for standard input")->type_name("");
   app.add_flag("--json", options.json, "Print JSON, one object for each list, instead of text");
   auto* product =
-      app.add_option("--product", options.product, "Only for a client whose Qrt.exe has this version")
+      app.add_option("--product", options.product,
+                     "Only for a client whose Qrt.exe has this version, with the log of its start-up check")
           ->type_name("A.B.C.D")
           ->check(CheckVersion);
   app.add_option("--record", options.record, "All clients have this installedupdates.dat")->type_name("FILE");

@@ -51,8 +51,10 @@ packcheck 0 '*from 15.0.0.0 *deleted*from 15.0.0.27 *from 15.0.1.0 *from 15.0.1.
 packcheck 0 '*"client":{"product":"15.0.2.6","offered":true,*"log":\["Installer*"table":null*' \
   --json --record record --product 15.0.2.6 list
 packcheck 1 '{"file":"list","heading":"H",*}
-{"file":"list",*}
-{"file":"-",*"code":"only-heading",*' --json list list - <<<'[H]'
+{"file":"-",*"code":"only-heading",*' --json list - <<<'[H]'
+packcheck 0 '*_1_5
+  ... and 1 more
+Newest *' - < <(printf '[H]\n'; printf '[Varnexa15_0_1_%d]\n' {1..6})
 packcheck 0 '*No warnings.' --ignore only-heading --ignore=duplicate - <<<'[H]'
 packcheck 1 '*15.0.2.3 to 15.0.2.6  *offered, exit code 3 -> not offered, exit code 3
 
