@@ -53,28 +53,31 @@ Client AskClient(const Published& published, const Version& product) {
   return client;
 }
 
-Version VersionOf(const LevelAndBuild& numbers) {
+Version VersionOf(ClientNumber client) {
   const std::wstring_view major = identity::kProductVersion;
-  const std::size_t point = major.find(L'.');
   const auto number = [](std::int64_t value) { return static_cast<std::uint16_t>(value); };
-  return {number(text::ParseDecimal(major)), number(text::ParseDecimal(major.substr(point + 1))),
-          number(numbers.first), number(numbers.second)};
+  return {number(text::ParseDecimal(major)), number(text::ParseDecimal(major.substr(major.find(L'.') + 1))),
+          number(client >> 16), number(client & 0xFFFF)};
 }
 
-std::set<LevelAndBuild> Thresholds(const Published& published) {
+std::set<ClientNumber> Thresholds(const Published& published) {
+  std::set<ClientNumber> found{0};
+  const auto add = [&](std::int64_t level, std::int64_t build) {
+    if (IsVersionNumber(level) && IsVersionNumber(build))
+      found.insert(static_cast<ClientNumber>(level << 16 | build));
+  };
   const std::int64_t newest = published.newest.level;
-  std::set<LevelAndBuild> found{{0, 0}, {newest, 0}, {newest, published.newest.build}, {newest + 1, 0}};
+  add(newest, 0);
+  add(newest, published.newest.build);
+  add(newest + 1, 0);
   // The decision compares the record's version with the folded one, in which ten builds count like a level.
-  const Version zero = VersionOf({0, 0});
+  const Version zero = VersionOf(0);
   const std::int64_t ahead = std::int64_t{ParseRecordVersion(published.record.value_or(L"")).value_or(0)} -
                              text::FoldVersion(zero[0], zero[1], 0, 0);
-  for (std::int64_t level = 0; level * 10 < ahead && level <= kLargestNumber; ++level) {
-    found.insert({level, ahead - level * 10});
-    found.insert({level + 1, 0});
+  for (std::int64_t level = 0; level * 10 < ahead && IsVersionNumber(level); ++level) {
+    add(level, ahead - level * 10);
+    add(level + 1, 0);
   }
-  std::erase_if(found, [](const LevelAndBuild& numbers) {
-    return !IsInRange(numbers.first) || !IsInRange(numbers.second);
-  });
   return found;
 }
 

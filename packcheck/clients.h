@@ -5,7 +5,6 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "packcheck/report.h"
@@ -13,13 +12,11 @@
 /// What clients read in a list, and what they do.
 namespace packcheck {
 
-/// Level and build, the last two numbers of a client's version or of a pack's name.
-using LevelAndBuild = std::pair<std::int64_t, std::int64_t>;
+/// The last two numbers of a client's version, as level × 65536 + build.
+using ClientNumber = std::uint32_t;
 
-/// The largest number that a file version holds.
-inline constexpr std::int64_t kLargestNumber = 65535;
-constexpr bool IsInRange(std::int64_t number) {
-  return number >= 0 && number <= kLargestNumber;
+constexpr bool IsVersionNumber(std::int64_t number) {
+  return number >= 0 && number <= 0xFFFF;
 }
 
 inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
@@ -36,11 +33,11 @@ Published ReadPublished(std::string_view list, std::optional<std::string_view> r
 
 Client AskClient(const Published& published, const Version& product);
 
-/// The version of a client of this product version (15.0) with these last two numbers.
-Version VersionOf(const LevelAndBuild& numbers);
+/// The version of such a client of this product version (15.0).
+Version VersionOf(ClientNumber client);
 
-/// Versions at which the answer may change; between two neighbours it is the same.
-std::set<LevelAndBuild> Thresholds(const Published& published);
+/// Clients at which the answer may change; between two neighbours it is the same.
+std::set<ClientNumber> Thresholds(const Published& published);
 
 /// The warnings of a list, whose bytes `published` was read from.
 std::vector<Warning> FindWarnings(std::string_view list, const Published& published);

@@ -51,32 +51,24 @@ std::string CheckUse(const Options& options) {
   return inputs > 1 ? "only one list or record can be standard input" : "";
 }
 
-int CheckList(const CLI::App& app, const Options& options, const std::string& list,
-              std::optional<std::string_view> record) {
-  const console::Input input = console::Read(console::PathOf(list), kListSizeLimit);
-  if (!input.error.empty()) return console::Fail(app, input.error);
-  packcheck::Report report = packcheck::Examine(input.bytes, record, ParseVersion(options.product));
-  std::erase_if(report.warnings, [&](const packcheck::Warning& warning) {
-    return std::find(options.ignored.begin(), options.ignored.end(), warning.code) != options.ignored.end();
-  });
-  std::string text;
-  const bool several = options.lists.size() > 1;
-  if (options.json) {
-    text = packcheck::AsJson(report, several ? list : "");
-  } else {
-    if (several)
-      text =
-          (&list == &options.lists.front() ? "" : "\n") + console::Printable(std::string_view(list)) + ":\n";
-    text += packcheck::AsText(report);
-  }
-  if (!console::Print(app, text)) return console::kFailed;
-  return report.warnings.empty() ? console::kClean : console::kFound;
-}
-
 int CheckLists(const CLI::App& app, const Options& options, std::optional<std::string_view> record) {
   int status = console::kClean;
+  const bool several = options.lists.size() > 1;
   for (const std::string& list : options.lists) {
-    status = std::max(status, CheckList(app, options, list, record));
+    const console::Input input = console::Read(console::PathOf(list), kListSizeLimit);
+    if (!input.error.empty()) {
+      status = console::Fail(app, input.error);
+      continue;
+    }
+    packcheck::Report report = packcheck::Examine(input.bytes, record, ParseVersion(options.product));
+    std::erase_if(report.warnings, [&](const packcheck::Warning& warning) {
+      return std::count(options.ignored.begin(), options.ignored.end(), warning.code) != 0;
+    });
+    std::string text =
+        options.json ? packcheck::AsJson(report, several ? list : "") : packcheck::AsText(report);
+    if (several && !options.json) text = console::Printable(std::string_view(list)) + ":\n" + text + "\n";
+    if (!console::Print(app, text)) return console::kFailed;
+    if (!report.warnings.empty()) status = std::max<int>(status, console::kFound);
   }
   return status;
 }

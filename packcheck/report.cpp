@@ -10,17 +10,12 @@ namespace {
 
 std::vector<Row> Table(const Published& published) {
   std::vector<Row> table;
-  for (const LevelAndBuild& numbers : Thresholds(published)) {
-    const Client client = AskClient(published, VersionOf(numbers));
+  for (const ClientNumber number : Thresholds(published)) {
+    const Client client = AskClient(published, VersionOf(number));
     if (table.empty() || table.back().answer != client.answer)
       table.push_back({.from = client.product, .answer = client.answer});
   }
   return table;
-}
-
-LevelAndBuild Predecessor(const LevelAndBuild& numbers) {
-  if (numbers.second > 0) return {numbers.first, numbers.second - 1};
-  return {numbers.first - 1, kLargestNumber};
 }
 
 }  // namespace
@@ -47,20 +42,19 @@ Report Examine(std::string_view list, std::optional<std::string_view> record,
 
 Comparison Compare(std::string_view before, std::string_view after, std::optional<std::string_view> record) {
   const Published old_list = ReadPublished(before, record), new_list = ReadPublished(after, record);
-  std::set<LevelAndBuild> thresholds = Thresholds(old_list);
+  std::set<ClientNumber> thresholds = Thresholds(old_list);
   thresholds.merge(Thresholds(new_list));
   Comparison comparison{.changes = {}, .warnings = FindWarnings(after, new_list).size()};
   std::vector<Change>& changes = comparison.changes;
   bool continues = false;  // the last change reaches up to this threshold
   for (auto i = thresholds.begin(); i != thresholds.end(); ++i) {
     const auto next = std::next(i);
-    Change change{.from = VersionOf(*i),
-                  .to = VersionOf(next == thresholds.end() ? LevelAndBuild{kLargestNumber, kLargestNumber}
-                                                           : Predecessor(*next)),
-                  .before = {},
-                  .after = {}};
-    change.before = AskClient(old_list, change.from).answer;
-    change.after = AskClient(new_list, change.from).answer;
+    // Before the first client comes the last one.
+    const ClientNumber last = (next == thresholds.end() ? 0 : *next) - 1;
+    const Change change{.from = VersionOf(*i),
+                        .to = VersionOf(last),
+                        .before = AskClient(old_list, VersionOf(*i)).answer,
+                        .after = AskClient(new_list, VersionOf(*i)).answer};
     const bool differs = change.before != change.after;
     if (differs && continues && changes.back().before == change.before &&
         changes.back().after == change.after) {

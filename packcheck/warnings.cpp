@@ -156,10 +156,11 @@ std::optional<Version> FirstOfferedOlder(const Published& published) {
     const LatestPack pack = NumbersOf(*name);
     if (IsNewer(pack, highest.level, highest.build)) highest = pack;
   }
-  std::set<LevelAndBuild> candidates = Thresholds(recorded);
-  if (IsInRange(highest.level) && IsInRange(highest.build)) candidates.insert({highest.level, highest.build});
-  for (const LevelAndBuild& numbers : candidates) {
-    const Version version = VersionOf(numbers);
+  std::set<ClientNumber> candidates = Thresholds(recorded);
+  if (IsVersionNumber(highest.level) && IsVersionNumber(highest.build))
+    candidates.insert(static_cast<ClientNumber>(highest.level << 16 | highest.build));
+  for (const ClientNumber candidate : candidates) {
+    const Version version = VersionOf(candidate);
     if (!IsNewer(highest, version[2], version[3]) && AskClient(recorded, version).answer.offered)
       return version;
   }
@@ -196,7 +197,7 @@ void WarnOfNumbers(std::wstring_view name, Warnings& warnings) {
   bool in_range = true, plain = true;
   for (const std::wstring_view field : {*fields->level, fields->build}) {
     const std::int32_t value = text::ParseDecimal(field);
-    in_range = in_range && IsInRange(value);
+    in_range = in_range && IsVersionNumber(value);
     plain = plain && std::to_wstring(value) == field;
   }
   if (!in_range) return Warn(warnings, "out-of-range", name);
