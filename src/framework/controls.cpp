@@ -1,7 +1,7 @@
 #include "framework/controls.h"
 
 #include <initguid.h>
-#include <objbase.h>
+#include <ole2.h>
 #include <oleacc.h>
 
 #include "platform/system_library.h"
