@@ -109,8 +109,7 @@ FunctionEnd
 ; Deletes the installer's own files in the folder $R0, and the folder when nothing else is in it. korsa.ini is in the
 ; state $R1. Out: $0 0 when the program is still there.
 Function ${un}RemoveFiles
-  ${If} $R1 == "installed"
-  ${OrIf} $R1 == "taken"
+  ${If} $R1 != "changed"
     Delete "$R0\korsa.ini"
   ${EndIf}
   Delete "$R0\${IMAGE}"

@@ -69,7 +69,6 @@ remove() {
   timeout 60 wine "$(find "$drive" -name QRTTavrelUtility-uninstall.exe)" "$@" || return
   [[ $* == *_\?=* ]] || wait_until 60 is_gone entry
 }
-help() { new "$1" && grep -q 'Usage: setup.exe' "$work/output"; }
 start_utility() {
   (cd "$programs/QRT15" && exec wine QRTTavrelUtility.exe) & utility=$! && wait_until 60 quietly window
 }
@@ -79,7 +78,7 @@ close_utility() { wait_until 60 has_closed; }
 # The utility ends two seconds after the installer has started.
 new_while_closing() { { sleep 2 && kill -KILL "$utility"; } & new /S; }
 moved_seed() { grep -q TIMEOUT=20 "$drive/Tools/Ütility 2/korsa.ini"; }
-# The installation fails with these words, given as a regular expression without blanks.
+# The installer prints these words, given as a regular expression without blanks.
 says() {
   local words=$1 code=0
   shift
@@ -140,7 +139,7 @@ for options in '/D=relative\x' '/D="C:\x y"' '/D=C:\windows\explorer.exe\x' '/D=
   check "$options is refused" 2 "says full.path /S $options"
 done
 for options in '/S /d=C:\x' /s --silent; do check "$options is refused" 2 "says Unknown.option $options"; done
-for option in '/?' --help; do check "$option shows the usage" 0 "help $option"; done
+for option in '/?' --help; do check "$option shows the usage" 0 "says Usage:.setup.exe $option"; done
 check 'the uninstaller refuses an unknown option' 2 "remove /X _?=$(winepath -w "$programs/QRT15")"
 check move 0 'new /S /D=C:\Tools\Ütility 2' '~entry' -programs{,/QRT15{,/exe,/ini,/un}} \
   +Tools{,/Ütility\ 2{,/exe,/ini,/un}}

@@ -99,7 +99,7 @@ ls released/{NOTES.md,"$name"{-setup.exe,.cdx.json,.zip}} drafted/{NOTES-DRAFT.m
 grep -q UNSIGNED released/NOTES.md && grep -q UNSIGNED released/SHA256SUMS || fail "does not say UNSIGNED"
 grep -q 'DRAFT of commit 7777' drafted/NOTES-DRAFT.md && ! grep -q UNSIGNED drafted/* || fail "wrong notes of a signed draft"
 grep -qx -- '- Changed.' released/NOTES.md && ! grep -q DRAFT released/NOTES.md || fail "wrong notes of a release"
-unzip -q "released/$name.zip" && unzip -q "drafted/$name-DRAFT.zip"
+cmake -E tar xf "released/$name.zip" && cmake -E tar xf "drafted/$name-DRAFT.zip"
 for file in "$name-DRAFT"/{*.exe,trial/*.exe,*.ps1} "drafted/$name-DRAFT-setup.exe"; do
   if [[ $file == *.ps1 ]] && grep -q 'deploy.ps1 is not' drafted/NOTES-DRAFT.md; then continue; fi
   osslsigncode verify -CAfile signer.pem -TSA-CAfile stamper.pem -in "$file" >verify.log 2>&1 &&
