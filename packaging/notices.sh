@@ -4,6 +4,7 @@
 set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 1 "$@"
+[[ -r $1 ]] || die "cannot read $1"
 cat <<'EOT'
 Third-party notices
 

@@ -9,6 +9,7 @@
 set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 4 "$@"
+for file in "$1/release/generated/version.h" "$4"; do [[ -r $file ]] || die "cannot read $file"; done
 packaging=$repo/packaging build=$(realpath -- "$1") dist=$(realpath -m -- "$2") commit=$3 changes=$(<"$4")
 export TZ=UTC LC_ALL=C.UTF-8
 . "$build/release/generated/product.sh"
@@ -39,9 +40,9 @@ if [[ -n ${TAVREL_SIGN_CERTIFICATE-} ]]; then
   fi
   "$packaging/sign.sh" "${files[@]/#/$content/}"
   TAVREL_SIGN=$packaging/sign.sh "$packaging/installer.sh" "$build/release" "$content/QRTTavrelUtility.exe" >&2
+  "$packaging/sign.sh" "$build/release/$name-setup.exe"
 fi
 cp "$build/release/$name-setup.exe" "$setup"
-if [[ -n ${TAVREL_SIGN_CERTIFICATE-} ]]; then "$packaging/sign.sh" "$setup"; fi
 nsis=$(makensis -VERSION)
 nsis=${nsis#v}
 origin="The installer was made with NSIS $nsis."

@@ -7,6 +7,7 @@
 #   TAVREL_SIGN_PASSWORD_FILE  file with the password or the token's PIN; none unless set
 #   TAVREL_SIGN_TIMESTAMP      address of an RFC 3161 time-stamp server: without a time stamp, Windows distrusts the
 #                              signature as soon as the certificate has expired
+# A script (*.ps1) needs osslsigncode 2.9, of Debian 13 or of the backports for Debian 12.
 # A token needs OpenSSL's engine pkcs11 (Debian: libengine-pkcs11-openssl).
 set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
