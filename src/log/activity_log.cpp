@@ -1,9 +1,32 @@
 #include "log/activity_log.h"
 
+#include <initializer_list>
+
 #include "log/log_rules.h"
 #include "log/log_texts.h"
-#include "log/run_header.h"
 #include "platform/administrator.h"
+#include "platform/system_text.h"
+#include "product/identity.h"
+
+std::wstring InitialBuildLine() {
+  return std::wstring(identity::kProductLabel).append(log_texts::kBuildVersion);
+}
+
+std::wstring RunHeader(bool administrator, std::wstring_view invoke_mode) {
+  std::wstring header;
+  const auto add = [&header](std::initializer_list<std::wstring_view> parts) {
+    for (const std::wstring_view part : parts) header += part;
+    header += L"\n\n";
+  };
+  add({log_texts::kHeaderRule});
+  add({identity::kWindowTitle, log_texts::kFileVersion, g_strProgramFileVersion});
+  add({identity::kWindowTitle, log_texts::kDateTime, platform::FormatLocalTime(log_texts::kDateTimeFormat)});
+  add({InitialBuildLine()});
+  add({log_texts::kHeaderRule});
+  add({log_texts::kAppMode, administrator ? log_texts::kAdmin : log_texts::kUser, log_texts::kUserMode,
+       invoke_mode});
+  return header;
+}
 
 void ActivityLog::AppendLogLine(std::wstring_view text) {
   log_text_.append(text).append(L"\n\n");

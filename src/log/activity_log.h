@@ -9,6 +9,12 @@
 /// File version of this program from its own version resource, e.g. "2.0.3.0"; empty until it is read.
 inline std::wstring g_strProgramFileVersion;
 
+/// The product label followed by " Build Version : NA".
+std::wstring InitialBuildLine();
+/// The six entries at the head of a run's log, each followed by "\n\n". `invoke_mode` is the end of the last
+/// entry. Contains the local time.
+std::wstring RunHeader(bool administrator, std::wstring_view invoke_mode);
+
 /// The application's in-memory log of a run; it is never truncated. Owns the run's dated log, which also gets
 /// every entry.
 class ActivityLog : public LogSink {
@@ -21,14 +27,13 @@ class ActivityLog : public LogSink {
 
   /// Appends the run header and sets the administrator flag and the build line.
   void WriteRunHeader();
-  /// Replaces "NA" by `file_version` in every build line of the log and of the dated log's pending text.
-  /// BuildLine() keeps its text, so a later call finds nothing to replace.
+  /// Replaces "NA" by `file_version` in every build line of the log and of the dated log's pending header.
+  /// The next call looks for the same line and finds none.
   void ApplyBuildVersionToLog(std::wstring_view file_version);
 
   const std::wstring& LogText() const { return log_text_; }
   const std::wstring& NotesText() const { return notes_text_; }
   bool IsAdministrator() const { return administrator_; }
-  const std::wstring& BuildLine() const { return build_line_; }
   SystemLog& DatedLog() { return dated_log_; }
 
  private:

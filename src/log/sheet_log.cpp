@@ -1,8 +1,8 @@
 #include "log/sheet_log.h"
 
+#include "log/activity_log.h"
 #include "log/log_rules.h"
 #include "log/log_texts.h"
-#include "log/run_header.h"
 #include "log/system_log.h"
 #include "platform/administrator.h"
 

@@ -2,8 +2,9 @@
 
 #include <windows.h>
 
-/// Owners for the handles of the Windows API. A handle type is one alias of UniqueHandle over a traits type
-/// that names the handle, its invalid value and its closing function.
+#include <cstdint>
+
+/// Owners for the handles of the Windows API. A handle type is one alias of UniqueHandle over its traits.
 namespace platform {
 
 /// Saves the thread's last error and restores it at the end of the scope, so that a caller can still report
@@ -60,48 +61,21 @@ class UniqueHandle {
   Handle handle_ = Traits::Invalid();
 };
 
-/// Kernel objects whose functions report failure with a null handle.
-struct KernelTraits {
-  using Handle = HANDLE;
-  static Handle Invalid() { return nullptr; }
-  static void Close(Handle handle) { CloseHandle(handle); }
-};
-/// Files and snapshots: failure is INVALID_HANDLE_VALUE.
-struct FileTraits {
-  using Handle = HANDLE;
-  static Handle Invalid() { return INVALID_HANDLE_VALUE; }
-  static void Close(Handle handle) { CloseHandle(handle); }
-};
-struct FindTraits {
-  using Handle = HANDLE;
-  static Handle Invalid() { return INVALID_HANDLE_VALUE; }
-  static void Close(Handle handle) { FindClose(handle); }
-};
-struct RegistryTraits {
-  using Handle = HKEY;
-  static Handle Invalid() { return nullptr; }
-  static void Close(Handle handle) { RegCloseKey(handle); }
-};
-/// Brushes and fonts.
-template <class Object>
-struct GdiTraits {
-  using Handle = Object;
-  static Handle Invalid() { return nullptr; }
-  static void Close(Handle handle) { DeleteObject(handle); }
-};
-struct SidTraits {
-  using Handle = PSID;
-  static Handle Invalid() { return nullptr; }
-  static void Close(Handle handle) { FreeSid(handle); }
+/// `close`: the function that closes the handle. `invalid`: the value that reports a failure.
+template <class Type, auto close, std::intptr_t invalid = 0>
+struct HandleTraits {
+  using Handle = Type;
+  static Handle Invalid() { return reinterpret_cast<Handle>(invalid); }
+  static void Close(Handle handle) { close(handle); }
 };
 
-using UniqueKernelHandle = UniqueHandle<KernelTraits>;
-using UniqueFile = UniqueHandle<FileTraits>;
-using UniqueSnapshot = UniqueHandle<FileTraits>;
-using UniqueFind = UniqueHandle<FindTraits>;
-using UniqueRegistryKey = UniqueHandle<RegistryTraits>;
-using UniqueBrush = UniqueHandle<GdiTraits<HBRUSH>>;
-using UniqueFont = UniqueHandle<GdiTraits<HFONT>>;
-using UniqueSid = UniqueHandle<SidTraits>;
+using UniqueKernelHandle = UniqueHandle<HandleTraits<HANDLE, &CloseHandle>>;
+using UniqueFile = UniqueHandle<HandleTraits<HANDLE, &CloseHandle, -1>>;
+using UniqueSnapshot = UniqueFile;
+using UniqueFind = UniqueHandle<HandleTraits<HANDLE, &FindClose, -1>>;
+using UniqueRegistryKey = UniqueHandle<HandleTraits<HKEY, &RegCloseKey>>;
+using UniqueBrush = UniqueHandle<HandleTraits<HBRUSH, &DeleteObject>>;
+using UniqueFont = UniqueHandle<HandleTraits<HFONT, &DeleteObject>>;
+using UniqueSid = UniqueHandle<HandleTraits<PSID, &FreeSid>>;
 
 }  // namespace platform

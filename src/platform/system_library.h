@@ -5,9 +5,8 @@
 #include <bit>
 #include <type_traits>
 
-/// Windows libraries that the first call of one of their functions loads. They are not loaded with the
-/// program, because a run may not need them, or because a file of the same name in the program's folder must
-/// not replace them.
+/// Windows libraries that are loaded at the first call of a function, not with the program: a run may not
+/// need them, and a planted file of the same name must not win.
 namespace platform {
 
 /// Restricts the search for libraries to the system's folder; side-by-side assemblies of the manifest still

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <thread>
 
 #include "platform/profile.h"
 #include "platform/sharing.h"
@@ -38,10 +37,11 @@ TEST_CASE("list file: only the file that was written is read, and no other proce
   CHECK(names == std::vector<std::wstring>{L"a"});
 
   platform::UniqueFile writer = open_for_writing();
-  std::jthread closer([&writer] { Sleep(100), writer.reset(); });
-  platform::g_nWaitLeftMs = 1000;
-  CHECK(file.ReadNames(names));
-  closer.join();
+  {
+    const ImportHook<Sleep> pause("Sleep", [&writer](DWORD) { writer.reset(); });
+    platform::g_nWaitLeftMs = platform::kWaitMs;
+    CHECK(file.ReadNames(names));
+  }
   writer = open_for_writing();
   platform::g_nWaitLeftMs = 50;
   CHECK_FALSE(file.ReadNames(names));

@@ -176,25 +176,19 @@ TEST_CASE_FIXTURE(LogFolder,
   CHECK(activity.IsAdministrator());
   CHECK(Utf8(activity.LogText()) ==
         Utf8(header(L"App  Mode: Admin, User Mode: NA, Invoke Mode: Patch verfication.")));
+  activity.AppendLogLine(L"");
   activity.AppendLogLine(L"settings");
+  CHECK(activity.LogText().ends_with(L"verfication.\n\n\n\nsettings\n\n"));
   SheetLog sheet(activity.DatedLog());
   const ImportHook<AccessCheck> refused("AccessCheck", 5);
   CHECK_FALSE(sheet.WriteRegularRunHeader());
   sheet.Append(L"");
   sheet.Append(L"check");
   sheet.AppendSheetLine(L"page");
-  CHECK(Utf8(sheet.SheetLogText()) == Utf8(regular + L"check\n\npage\n\n"));
-  CHECK(Utf8(activity.DatedLog().PendingText()) == Utf8(regular + L"settings\n\ncheck\n\n"));
+  sheet.AppendSheetLine(L"", true);
+  sheet.AppendSheetLine(L"line", true);
+  CHECK(Utf8(sheet.SheetLogText()) == Utf8(regular + L"check\n\npage\n\nline\n"));
+  CHECK(Utf8(activity.DatedLog().PendingText()) == Utf8(regular + L"\n\nsettings\n\ncheck\n\n"));
   sheet.ApplyBuildVersionToLog(L"15.0.2.5");
   CHECK(activity.DatedLog().PendingText().find(L"Build Version : 15.0.2.5\n\n") != std::wstring::npos);
-}
-
-TEST_CASE("an empty entry adds its separator to the activity log and nothing to the sheet log") {
-  ActivityLog activity;
-  SheetLog sheet(activity.DatedLog());
-  for (const wchar_t* text : {L"", L"a"}) {
-    activity.AppendLogLine(text);
-    for (const bool single : {true, false}) sheet.AppendSheetLine(text, single);
-  }
-  CHECK((activity.LogText() == L"\n\na\n\n" && sheet.SheetLogText() == L"a\na\n\n"));
 }
