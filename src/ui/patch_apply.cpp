@@ -80,6 +80,8 @@ void PatchApply::OnCommand(int id, int code) {
                  {IDC_HIDE_NETWORK_ERRORS, &PatchApply::OnHideNetworkErrors},
                  {IDC_CONTINUE, &PatchApply::OnContinueWithoutUpdates}};
   if (code != BN_CLICKED) return;
+  // Each action of the user has its own time to wait for files.
+  platform::g_nWaitLeftMs = platform::kWaitMs;
   for (const auto& click : kClicks) {
     if (click.id == id) (this->*click.handler)();
   }
