@@ -69,7 +69,7 @@ class Installation {
   void Install(Layout layout,
                const std::wstring& address = L"http://updates.varnexa.example/patches/updates.ini");
   /// Copies a stand-in executable into the product folder, in place of another one. Its file version is one
-  /// of 15.0.0.36, 15.0.1.0, 15.0.2.5 and 15.0.2.7.
+  /// of 15.0.1.0, 15.0.2.5 and 15.0.2.7.
   void PlaceExecutable(std::wstring_view version);
   /// Writes the settings file with this text below its section's heading.
   void WriteSettings(std::string_view lines);
