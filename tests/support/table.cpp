@@ -1,6 +1,5 @@
 #include "support/table.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -13,20 +12,17 @@ namespace {
 std::wstring Unescape(const std::wstring& text) {
   std::wstring result;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != L'\\') {
+    const bool escaped = text[i] == L'\\' && i + 1 < text.size();
+    const std::size_t letter = escaped ? kLetters.find(Bytes(text.substr(i + 1, 1))) : kLetters.npos;
+    if (!escaped) {
       result += text[i];
-      continue;
-    }
-    const std::string code = Bytes(text.substr(i + 1, 5));
-    const std::size_t letter = kLetters.find(code.substr(0, 1));
-    if (!code.empty() && letter != kLetters.npos) {
+    } else if (letter != kLetters.npos) {
       result += kEscaped[letter];
-      ++i;
-    } else if (std::regex_match(code, std::regex("u[0-9A-F]{4}"))) {
-      result += static_cast<wchar_t>(std::stoi(code.substr(1), nullptr, 16));
-      i += 5;
+      i += 1;
     } else {
-      Refuse("unknown escape after", result);
+      // Throws when it is no "u" with hexadecimal digits.
+      result += static_cast<wchar_t>(std::stoi(Bytes(text.substr(i + 2, 4)), nullptr, 16));
+      i += 5;
     }
   }
   return result;
@@ -45,10 +41,9 @@ std::vector<Row> ReadTable(const char* file, std::size_t least, std::size_t most
   std::vector<Row> rows;
   for (std::string line; std::getline(lines, line);) {
     if (line.empty() || line[0] == '#') continue;
-    const std::wstring wide(line.begin(), line.end());
-    if (std::any_of(line.begin(), line.end(), [](char c) { return c < 0; })) Refuse("not ASCII", wide);
     Row& row = rows.emplace_back();
-    for (const std::wstring& column : Split(wide, L';')) row.push_back(Unescape(column));
+    for (const std::wstring& column : Split(std::wstring(line.begin(), line.end()), L';'))
+      row.push_back(Unescape(column));
     if (row.size() < least || row.size() > most) Refuse("wrong number of columns", row[0]);
   }
   if (rows.empty()) throw std::invalid_argument(std::string("no rows in ") + file);
