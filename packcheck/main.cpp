@@ -64,9 +64,10 @@ int CheckLists(const CLI::App& app, const Options& options, std::optional<std::s
     std::erase_if(report.warnings, [&](const packcheck::Warning& warning) {
       return std::count(options.ignored.begin(), options.ignored.end(), warning.code) != 0;
     });
-    std::string text =
-        options.json ? packcheck::AsJson(report, several ? list : "") : packcheck::AsText(report);
-    if (several && !options.json) text = console::Printable(std::string_view(list)) + ":\n" + text + "\n";
+    const bool named = several && !options.json;
+    std::string text = named ? console::Printable(std::string_view(list)) + ":\n" : "";
+    text += options.json ? packcheck::AsJson(report, several ? list : "") : packcheck::AsText(report);
+    if (named) text += "\n";
     if (!console::Print(app, text)) return console::kFailed;
     if (!report.warnings.empty()) status = std::max<int>(status, console::kFound);
   }
