@@ -1,6 +1,9 @@
 #include "acceptance/driver.h"
 
+#include <tlhelp32.h>
+
 #include <algorithm>
+#include <filesystem>
 
 #include "platform/folders.h"
 #include "resource.h"
@@ -105,6 +108,19 @@ HWND Run::Find(bool sheet, HWND other) const {
 
 HWND Run::Control(int id) const {
   return Item(Sheet(), id);
+}
+
+std::set<std::wstring> Run::Libraries() const {
+  std::set<std::wstring> names;
+  const platform::UniqueSnapshot snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPMODULE, process_.dwProcessId));
+  MODULEENTRY32W module{};
+  module.dwSize = sizeof module;
+  for (BOOL found = Module32FirstW(snapshot.get(), &module); found;
+       found = Module32NextW(snapshot.get(), &module)) {
+    CharLowerW(module.szModule);
+    names.insert(std::filesystem::path(module.szModule).stem().wstring());
+  }
+  return names;
 }
 
 bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds) {

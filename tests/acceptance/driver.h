@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <set>
 #include <string>
 
 #include "support/http_server.h"
@@ -44,6 +45,8 @@ class Run {
   /// Waits for a dialog that is neither the sheet nor `other`: a message box or the save dialog.
   HWND Dialog(HWND other) const { return Find(false, other); }
   HWND Control(int id) const;
+  /// Names of the libraries that are loaded, without their extension and in lower case.
+  std::set<std::wstring> Libraries() const;
 
  private:
   HWND Find(bool sheet, HWND other) const;

@@ -62,6 +62,19 @@ TEST_CASE_FIXTURE(Session, "the log names a missing fact before the start-up che
   CHECK(Count(machine.Log(), "Check Product Updates Availability : End") == 1);
 }
 
+TEST_CASE_FIXTURE(Session, "a start-up check without a window loads no library that windows need") {
+  Serve(404, 500);
+  machine.WriteSettings("IGNORE_PATCH_ERROR=TRUE\r\n");
+  Begin(L"2");
+  Blocked();
+  const std::set<std::wstring> loaded = run->Libraries();
+  CHECK(loaded.contains(L"wininet"));
+  for (const wchar_t* name : {L"comctl32", L"comdlg32", L"ole32", L"oleacc", L"uxtheme"}) {
+    CHECK_MESSAGE(!loaded.contains(name), Utf8(name));
+  }
+  Ended();
+}
+
 TEST_CASE_FIXTURE(Session,
                   "the utility loads the libraries of Windows, not files of the same names beside it") {
   for (const wchar_t* name : {L"comctl32", L"comdlg32", L"ole32", L"oleacc", L"uxtheme", L"wininet"}) {
