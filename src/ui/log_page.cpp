@@ -19,7 +19,6 @@ void CLogTrace::OnInitDialog() {
   AttachControl(IDC_LOG_TEXT, log_text_);
   AttachControl(IDC_SAVE_LOG, save_button_);
   AttachControl(IDC_LOG_FILE, log_file_link_);
-  SendMessageW(log_text_.Handle(), EM_SETLIMITTEXT, 0, 0);  // 0: the largest limit
   ShowLog();
 }
 

@@ -164,6 +164,13 @@ std::string WindowText(HWND window) {
   return support::Utf8(text);
 }
 
+void PressMouse(HWND window) {
+  RECT area{};
+  GetWindowRect(window, &area);
+  SetCursorPos((area.left + area.right) / 2, (area.top + area.bottom) / 2);
+  for (const DWORD event : {MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP}) mouse_event(event, 0, 0, 0, 0);
+}
+
 void Press(const std::vector<BYTE>& keys) {
   for (auto key = keys.begin(); key != keys.end(); ++key) keybd_event(*key, 0, 0, 0);
   for (auto key = keys.rbegin(); key != keys.rend(); ++key) keybd_event(*key, 0, KEYEVENTF_KEYUP, 0);

@@ -64,6 +64,8 @@ LRESULT Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0);
 std::string WindowText(HWND window);
 /// Presses keys one after the other and releases them in the reverse order, as a keyboard does.
 void Press(const std::vector<BYTE>& keys);
+/// Clicks in the middle of a window as a mouse does, whether or not it is enabled.
+void PressMouse(HWND window);
 
 /// A list on the server with one pack: 15.0.2.7.
 inline constexpr char kOnePack[] = "[Update Packs for Versions]\r\n15.0=\r\n[Varnexa15_0_2_7]\r\nSize=1\r\n";
