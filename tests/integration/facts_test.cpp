@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <shlobj.h>
+
 #include <optional>
 #include <regex>
 #include <vector>
@@ -215,6 +217,23 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
     CHECK(Utf8(run.LogText()) == Utf8(Entries(row.log)));
     CHECK(Utf8(run.NotesText()) == Utf8(Entries(row.log, L"\n")));
   }
+}
+
+TEST_CASE("settings that cannot be copied, or have no folder, are logged, and the check goes on") {
+  Machine machine;
+  support::WriteBytes(SeedOf(machine), *FileOf(kNever));
+  platform::g_nWaitLeftMs = 0;
+  const support::ShareLock holder(SeedOf(machine));
+  RunState run;
+  CHECK(run.PrepareServerSettings());
+  CHECK(Utf8(run.LogText()) ==
+        Utf8(Entries({kFolderCreated, kCopyFailed, L"Error : 32", kValidationFailed})));
+  const ImportHook<SHGetFolderPathW> no_documents("SHGetFolderPathW", 2u, E_FAIL);
+  RunState lost;
+  CHECK(lost.PrepareServerSettings());
+  lost.ResolveSettingsFile();
+  CHECK(lost.SettingsFilePath.empty());
+  CHECK(Utf8(lost.LogText()) == Utf8(Entries({kFolderPathEmpty})));
 }
 
 TEST_CASE("a settings folder and file that another start makes at the same moment are used") {

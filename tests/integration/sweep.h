@@ -37,11 +37,17 @@ Run Perform(const Plan& plan, const std::function<void()>& act);
 /// network or security and that no row of the table of functions covers.
 std::string UncoveredImports(const wchar_t* program);
 
+/// A part of a run that the sweep repeats with failing calls.
 struct Scene {
-  std::string name;                        ///< its first letter stands for it in the tables
-  bool pairs;                              ///< two calls fail as well
+  std::string name;
+  bool pairs = false;                      ///< two calls fail as well
   void (*arrange)(support::Machine&);      ///< on top of what every scene finds
-  std::wstring (*act)(support::Machine&);  ///< its log entries and messages, "-- " and the results
+  std::wstring (*act)(support::Machine&);  ///< returns its log, "-- " and the results
+  /// What does not hold after a run, whatever failed; gets the log, "-- ", results and changed files.
+  std::wstring (*broken)(const std::wstring& report) = nullptr;
+  /// The permitted results, each followed by the changed files with their content; each occurs. "log:" stands
+  /// for the log folder and the beginning of its files' names.
+  std::vector<std::wstring> ends;
 };
 const std::vector<Scene>& Scenes();
 /// Prepares what every scene finds: settings, a registered product with its executable, logs, and other

@@ -10,6 +10,7 @@
 #include <regex>
 #include <tuple>
 
+#include "support/table.h"
 #include "support/text.h"
 #include "sweep.h"
 #include "text/text.h"
@@ -109,7 +110,7 @@ std::vector<DWORD> Codes(auto... codes) {
 template <auto... Imported>
 void Watch(Functions& watched, std::wstring_view names, int failed, const std::vector<DWORD>& codes,
            const wchar_t* handle) {
-  const std::vector<std::wstring> split = support::Split(names, L',');
+  const std::vector<std::wstring> split = Split(names, L',');
   auto next = split.begin();
   const auto watch = [&](Function& function) {
     const std::wstring_view name = text::Trim(*next++);
