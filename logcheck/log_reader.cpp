@@ -165,7 +165,12 @@ void LogReader::TakeLine(View line) {
   if (const Text* text = FindText(line)) return TakeEntry(*text, line, {});
   while (!line.empty()) {
     const std::size_t end = std::min({line.find('\0'), line.find(kMark), line.size()});
-    if (const View part = Trim(line.substr(0, end)); !part.empty()) TakePart(part);
+    const View part = Trim(line.substr(0, end));
+    if (const Text* text = FindText(part)) {
+      TakeEntry(*text, part, {});
+    } else if (!part.empty()) {
+      TakePart(part);
+    }
     line.remove_prefix(std::min(end + (line.substr(end).starts_with(kMark) ? kMark.size() : 1), line.size()));
   }
 }
