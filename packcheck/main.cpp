@@ -65,9 +65,9 @@ int CheckLists(const CLI::App& app, const Options& options, std::optional<std::s
       return std::count(options.ignored.begin(), options.ignored.end(), warning.code) != 0;
     });
     const bool named = several && !options.json;
-    std::string text = named ? console::Printable(std::string_view(list)) + ":\n" : "";
+    std::string text = named && &list != &options.lists.front() ? "\n" : "";
+    if (named) text.append(console::Printable(std::string_view(list))).append(":\n");
     text += options.json ? packcheck::AsJson(report, several ? list : "") : packcheck::AsText(report);
-    if (named) text += "\n";
     if (!console::Print(app, text)) return console::kFailed;
     if (!report.warnings.empty()) status = std::max<int>(status, console::kFound);
   }
