@@ -17,6 +17,7 @@ set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/scripts/lib.sh"
 
 draft=
+export TAVREL_DRAFT=
 commits=()
 for argument; do
   case $argument in
@@ -38,9 +39,7 @@ unreleased=$(changelog '\[Unreleased\]')
 if [[ -n $draft ]]; then
   changes=${unreleased:-$changes}
   TAVREL_DRAFT=$(git rev-list --count "$commit")
-  export TAVREL_DRAFT
 else
-  unset TAVREL_DRAFT
   git tag --points-at "$commit" | grep -qxF "v$version" ||
     die "the commit has no tag v$version: set it (git tag), or make a draft (--draft)"
   [[ -z $unreleased ]] ||

@@ -61,7 +61,6 @@ Function ${un}CheckCommandLine
     ${If} $R0 == ""
       ${Break}
     ${ElseIf} $R0 == "/?"
-    ${OrIf} $R0 == "/help"
     ${OrIf} $R0 == "--help"
       !insertmacro Print "${usage}"
       ${If} $Printed = 0

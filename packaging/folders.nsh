@@ -79,11 +79,14 @@ Function RemoveMadeFolders
 FunctionEnd
 
 ; Sets owner and access list of the open folder $R0 but not of its files. (SetSecurityInfo would change the files too,
-; and with them the targets of hard links.) Out: $0 0 when it failed.
+; and with them the targets of hard links.)
 Function SetRights
   Call MakeRights
   ; OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION
   System::Call 'advapi32::SetKernelObjectSecurity(p R0, i 0x80000005, p r1) i .r0'
+  ${If} $0 = 0
+    !insertmacro Fail ${EXIT_FAILED} "The rights on $LogFolder or on the folder above it cannot be set."
+  ${EndIf}
 FunctionEnd
 
 ; Out: $0 1 when the open object $R0 belongs to administrators, the system or the account that runs the installer.
@@ -246,9 +249,6 @@ Function PrepareLogFolder
   StrCpy $R0 $LogHandle
   StrCpy $R1 "${CLOSED_RIGHTS}"
   Call SetRights
-  ${If} $0 = 0
-    !insertmacro Fail ${EXIT_FAILED} "The rights on $LogFolder cannot be set."
-  ${EndIf}
   Call PrepareNotice
   ${If} $0 = -1
     !insertmacro Fail ${EXIT_FAILED} "$LogFolder\${NOTICE} cannot be written."
@@ -261,12 +261,7 @@ Function PrepareLogFolder
   Call SetRights
   StrCpy $R0 $ParentHandle
   StrCpy $R1 "${PARENT_RIGHTS}"
-  ${If} $0 <> 0
-    Call SetRights
-  ${EndIf}
-  ${If} $0 = 0
-    !insertmacro Fail ${EXIT_FAILED} "The rights on $LogFolder cannot be set."
-  ${EndIf}
+  Call SetRights
   System::Call 'kernel32::CloseHandle(p $LogHandle)'
   System::Call 'kernel32::CloseHandle(p $ParentHandle)'
 FunctionEnd
