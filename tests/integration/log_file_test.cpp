@@ -143,13 +143,15 @@ TEST_CASE_FIXTURE(LogFolder, "what could not be written is written later, with t
 TEST_CASE_FIXTURE(LogFolder, "an append waits for another process, and keeps others from writing meanwhile") {
   Have(L"A", 5);
   const support::HeldForAMoment other(Path(L"A"));
+  bool alone = true;
   const ImportHook<WriteFile> write("WriteFile", [&](auto... all) {
-    CHECK(CreateFileW(Path(L"A").c_str(), GENERIC_WRITE, platform::kShareAll, nullptr, OPEN_EXISTING, 0,
-                      nullptr) == INVALID_HANDLE_VALUE);
+    alone &= !platform::UniqueFile(CreateFileW(Path(L"A").c_str(), GENERIC_WRITE, platform::kShareAll,
+                                               nullptr, OPEN_EXISTING, 0, nullptr));
     return write.original(all...);
   });
   platform::g_nWaitLeftMs = 50;
   Write(L"new");
+  CHECK(alone);
   CHECK(Text(L"A") == "old\r\nnew\r\n");
 }
 
