@@ -44,8 +44,8 @@ void PatchApply::OnInitDialog() {
     return;
   }
   if (g_nUpdateCheckCount == 0) m_bAdministrator = sheet_.WriteRegularRunHeader();
-  // The check blocks this thread until the server has answered, so the sheet must be visible first. A posted
-  // message is dispatched only after Windows has shown the sheet.
+  // The check blocks this thread until the server has answered, so the sheet must be visible first. Its
+  // loop dispatches a posted message after it has shown the sheet.
   first_check_pending_ = true;
   UpdatePageState();
   PostMessageW(Handle(), kFirstCheckMessage, 0, 0);

@@ -110,11 +110,6 @@ struct Session {
     requests = server.Requests().size();
   }
   void Ended() { CHECK(run->End() == "exit code 0"); }
-  /// Another program cancels the sheet by a message that it sends, as no user can.
-  void Cancelled() {
-    Ask(run->Sheet(), PSM_PRESSBUTTON, PSBTN_CANCEL);
-    Ended();
-  }
   void Click(int id) { PostMessageW(Control(id), BM_CLICK, 0, 0); }
   /// As a click, whether or not the control is enabled.
   void Command(int id) { Ask(GetParent(Control(id)), WM_COMMAND, MAKEWPARAM(id, BN_CLICKED)); }
@@ -126,8 +121,6 @@ struct Session {
     Ask(GetDlgItem(save_dialog, cmb13), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
     PostMessageW(GetDlgItem(save_dialog, IDOK), BM_CLICK, 0, 0);
   }
-  /// The answer to the question whether to replace a file.
-  void Replace(int answer) { Close(run->Dialog(save_dialog), answer); }
 
   // --- What has to be seen.
 
@@ -183,12 +176,6 @@ struct Session {
     CHECK(there() == text);
   }
   void SettingsAre(const std::string& lines) { File(L"korsa.ini", "[KORSA_URL]\r\n" + lines); }
-  /// Which of the launched products still run.
-  std::vector<bool> Running() const {
-    std::vector<bool> running;
-    for (const Run& product : products) running.push_back(product.Runs());
-    return running;
-  }
   void Shown(int id) {
     CHECK(WaitUntil([&] { return IsWindowVisible(Control(id)) != FALSE; }));
   }

@@ -16,8 +16,7 @@ constexpr char kRetry[] = "Product Updates Retry Attempted...";
 
 }  // namespace
 
-TEST_CASE_FIXTURE(
-    Session, "the argument \"2\" alone asks for the start-up check, which ends when it is switched off") {
+TEST_CASE_FIXTURE(Session, "the argument \"2\" alone asks for the start-up check") {
   Settings("CHECKUPDATES= false \r\n");
   for (const wchar_t* arguments : {L"2", L"-2", L"other.txt \"/2\" /more"}) {
     Begin(arguments);
@@ -26,12 +25,12 @@ TEST_CASE_FIXTURE(
   CHECK(machine.Log().empty());
   for (const wchar_t* arguments : {L"22", L"--2"}) {
     Start(arguments);
-    Cancelled();
+    Ask(run->Sheet(), PSM_PRESSBUTTON, PSBTN_CANCEL);  // sent, as another program can
+    Ended();
   }
 }
 
-TEST_CASE_FIXTURE(Session,
-                  "each run appends what the log page shows to the log file, and the page keeps its place") {
+TEST_CASE_FIXTURE(Session, "each run logs what the log page shows, and the page keeps its place") {
   Start(L"/2");
   Logged(kFound);
   Click(IDC_CONTINUE);
@@ -76,8 +75,7 @@ TEST_CASE_FIXTURE(Session, "a start-up check without a window loads no library t
   Ended();
 }
 
-TEST_CASE_FIXTURE(Session,
-                  "the utility loads the libraries of Windows, not files of the same names beside it") {
+TEST_CASE_FIXTURE(Session, "the utility loads no library from its own folder") {
   for (const wchar_t* name : {L"comctl32", L"comdlg32", L"ole32", L"oleacc", L"uxtheme", L"wininet"}) {
     constexpr wchar_t kRule[] = L"native,builtin";  // files before Wine's own
     RegSetKeyValueW(HKEY_CURRENT_USER, kLibraryRules, name, REG_SZ, kRule, sizeof kRule);
@@ -90,8 +88,7 @@ TEST_CASE_FIXTURE(Session,
   Close(Box(ui_texts::kLogSaved), IDOK);
 }
 
-TEST_CASE_FIXTURE(Session,
-                  "during a check no old result is painted, and of all input only Escape and Alt+F4 count") {
+TEST_CASE_FIXTURE(Session, "during a check no old result is painted; only Escape and Alt+F4 count") {
   Serve(404, 2000);
   Begin();
   Blocked();
@@ -120,8 +117,7 @@ TEST_CASE_FIXTURE(Session,
   }
 }
 
-TEST_CASE_FIXTURE(Session,
-                  "keys change the page and open the about box, F1 does nothing, Help closes the window") {
+TEST_CASE_FIXTURE(Session, "keys change the page and open the about box; Help closes the window") {
   Start();
   Press({VK_CONTROL, VK_TAB});
   Shown(IDC_LOG_TEXT);
@@ -140,15 +136,15 @@ TEST_CASE_FIXTURE(Session,
   Ended();
 }
 
-TEST_CASE_FIXTURE(Session,
-                  "an update that cannot start shows and logs the reason, also when the user logs off") {
+TEST_CASE_FIXTURE(Session, "an update that cannot start says and logs why, also at log-off") {
   Fact(L"DisplayIcon", L"Qrt.exe");
   Start();
   Click(IDC_INSTALL);
   const std::wstring no_path = std::wstring(ui_texts::kPathNotFound) + L"\n\n";
   Close(Box(no_path), IDOK);
   Logged("End ============\n\n" + Utf8(ui_texts::kPathNotFound) + "\n\n");
-  Cancelled();
+  Ask(run->Sheet(), PSM_PRESSBUTTON, PSBTN_CANCEL);
+  Ended();
   LogFile("The patch application path not found.");
   const std::wstring gone = machine.ProductFolder() + L"\\Gone.exe";
   Fact(L"DisplayIcon", gone.c_str());
@@ -160,8 +156,7 @@ TEST_CASE_FIXTURE(Session,
   LogFile("The patch application file not found.");
 }
 
-TEST_CASE_FIXTURE(Session,
-                  "only a Yes ends the running product and starts the update; a folder keeps the name") {
+TEST_CASE_FIXTURE(Session, "only a Yes ends the product and starts the update; a folder keeps the name") {
   for (const wchar_t* name : {L"product\\Qrt.exe", L"product\\Qrt.exe", L"QRT.EXE"}) Launch(name);
   Start();
   Press({VK_RETURN});
@@ -169,13 +164,13 @@ TEST_CASE_FIXTURE(Session,
   Press({VK_RETURN});
   CHECK(WaitUntil([question] { return !IsWindowVisible(question); }));
   Answered();
-  CHECK(Running() == std::vector{true, true, true});
+  CHECK((products[0].Runs() && products[1].Runs() && products[2].Runs()));
   Fact(L"DisplayIcon", (machine.ProductFolder() + L"\\").c_str());
   Command(IDC_RETRY);
   Click(IDC_INSTALL);
   Close(Box(ui_texts::kCloseProduct), IDYES);
   Ended();
-  CHECK(Running() == std::vector{false, false, true});
+  CHECK((!products[0].Runs() && !products[1].Runs() && products[2].Runs()));
   File(L"product\\qrt-arguments.txt", "/update\r\n" + Utf8(machine.ProductFolder()) + "\r\n");
 }
 
@@ -238,16 +233,16 @@ TEST_CASE_FIXTURE(Session, "the log is saved where the user says, and only a Yes
   Close(Box(ui_texts::kBadFileName), IDOK);
   File(L"log.txt", "none");
   SaveAs(L"have");
-  Replace(IDYES);
+  Close(run->Dialog(save_dialog), IDYES);
   Close(Box(ui_texts::kLogSaved), IDOK);
   File(L"have.txt", std::regex_replace(page, std::regex("\n"), "\r\n"));
   support::WriteBytes(machine.File(L"have.txt"), "old");
   const support::ShareLock lock(machine.File(L"have.txt"), FILE_SHARE_READ);
   SaveAs(L"have.txt");
-  Replace(IDYES);
+  Close(run->Dialog(save_dialog), IDYES);
   Close(Box(ui_texts::kLogNotSaved), IDOK);
   SaveAs(L"have.txt");
-  Replace(IDNO);
+  Close(run->Dialog(save_dialog), IDNO);
   Close(save_dialog, IDCANCEL);
   File(L"have.txt", "old");
 }
