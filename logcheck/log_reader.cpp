@@ -16,7 +16,7 @@ namespace {
 
 using View = std::string_view;
 
-constexpr std::size_t kLineLimit = 4096, kRunLimit = 4 * 1024 * 1024, kUnknownKept = 1000;
+constexpr std::size_t kLineLimit = 4096, kRunLimit = 256 * 1024, kUnknownKept = 1000;
 /// A byte order mark (of a file that was appended to another).
 constexpr View kMark = "\xEF\xBB\xBF";
 constexpr std::array<View, 12> kMonths = {"January",   "February", "March",    "April",

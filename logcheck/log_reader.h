@@ -48,7 +48,7 @@ struct Run {
 };
 
 /// Reads a log block by block, in memory that does not depend on its size: lines are cut after 4 KiB, a
-/// longer run than 4 MiB is given in parts, and of its unknown lines 1,000 are kept. Lines end in LF, CR LF
+/// longer run than 256 KiB is given in parts, and of its unknown lines 1,000 are kept. Lines end in LF, CR LF
 /// or CR; blank lines do not count. A run begins where a header begins. Entries before the first header are a
 /// run without a header. A text that is not a log is one run without header and checks; an empty text has no
 /// run.

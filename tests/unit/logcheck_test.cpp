@@ -153,7 +153,7 @@ TEST_CASE("the memory for a log has a bound") {
   CHECK(foreign[0].unknown.size() == 1000);
   CHECK(RunsOf(std::string(100000, 'x'))[0].unknown[0].size() == 4096);
   log = kHeader;
-  while (log.size() < 5000000) log += Join({kRetry, kProbeFailed});
+  while (log.size() < 400000) log += Join({kRetry, kProbeFailed});
   CHECK(RunsOf(log).size() == 2);
 }
 
