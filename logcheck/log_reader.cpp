@@ -208,9 +208,11 @@ void LogReader::TakeEntry(const Text& text, View line, View rest) {
   if (text.text == update_texts::kRecordReadFailed && run_.unknown_lines <= kUnknownKept) {
     // The lines before this entry are Windows' message, in any language.
     const auto first = run_.unknown.end() - static_cast<std::ptrdiff_t>(unknown_in_a_row_);
-    for (auto message = first; message != run_.unknown.end(); ++message)
-      run_.text.append(*message).append("\n");
-    entry.rest = {.start = entry.lines.start, .size = run_.text.size() - entry.lines.start};
+    for (auto message = first; message != run_.unknown.end(); ++message) {
+      run_.text.append(*message);
+      entry.rest = {.start = entry.lines.start, .size = run_.text.size() - entry.lines.start};
+      run_.text += '\n';
+    }
     run_.unknown.erase(first, run_.unknown.end());
     run_.unknown_lines -= unknown_in_a_row_;
   }

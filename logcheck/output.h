@@ -41,7 +41,7 @@ struct RunReport {
 JSON_OF(RunReport, file, time, mode, utility, product, administrator, checks, unknown, unknown_lines)
 
 RunReport MakeReport(const Run& run, const std::string& file);
-/// The run as text: at most 23 lines of at most 100 characters, safe on a terminal.
+/// The run as text: at most 30 lines of at most 100 bytes, safe on a terminal.
 std::string AsText(const RunReport& report);
 
 /// The runs with one outcome and error.

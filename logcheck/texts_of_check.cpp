@@ -25,9 +25,9 @@ constexpr std::string_view kCheckVersion =
     " is in the folder Installpath and can be read at any time: a version that is not read counts as 0";
 constexpr std::string_view kRemoveRecord =
     "compare it with the version of " TAVREL_IMAGE
-    " in the folder Installpath: if the pack is newer, delete the record as an administrator; if not, the "
-    "version was not read and counted as 0: keep the record, and see that the file is in that folder and can "
-    "be read at any time";
+    " in the folder Installpath: delete the record as an administrator "
+    "only if its pack is newer; otherwise that version was not read and counted as 0: make the file readable "
+    "there";
 
 /// The program has this text as bytes; all others are wide.
 constexpr auto kHistoryFailed = [] {

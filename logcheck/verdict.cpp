@@ -67,7 +67,7 @@ constexpr std::string_view kTorn =
     "let the window finish";
 constexpr std::string_view kTornError = "the log ends here";
 /// In characters: longest message or path of a log that an advice quotes.
-constexpr std::size_t kQuoted = 200;
+constexpr std::size_t kQuoted = 120;
 
 bool Is(const Entry& entry, std::wstring_view text) {
   return entry.text->text == text;

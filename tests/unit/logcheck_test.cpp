@@ -175,7 +175,7 @@ TEST_CASE("the outcome, code, step and advice of a check are those that decided 
       {{kCompleted, kRecordFound, L"Zugriff verweigert", kRecordReadFailed, kDetailsFound[2]},
        "offered 2 ",
        {},
-       "(Zugriff verweigert"},
+       "(Zugriff verweigert)"},
       {{kCompleted, kDetailsNotFound[2], kMatching},
        "none 2 ",
        {},
@@ -191,7 +191,7 @@ TEST_CASE("the outcome, code, step and advice of a check are those that decided 
        "offered 1 ",
        {},
        "a version that is not read counts as 0"},
-      {{kCompleted, kRecordDenied, kDetailsFound[1]}, "offered 1 ", {}, "if the pack is newer, delete"},
+      {{kCompleted, kRecordDenied, kDetailsFound[1]}, "offered 1 ", {}, "only if its pack is newer"},
       {{kCompleted, kRecordDeletedInteractive, kDetailsFound[1]}, "offered 1 ", {}, "keep the record", false},
       // A portal's page.
       {{kFound, kCompleted, kRecordMissing, kDetailsNotFound[3]}, "no-list 3 ", {}, "updates.ini"},
