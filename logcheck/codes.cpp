@@ -70,9 +70,9 @@ constexpr Code kCodes[] = {
 
     // WinINet's error codes.
     Error("12001", "no more internet handles can be made", kRestart),
-    Error("12002", "the answer took too long",
+    Error("12002", "the answer took too long, or the server sent more than ten redirections",
           "check the update server and the line; the utility waits TIMEOUT seconds (korsa.ini) for each part "
-          "of the answer, and 5 minutes for the whole list"),
+          "of the answer, and 5 minutes for all of it"),
     Error("12004", "an internal error of Windows' internet functions", kRestart),
     Error("12005", "the address is malformed",
           "check UPDATE_LOC in the user's korsa.ini, and that the update server sends no redirection"),

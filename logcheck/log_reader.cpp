@@ -79,9 +79,8 @@ View CodePrefix() {
   return prefix;
 }
 
-/// True, false, or nothing when the line is torn.
-std::optional<bool> Choice(bool yes, bool no) {
-  return yes || no ? std::optional(yes) : std::nullopt;
+std::optional<std::string> OrNothing(View text) {
+  return text.empty() ? std::nullopt : std::optional<std::string>(text);
 }
 
 bool IsNumber(View value) {
@@ -149,8 +148,8 @@ void LogReader::EndRun() {
   if (has_run_) take_(run_);
   has_run_ = false;
   // Keeps the memory of the texts and lists for the next run.
-  for (std::string* text : {&run_.time, &run_.utility, &run_.product, &run_.text}) text->clear();
-  run_.by_product = run_.administrator = std::nullopt;
+  run_.header = {};
+  run_.text.clear();
   run_.entries.clear();
   run_.checks.clear();
   run_.unknown.clear();
@@ -253,13 +252,13 @@ bool LogReader::TakeRest(View line) {
 
 /// The run for header line `order` (1 to 4). A new run begins if this line repeats or goes back, or the
 /// current run already has a check.
-Run& LogReader::HeaderField(int order) {
+Header& LogReader::HeaderField(int order) {
   if (has_run_ && (order <= header_ || !run_.checks.empty())) EndRun();
   header_ = order;
   has_run_ = true;
   started_ = false;
   unknown_in_a_row_ = 0;
-  return run_;
+  return run_.header;
 }
 
 bool LogReader::TakeHeader(View line) {
@@ -271,16 +270,18 @@ bool LogReader::TakeHeader(View line) {
                            by_product = Narrow(log_texts::kInvokedByProduct),
                            by_user = Narrow(log_texts::kInvokedByUser);
   if (const auto utility = TextAfter(version, line)) {
-    HeaderField(1).utility = *utility;
+    HeaderField(1).utility = OrNothing(*utility);
   } else if (const auto value = TextAfter(time, line)) {
-    HeaderField(2).time = HeaderTime(*value);
+    HeaderField(2).time = OrNothing(HeaderTime(*value));
   } else if (const auto product = TextAfter(build, line)) {
-    HeaderField(3).product = *product == unread ? View() : *product;
+    HeaderField(3).product = OrNothing(*product == unread ? View() : *product);
   } else if (line.starts_with(mode)) {
     const View rights = Trim(line.substr(mode.size()));
-    Run& run = HeaderField(4);
-    run.administrator = Choice(rights.starts_with(admin), rights.starts_with(user));
-    run.by_product = Choice(line.ends_with(by_product), line.ends_with(by_user));
+    Header& header = HeaderField(4);
+    if (rights.starts_with(admin) || rights.starts_with(user))
+      header.administrator = rights.starts_with(admin);
+    if (line.ends_with(by_product)) header.mode = "start-up";
+    if (line.ends_with(by_user)) header.mode = "interactive";
   } else {
     return false;
   }

@@ -26,13 +26,18 @@ struct Entry {
   Slice rest;                  ///< the code, number, message or path
 };
 
-/// One start of the utility. Texts are UTF-8, as far as the log is; empty where the header is torn or absent.
-struct Run {
-  std::string time;  ///< local time as "2026-11-21T22:30"
-  std::optional<bool> by_product;
-  std::string utility;  ///< version of the utility
-  std::string product;  ///< file version of the product; also empty for NA
+/// The header of a run; nothing where it is torn or absent.
+struct Header {
+  std::optional<std::string> time;     ///< local time as "2026-11-21T22:30"
+  std::optional<std::string> mode;     ///< of the check: "start-up" or "interactive"
+  std::optional<std::string> utility;  ///< version of the utility
+  std::optional<std::string> product;  ///< file version of the product; nothing for NA
   std::optional<bool> administrator;
+};
+
+/// One start of the utility. Texts are UTF-8, as far as the log is.
+struct Run {
+  Header header;
   std::string text;
   std::vector<Entry> entries;
   /// The first entry of each check. A check has also the lines before its first frame line (settings) and
@@ -44,7 +49,7 @@ struct Run {
 
   std::string_view Of(Slice slice) const { return std::string_view(text).substr(slice.start, slice.size); }
   std::span<const Entry> EntriesOf(std::size_t check) const;
-  bool HasHeader() const { return !utility.empty() || !time.empty(); }
+  bool HasHeader() const { return header.utility || header.time; }
 };
 
 /// Reads a log block by block, in memory that does not depend on its size: lines are cut after 4 KiB, a
@@ -69,7 +74,7 @@ class LogReader {
   bool TakeHeader(std::string_view line);
   void TakeUnknown(std::string_view line);
   void BeginCheck(std::wstring_view text);
-  Run& HeaderField(int order);
+  Header& HeaderField(int order);
   void EndRun();
   Slice Append(std::string_view text);
 

@@ -144,7 +144,7 @@ class LogCheck {
   void Show(const logcheck::Run& run, const Path& path) {
     const logcheck::Verdict verdict = Judge(run);
     if (!options_.outcome.empty() && options_.outcome != NameOf(verdict.outcome)) return;
-    if (run.time < options_.since) return;
+    if (run.header.time.value_or("") < options_.since) return;
     if (verdict.outcome != logcheck::Outcome::no_check || !named_shown_) shown_ = verdict.outcome;
     if (IsText() && !named_shown_) Print(ShownName(path));
     named_shown_ = true;

@@ -96,32 +96,12 @@ std::string EarlierChecks(std::span<const CheckReport> checks) {
          std::string(CutAt(outcomes, kLineShown - 20)) + "\n";
 }
 
-std::optional<std::string> OrNull(std::string_view text) {
-  return text.empty() ? std::nullopt : std::optional<std::string>(text);
-}
-
 }  // namespace
 
 RunReport MakeReport(const Run& run, const std::string& file) {
-  RunReport report{.file = file,
-                   .time = OrNull(run.time),
-                   .mode = std::nullopt,
-                   .utility = OrNull(run.utility),
-                   .product = OrNull(run.product),
-                   .administrator = run.administrator,
-                   .checks = {},
-                   .unknown = run.unknown,
-                   .unknown_lines = run.unknown_lines};
-  if (run.by_product) report.mode = *run.by_product ? "start-up" : "interactive";
+  RunReport report{run.header, file, {}, run.unknown, run.unknown_lines};
   for (std::size_t i = 0; i < run.checks.size(); ++i) {
-    Verdict verdict = Judge(run, i);
-    CheckReport& check = report.checks.emplace_back(CheckReport{.outcome = verdict.outcome,
-                                                                .exit_code = verdict.exit_code,
-                                                                .error = OrNull(verdict.error),
-                                                                .step = OrNull(verdict.step),
-                                                                .advice = std::move(verdict.advice),
-                                                                .notes = std::move(verdict.notes),
-                                                                .entries = {}});
+    CheckReport& check = report.checks.emplace_back(CheckReport{Judge(run, i), {}});
     for (const Entry& entry : run.EntriesOf(i)) check.entries.emplace_back(run.Of(entry.lines));
   }
   return report;
@@ -145,10 +125,10 @@ std::string AsText(const RunReport& report) {
 void Summary::Add(const Run& run, const Verdict& verdict, const std::string& file) {
   SummaryRow& row = rows_[{verdict.outcome, verdict.error}];
   row.outcome = verdict.outcome;
-  row.error = OrNull(verdict.error);
+  row.error = verdict.error;
   ++row.runs;
   row.files.insert(file);
-  const std::optional<std::string> time = OrNull(run.time);
+  const std::optional<std::string>& time = run.header.time;
   if (!row.first || (time && time < row.first)) row.first = time;
   row.last = std::max(row.last, time);
   if (!verdict.advice.empty()) ++row.advice[verdict.advice];

@@ -19,23 +19,15 @@ inline void to_json(console::Json& json, Outcome outcome) {
   json = NameOf(outcome);
 }
 
-struct CheckReport {
-  Outcome outcome = Outcome::failed;
-  std::optional<int> exit_code;
-  std::optional<std::string> error, step;  ///< as in Verdict
-  std::string advice;
-  std::vector<std::string> notes, entries;
+struct CheckReport : Verdict {
+  std::vector<std::string> entries;
 };
 JSON_OF(CheckReport, outcome, exit_code, error, step, advice, notes, entries)
 
-struct RunReport {
-  std::string file;                 ///< its name, safe on a terminal
-  std::optional<std::string> time;  ///< as in Run, as are the following
-  std::optional<std::string> mode;  ///< of the check: "start-up" or "interactive"
-  std::optional<std::string> utility, product;
-  std::optional<bool> administrator;
+struct RunReport : Header {
+  std::string file;  ///< its name, safe on a terminal
   std::vector<CheckReport> checks;
-  std::vector<std::string> unknown;
+  std::vector<std::string> unknown;  ///< as in Run
   std::size_t unknown_lines = 0;
 };
 JSON_OF(RunReport, file, time, mode, utility, product, administrator, checks, unknown, unknown_lines)
@@ -65,7 +57,7 @@ class Summary {
   std::string AsText() const;
 
  private:
-  std::map<std::pair<Outcome, std::string>, SummaryRow> rows_;
+  std::map<std::pair<Outcome, std::optional<std::string>>, SummaryRow> rows_;
 };
 
 }  // namespace logcheck

@@ -151,7 +151,7 @@ class Judgement {
   bool Set(Outcome outcome, const Entry& step) {
     result_.outcome = outcome;
     result_.step = StepOf(step);
-    result_.error = ErrorOf(step);
+    if (const std::string_view error = ErrorOf(step); !error.empty()) result_.error = error;
     result_.advice = Explain(step);
     return true;
   }
@@ -191,7 +191,7 @@ class Judgement {
   bool DecideExchange() {
     if (const Entry* failed = Find(Role::exchange_failed)) {
       Set(Outcome::failed, *failed);
-      if (result_.error.empty()) result_.error = result_.step;
+      if (!result_.error) result_.error = result_.step;
       return true;
     }
     const Entry* status = Find(Role::odd_status);
@@ -204,7 +204,7 @@ class Judgement {
 
   bool DecideComparison() {
     const bool recorded = result_.exit_code == 1;
-    if (details_ != nullptr && recorded && run_.product.empty())
+    if (details_ != nullptr && recorded && !run_.header.product)
       return Set(offered_ ? Outcome::offered : Outcome::none, kVersionCountsAsZero);
     if (offered_) return Set(Outcome::offered, kOffered);
     if (details_ && !Find(update_texts::kMatching)) return Set(Outcome::no_list, kNoPack);
@@ -242,10 +242,7 @@ Verdict Judge(const Run& run, std::size_t check) {
 }
 
 Verdict Judge(const Run& run) {
-  if (!run.checks.empty()) return Judge(run, run.checks.size() - 1);
-  Verdict verdict;
-  verdict.outcome = Outcome::no_check;
-  return verdict;
+  return run.checks.empty() ? Verdict{.outcome = Outcome::no_check} : Judge(run, run.checks.size() - 1);
 }
 
 std::string Sentence(std::string clause) {

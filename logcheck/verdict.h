@@ -35,12 +35,12 @@ std::string_view NameOf(Outcome outcome);
 
 struct Verdict {
   Outcome outcome = Outcome::failed;
-  std::optional<int> exit_code;  ///< the number of "Exit code" in the log
-  std::string error;             ///< code or message of the failure; empty: none
-  std::string step;              ///< the entry that names the step that failed; empty: none
-  std::string advice;            ///< one sentence: the meaning and the remedy
+  std::optional<int> exit_code{};      ///< the number of "Exit code" in the log
+  std::optional<std::string> error{};  ///< code or message of the failure
+  std::optional<std::string> step{};   ///< the entry that names the step that failed
+  std::string advice{};                ///< one sentence: the meaning and the remedy
   /// Errors of the check that did not decide its outcome, one sentence each.
-  std::vector<std::string> notes;
+  std::vector<std::string> notes{};
 };
 
 /// The verdict on check number `check` of a run.

@@ -118,7 +118,7 @@ void LogRuns(const Text& in) {
         assert(!run.EntriesOf(i).empty() && Judge(run, i).advice.ends_with('.'));
         each += Judge(run, i).advice;
       }
-      each += run.time + run.text + std::to_string(run.unknown_lines) + "\n";
+      each += run.header.time.value_or("") + run.text + std::to_string(run.unknown_lines) + "\n";
     });
     const std::size_t block = &each == shown ? log.size() / 3 + 1 : log.size() + 1;
     for (std::size_t start = 0; start < log.size(); start += block)

@@ -52,9 +52,10 @@ std::vector<logcheck::Run> RunsOf(std::string_view log, std::size_t block = 4096
 std::string Shown(const std::vector<logcheck::Run>& runs) {
   std::string result;
   for (const logcheck::Run& run : runs) {
-    const char* mode = !run.by_product ? " ? " : *run.by_product ? " product " : " user ";
-    const char* rights = !run.administrator ? " ?]" : *run.administrator ? " admin]" : " user]";
-    result += "[" + run.time + mode + run.utility + " " + run.product + rights;
+    const auto& [time, mode, utility, product, administrator] = run.header;
+    const char* rights = !administrator ? " ?]" : *administrator ? " admin]" : " user]";
+    result += "[" + time.value_or("") + " " + mode.value_or("?") + " " + utility.value_or("") + " ";
+    result += product.value_or("") + rights;
     for (std::size_t i = 0; i < run.checks.size(); ++i)
       result.append(" ").append(NameOf(Judge(run, i).outcome));
     for (const std::string& line : run.unknown) result += " <" + line + ">";
@@ -83,6 +84,24 @@ void CheckKnown(const Texts&... texts) {
       needs_advice = needs_advice || known.role == role;
     CHECK((!needs_advice || !known.advice.empty()));
   }
+}
+
+/// The check of a log of these entries must have this outcome, exit code and error, and step, and this part
+/// of its advice or of its last note.
+void CheckJudged(Lines entries, const std::string& outcome, View step, std::string_view part,
+                 bool version_read = true) {
+  const std::string log = (version_read ? kHeader : "Varnexa 15.0 Build Version : NA\n") + Join(entries);
+  INFO(log);
+  const std::vector<logcheck::Run> runs = RunsOf(log + Bytes(kUpdatesEnd));
+  REQUIRE(runs.size() == 1);
+  CHECK(runs[0].unknown.empty());
+  const logcheck::Verdict verdict = Judge(runs[0]);
+  CHECK(std::string(NameOf(verdict.outcome)) + " " + std::to_string(verdict.exit_code.value_or(0)) + " " +
+            verdict.error.value_or("") ==
+        outcome);
+  CHECK(verdict.step.value_or("") == Bytes(text::Trim(step)));
+  const std::string advice = verdict.advice + (verdict.notes.empty() ? "" : " | " + verdict.notes.back());
+  CHECK_MESSAGE(Contains(advice, part), advice);
 }
 
 }  // namespace
@@ -115,7 +134,7 @@ TEST_CASE("every text that the utility logs is explained") {
 
 TEST_CASE("runs are told apart, whole or torn, in blocks of any size") {
   const std::string check = Join({kEntriesStart, kEntriesEnd, kUpdatesStart, kDetailsFound[1], kUpdatesEnd});
-  const std::string header = "[2026-11-21T22:30 product 2.0.3.0 15.0.2.5 user]";
+  const std::string header = "[2026-11-21T22:30 start-up 2.0.3.0 15.0.2.5 user]";
   const struct {
     std::string log, shown;
   } cases[] = {
@@ -131,12 +150,12 @@ TEST_CASE("runs are told apart, whole or torn, in blocks of any size") {
       {.log = check + "Client side requ" + kHeader + check + std::string(9, '\0') + "\xEF\xBB\xBF" +
               kHeader.substr(kHeader.find("Date/")) + check,
        .shown = "[ ?   ?] offered <Client side requ>" + header +
-                " offered[2026-11-21T22:30 product  15.0.2.5 user] offered"},
+                " offered[2026-11-21T22:30 start-up  15.0.2.5 user] offered"},
       {.log = "foreign\n500\nDate/Time : Saturday 24:00, Smarch 1, 2026\r\r",
        .shown = "[ ?   ?] <foreign> <500>"},
       {.log = Join(
            {L"Varnexa 15.0 Build Version : NA", L"App  Mode: Admin, User Mode: NA, Invoke Mode: Regular."}),
-       .shown = "[ user   admin]"},
+       .shown = "[ interactive   admin]"},
       {.log = "", .shown = ""},
   };
   for (const auto& each : cases) {
@@ -158,130 +177,76 @@ TEST_CASE("the memory for a log has a bound") {
 }
 
 TEST_CASE("the outcome, code, step and advice of a check are those that decided it") {
-  const std::string header = kHeader, no_version = "Varnexa 15.0 Build Version : NA\n";
   const View no_address = kTagThree.query_failed;
   const std::wstring file = ui_texts::kFileNotFound + std::wstring(L"C:\\Q\\Qrt.exe,0");
   const std::string mismatch = "settings-mismatch 0 " + Bytes(kMismatch);
   const std::wstring error = std::wstring(kErrorPrefix).append(kMismatch);
-  const struct {
-    std::vector<View> entries;
-    std::string outcome;  ///< with the exit code and the error
-    View step;
-    std::string advice;  ///< a part of the advice, or of the last note
-    bool version_read = true;
-  } cases[] = {
-      {{kHostMatched, kFound, kCompleted, kDetailsFound[3]}, "offered 3 ", {}, "Install Updates"},
-      // Windows' own message, in any language, is no foreign line.
-      {{kCompleted, kRecordFound, L"Zugriff verweigert", kRecordReadFailed, kDetailsFound[2]},
-       "offered 2 ",
-       {},
-       "(Zugriff verweigert)"},
-      {{kCompleted, kDetailsNotFound[2], kMatching},
-       "none 2 ",
-       {},
-       "No pack of the list is newer than Qrt.exe;"},
-      // A record that names every pack hides a newer one from a client that lacks it.
-      {{kCompleted, kDetailsNotFound[1], kMatching},
-       "none 1 ",
-       {},
-       "if that is older, delete installedupdates.dat"},
-      {{kCompleted, kDetailsNotFound[1], kMatching}, "none 1 ", {}, "keep the record", false},
-      // The record can be right where the version was not read.
-      {{kCompleted, kRecordFound, kRecordRead, kRecordDeleted, kDetailsFound[1]},
-       "offered 1 ",
-       {},
-       "a version that is not read counts as 0"},
-      {{kCompleted, kRecordDenied, kDetailsFound[1]}, "offered 1 ", {}, "only if its pack is newer"},
-      {{kCompleted, kRecordDeletedInteractive, kDetailsFound[1]}, "offered 1 ", {}, "keep the record", false},
-      // A portal's page.
-      {{kFound, kCompleted, kRecordMissing, kDetailsNotFound[3]}, "no-list 3 ", {}, "updates.ini"},
-      // The code of the probe without its advice; what follows a failure means nothing.
-      {{kProbeFailed, L" Error : 2250 Please check your network and permissions.", kDetailsNotFound[3]},
-       "failed 3 2250",
-       kProbeFailed,
-       "the probe address"},
-      {{kOptionStatus, L"12009", kSendRequestFailed, L" Error : 12029", kDetailsNotFound[3]},
-       "failed 3 12029",
-       kSendRequestFailed,
-       "(12009: "},
-      {{kSendRequestFailed, L" Error : 12039"},
-       "failed 0 12039",
-       kSendRequestFailed,
-       "without a redirection"},
-      {{kSendRequestFailed, L" Error : 4711"}, "failed 0 4711", kSendRequestFailed, "net helpmsg"},
-      {{kNotFound, L" Error : 404"}, "failed 0 404", kNotFound, "404: nothing is at the address of the list"},
-      {{kStatusCode, L"0", kStatusFailed, L" Error : 12150"}, "failed 0 12150", kStatusFailed, "12150"},
-      {{kCompleted, kCopiedMissing, kDetailsNotFound[3]},
-       "failed 3 " + Bytes(kCopiedMissing),
-       kCopiedMissing,
-       "%TEMP%"},
-      // Another status than 200 and 404 is a failure unless a list came with it.
-      {{kStatusCode, L"500", kCompleted, kDetailsNotFound[3]},
-       "failed 3 500",
-       kStatusCode,
-       "an error within"},
-      {{kStatusCode, L"599", kCompleted, kDetailsNotFound[3], kMatching},
-       "none 3 599",
-       kStatusCode,
-       "the server is in trouble"},
-      {{kStatusCode, L"203", kCompleted, kDetailsFound[1]}, "offered 1 203", kStatusCode, "without the list"},
-      {{kStatusCode, L"203", kCompleted}, "facts-missing 0 ", {}, "the file version of Qrt.exe"},
-      {{kUrlMode, kInvalidTagThree, error}, mismatch, kUrlMode, "remove UPDATE_LOC_URL"},
-      {{kHostNotMatched, kInvalidTagThree, error},
-       mismatch,
-       kHostNotMatched,
-       "if it is empty, the built-in host"},
-      {{kHostMatched, kInvalidTagThree, error}, mismatch, kInvalidTagThree, "a slash"},
-      {{no_address, L"Error : 2", kHostNotMatched, kInvalidTagThree, error},
-       mismatch,
-       no_address,
-       "nstall Varnexa 15.0 again"},
-      // A value that was read at the other place after all is not what is missing. Installing again helps
-      // against code 2 only.
-      {{kTagOne.open_failed, L"Error : 2", kTagOne.alternative_completed, no_address, L"Error : 5"},
-       "facts-missing 0 5",
-       no_address,
-       "access is denied); let an administrator"},
-      {{kTagTwo.query_failed, L"Error : 234", kEntriesNotFound},
-       "facts-missing 0 234",
-       kTagTwo.query_failed,
-       "a shorter path"},
-      {{kEntriesNotFound}, "facts-missing 0 ", kEntriesNotFound, "nstall Varnexa 15.0 again"},
-      {{kHostMatched, kFound, kCompleted}, "facts-missing 0 ", {}, "the file version of Qrt.exe"},
-      {{kVersionNotFound}, "not-installed 0 ", kVersionNotFound, "if it is to be on this computer"},
-      {{kClientVersion.completed, kVersionNotFound},
-       "not-installed 0 ",
-       kVersionNotFound,
-       "not exactly \"15.0\""},
-      // The utility never replaces a file that the same run may have made.
-      {{settings_texts::kSourceNotFound, L"Error : 2", settings_texts::kValidationFailed, kDetailsFound[3]},
-       "offered 3 ",
-       {},
-       "then delete the user's own korsa.ini"},
-      {{kDetailsFound[3], kUpdatesEnd, file},
-       "offered 3 ",
-       file,
-       "missing (C:\\Q\\Qrt.exe,0); correct DisplayIcon"},
-      {{kDetailsFound[3],
-        L"November 21, 2026 Saturday 22:31: Error in System Tavrel Log File updates.Disk full"},
-       "offered 3 ",
-       {},
-       "(Disk full)"},
-  };
-  for (const auto& each : cases) {
-    std::string log = each.version_read ? header : no_version;
-    for (const View entry : each.entries) log += Bytes(entry) + "\r\n";
-    const std::vector<logcheck::Run> runs = RunsOf(log + Bytes(kUpdatesEnd));
-    INFO(log);
-    REQUIRE(runs.size() == 1);
-    CHECK(runs[0].unknown.empty());
-    const logcheck::Verdict verdict = Judge(runs[0]);
-    CHECK(std::string(NameOf(verdict.outcome)) + " " + std::to_string(verdict.exit_code.value_or(0)) + " " +
-              verdict.error ==
-          each.outcome);
-    CHECK(verdict.step == Bytes(text::Trim(each.step)));
-    const std::string advice = verdict.advice + (verdict.notes.empty() ? "" : " | " + verdict.notes.back());
-    CHECK_MESSAGE(Contains(advice, each.advice), advice);
-  }
+  CheckJudged({kHostMatched, kFound, kCompleted, kDetailsFound[3]}, "offered 3 ", {}, "Install Updates");
+  // Windows' own message, in any language, is no foreign line.
+  CheckJudged({kCompleted, kRecordFound, L"Zugriff verweigert", kRecordReadFailed, kDetailsFound[2]},
+              "offered 2 ", {}, "(Zugriff verweigert)");
+  CheckJudged({kCompleted, kDetailsNotFound[2], kMatching}, "none 2 ", {},
+              "No pack of the list is newer than Qrt.exe;");
+  // A record that names every pack hides a newer one from a client that lacks it.
+  CheckJudged({kCompleted, kDetailsNotFound[1], kMatching}, "none 1 ", {},
+              "if that is older, delete installedupdates.dat");
+  CheckJudged({kCompleted, kDetailsNotFound[1], kMatching}, "none 1 ", {}, "keep the record", false);
+  // The record can be right where the version was not read.
+  CheckJudged({kCompleted, kRecordFound, kRecordRead, kRecordDeleted, kDetailsFound[1]}, "offered 1 ", {},
+              "a version that is not read counts as 0");
+  CheckJudged({kCompleted, kRecordDenied, kDetailsFound[1]}, "offered 1 ", {}, "only if its pack is newer");
+  CheckJudged({kCompleted, kRecordDeletedInteractive, kDetailsFound[1]}, "offered 1 ", {}, "keep the record",
+              false);
+  // A portal's page.
+  CheckJudged({kFound, kCompleted, kRecordMissing, kDetailsNotFound[3]}, "no-list 3 ", {}, "updates.ini");
+  // The code of the probe without its advice; what follows a failure means nothing.
+  CheckJudged(
+      {kProbeFailed, L" Error : 2250 Please check your network and permissions.", kDetailsNotFound[3]},
+      "failed 3 2250", kProbeFailed, "the probe address");
+  CheckJudged({kOptionStatus, L"12009", kSendRequestFailed, L" Error : 12029", kDetailsNotFound[3]},
+              "failed 3 12029", kSendRequestFailed, "(12009: ");
+  CheckJudged({kSendRequestFailed, L" Error : 12039"}, "failed 0 12039", kSendRequestFailed,
+              "without a redirection");
+  CheckJudged({kSendRequestFailed, L" Error : 4711"}, "failed 0 4711", kSendRequestFailed, "net helpmsg");
+  CheckJudged({kNotFound, L" Error : 404"}, "failed 0 404", kNotFound,
+              "404: nothing is at the address of the list");
+  CheckJudged({kStatusCode, L"0", kStatusFailed, L" Error : 12150"}, "failed 0 12150", kStatusFailed,
+              "12150");
+  CheckJudged({kCompleted, kCopiedMissing, kDetailsNotFound[3]}, "failed 3 " + Bytes(kCopiedMissing),
+              kCopiedMissing, "%TEMP%");
+  // Another status than 200 and 404 is a failure unless a list came with it.
+  CheckJudged({kStatusCode, L"500", kCompleted, kDetailsNotFound[3]}, "failed 3 500", kStatusCode,
+              "an error within");
+  CheckJudged({kStatusCode, L"599", kCompleted, kDetailsNotFound[3], kMatching}, "none 3 599", kStatusCode,
+              "the server is in trouble");
+  CheckJudged({kStatusCode, L"203", kCompleted, kDetailsFound[1]}, "offered 1 203", kStatusCode,
+              "without the list");
+  CheckJudged({kStatusCode, L"203", kCompleted}, "facts-missing 0 ", {}, "the file version of Qrt.exe");
+  CheckJudged({kUrlMode, kInvalidTagThree, error}, mismatch, kUrlMode, "remove UPDATE_LOC_URL");
+  CheckJudged({kHostNotMatched, kInvalidTagThree, error}, mismatch, kHostNotMatched,
+              "if it is empty, the built-in host");
+  CheckJudged({kHostMatched, kInvalidTagThree, error}, mismatch, kInvalidTagThree, "a slash");
+  CheckJudged({no_address, L"Error : 2", kHostNotMatched, kInvalidTagThree, error}, mismatch, no_address,
+              "nstall Varnexa 15.0 again");
+  // A value that was read at the other place after all is not what is missing. Installing again helps
+  // against code 2 only.
+  CheckJudged({kTagOne.open_failed, L"Error : 2", kTagOne.alternative_completed, no_address, L"Error : 5"},
+              "facts-missing 0 5", no_address, "access is denied); let an administrator");
+  CheckJudged({kTagTwo.query_failed, L"Error : 234", kEntriesNotFound}, "facts-missing 0 234",
+              kTagTwo.query_failed, "a shorter path");
+  CheckJudged({kEntriesNotFound}, "facts-missing 0 ", kEntriesNotFound, "nstall Varnexa 15.0 again");
+  CheckJudged({kHostMatched, kFound, kCompleted}, "facts-missing 0 ", {}, "the file version of Qrt.exe");
+  CheckJudged({kVersionNotFound}, "not-installed 0 ", kVersionNotFound, "if it is to be on this computer");
+  CheckJudged({kClientVersion.completed, kVersionNotFound}, "not-installed 0 ", kVersionNotFound,
+              "not exactly \"15.0\"");
+  // The utility never replaces a file that the same run may have made.
+  CheckJudged(
+      {settings_texts::kSourceNotFound, L"Error : 2", settings_texts::kValidationFailed, kDetailsFound[3]},
+      "offered 3 ", {}, "then delete the user's own korsa.ini");
+  CheckJudged({kDetailsFound[3], kUpdatesEnd, file}, "offered 3 ", file,
+              "missing (C:\\Q\\Qrt.exe,0); correct DisplayIcon");
+  CheckJudged({kDetailsFound[3],
+               L"November 21, 2026 Saturday 22:31: Error in System Tavrel Log File updates.Disk full"},
+              "offered 3 ", {}, "(Disk full)");
   CHECK(Judge(RunsOf(Join({kEntriesStart, kHostMatched}))[0]).error == "the log ends here");
 }
