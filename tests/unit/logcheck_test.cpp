@@ -94,7 +94,7 @@ void CheckJudged(Lines entries, const std::string& outcome, View step, std::stri
   INFO(log);
   const std::vector<logcheck::Run> runs = RunsOf(log + Bytes(kUpdatesEnd));
   REQUIRE(runs.size() == 1);
-  CHECK(runs[0].unknown.empty());
+  CHECK(runs[0].unknown_lines == 0);
   const logcheck::Verdict verdict = Judge(runs[0]);
   CHECK(std::string(NameOf(verdict.outcome)) + " " + std::to_string(verdict.exit_code.value_or(0)) + " " +
             verdict.error.value_or("") ==
@@ -156,6 +156,7 @@ TEST_CASE("runs are told apart, whole or torn, in blocks of any size") {
       {.log = Join(
            {L"Varnexa 15.0 Build Version : NA", L"App  Mode: Admin, User Mode: NA, Invoke Mode: Regular."}),
        .shown = "[ interactive   admin]"},
+      {.log = Join({kProbeFailed, kRetry, kDetailsFound[3]}), .shown = "[ ?   ?] failed offered"},
       {.log = "", .shown = ""},
   };
   for (const auto& each : cases) {
@@ -238,7 +239,7 @@ TEST_CASE("the outcome, code, step and advice of a check are those that decided 
   CheckJudged({kHostMatched, kFound, kCompleted}, "facts-missing 0 ", {}, "the file version of Qrt.exe");
   CheckJudged({kVersionNotFound}, "not-installed 0 ", kVersionNotFound, "if it is to be on this computer");
   CheckJudged({kClientVersion.completed, kVersionNotFound}, "not-installed 0 ", kVersionNotFound,
-              "not exactly \"15.0\"");
+              "not exactly \"15.0\", so no server was asked; correct it");
   // The utility never replaces a file that the same run may have made.
   CheckJudged(
       {settings_texts::kSourceNotFound, L"Error : 2", settings_texts::kValidationFailed, kDetailsFound[3]},
