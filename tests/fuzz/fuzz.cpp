@@ -144,9 +144,9 @@ extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
   const char* folder = std::getenv("TAVREL_SEEDS");
   if (folder == nullptr) return 0;
   for (const char* table : {"unit/rows.txt", "unit/section_names.txt"}) {
-    for (const Row& row : ReadTable(table, 2, 2)) {
+    for (const Row& row : ReadTable(table)) {
       for (char parser = 0; parser < static_cast<char>(std::size(kParsers)); ++parser)
-        WriteSeed(folder, parser, Bytes(row[0]));
+        WriteSeed(folder, parser, Bytes(row.input));
     }
   }
   for (const logcheck::TextGroup& group : logcheck::TextGroups()) {

@@ -56,18 +56,18 @@ TEST_CASE("list file: only the file that was written is read, and no other proce
 }
 
 TEST_CASE("section names: the functions of the system find the names that the pure reader finds") {
-  for (const Row& row : ReadTable("unit/section_names.txt", 2, 2)) {
+  for (const Row& row : ReadTable("unit/section_names.txt")) {
     const Machine machine;
     const std::wstring file = machine.Temp() + L"\\list.ini";
-    support::WriteBytes(file, Bytes(row[0]));
+    support::WriteBytes(file, Bytes(row.input));
     std::vector<std::wstring> names, whole;
     AppendSectionNames(platform::ReadProfileSectionNames(file, kSectionNamesCapacity), names);
     AppendSectionNames(platform::ReadProfileSectionNames(file, 8), whole);
     std::wstring joined = std::to_wstring(whole.size());
     for (const std::wstring& name : names) joined.append(L"|").append(name);
     // The pure reader leaves the code page open.
-    if (!row[0].starts_with(L"\u00FF\u00FE"))
+    if (!row.input.starts_with(L"\u00FF\u00FE"))
       std::replace(joined.begin(), joined.end(), L'\u00E9', wchar_t{0xDCE9});
-    CHECK(Literal(joined) == Literal(row[1]));
+    CHECK(Literal(joined) == Literal(row.result));
   }
 }

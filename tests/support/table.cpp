@@ -1,5 +1,6 @@
 #include "support/table.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -9,19 +10,20 @@
 
 namespace {
 
-std::wstring Unescape(const std::wstring& text) {
+constexpr std::wstring_view kEscaped{L"\n\t\r\0\\", 5};
+constexpr std::string_view kLetters = "ntr0\\";
+
+std::wstring Unescape(const std::string& text) {
   std::wstring result;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool escaped = text[i] == L'\\' && i + 1 < text.size();
-    const std::size_t letter = escaped ? kLetters.find(Bytes(text.substr(i + 1, 1))) : kLetters.npos;
-    if (!escaped) {
-      result += text[i];
-    } else if (letter != kLetters.npos) {
+    if (text[i] != '\\') {
+      result += static_cast<wchar_t>(text[i]);
+    } else if (const std::size_t letter = kLetters.find(text[i + 1]); letter != kLetters.npos) {
       result += kEscaped[letter];
       i += 1;
     } else {
       // Throws when it is no "u" with hexadecimal digits.
-      result += static_cast<wchar_t>(std::stoi(Bytes(text.substr(i + 2, 4)), nullptr, 16));
+      result += static_cast<wchar_t>(std::stoi(text.substr(i + 2, 4), nullptr, 16));
       i += 5;
     }
   }
@@ -30,22 +32,50 @@ std::wstring Unescape(const std::wstring& text) {
 
 }  // namespace
 
-void Refuse(const char* why, std::wstring_view what) {
-  throw std::invalid_argument(std::string(why) + ": " + Literal(what));
-}
-
-std::vector<Row> ReadTable(const char* file, std::size_t least, std::size_t most) {
+std::vector<Row> ReadTable(const char* file) {
   std::ifstream table(std::filesystem::path(TAVREL_TESTS) / file);
   const std::string text(std::istreambuf_iterator<char>(table), {});
   std::istringstream lines(std::regex_replace(text, std::regex("\n    "), ""));
   std::vector<Row> rows;
   for (std::string line; std::getline(lines, line);) {
     if (line.empty() || line[0] == '#') continue;
-    Row& row = rows.emplace_back();
-    for (const std::wstring& column : Split(std::wstring(line.begin(), line.end()), L';'))
-      row.push_back(Unescape(column));
-    if (row.size() < least || row.size() > most) Refuse("wrong number of columns", row[0]);
+    const std::size_t end = line.find(';');
+    if (end == line.npos || line.find(';', end + 1) != line.npos)
+      throw std::invalid_argument("not two columns: " + line);
+    rows.push_back({Unescape(line.substr(0, end)), Unescape(line.substr(end + 1))});
   }
   if (rows.empty()) throw std::invalid_argument(std::string("no rows in ") + file);
   return rows;
+}
+
+std::string Literal(std::wstring_view value) {
+  std::string result;
+  for (const wchar_t c : value) {
+    const std::size_t letter = kEscaped.find(c);
+    char text[16];
+    std::snprintf(text, sizeof text, "\\u%04X", static_cast<unsigned>(c));
+    if (letter != kEscaped.npos) {
+      result += {'\\', kLetters[letter]};
+    } else if (c >= 0x20 && c < 0x7F && c != L';') {
+      result += static_cast<char>(c);
+    } else {
+      result += text;
+    }
+  }
+  return result;
+}
+
+std::string Bytes(std::wstring_view text) {
+  std::string bytes;
+  for (const wchar_t c : text) bytes += static_cast<char>(c);
+  return bytes;
+}
+
+std::vector<std::wstring> Split(std::wstring_view joined, wchar_t separator) {
+  std::vector<std::wstring> parts(joined.empty() ? 0 : 1);
+  for (const wchar_t c : joined) {
+    if (c != separator) parts.back() += c;
+    if (c == separator) parts.emplace_back();
+  }
+  return parts;
 }

@@ -235,20 +235,20 @@ TEST_CASE("names that are shared with other programs") {
 
 TEST_CASE("lists, records and logs are parsed as their table says") {
   Text function;
-  for (const Row& row : ReadTable("unit/rows.txt", 2, 2)) {
-    INFO(Literal(function), ", row ", Literal(row[0]));
-    if (row[0] == L"table") {
-      function = row[1];
+  for (const Row& row : ReadTable("unit/rows.txt")) {
+    INFO(Literal(function), ", row ", Literal(row.input));
+    if (row.input == L"table") {
+      function = row.result;
     } else {
-      CHECK(Literal(kFunctions.at(function)(row[0])) == Literal(row[1]));
+      CHECK(Literal(kFunctions.at(function)(row.input)) == Literal(row.result));
     }
   }
 }
 
 TEST_CASE("the sections of a list have the names that Windows finds, as many as a buffer holds") {
-  for (const Row& row : ReadTable("unit/section_names.txt", 2, 2)) {
-    const std::vector<Text> names = ReadSectionNames(Bytes(row[0]));
-    CHECK(Literal(std::to_wstring(CountWholeNames(names, 8)) + Joined(names)) == Literal(row[1]));
+  for (const Row& row : ReadTable("unit/section_names.txt")) {
+    const std::vector<Text> names = ReadSectionNames(Bytes(row.input));
+    CHECK(Literal(std::to_wstring(CountWholeNames(names, 8)) + Joined(names)) == Literal(row.result));
   }
 }
 
