@@ -8,8 +8,8 @@
 /// Capacity, in characters, of the buffer that the program reads section names into.
 inline constexpr std::size_t kSectionNamesCapacity = 1024;
 
-/// In bytes. A list of updates has a few thousand. The check refuses a larger file than this limit, which
-/// would fill the disk and the memory: the profile functions read a whole file at a time.
+/// In bytes. A list of updates has a few thousand. The check refuses a larger file, which would fill the
+/// disk, and the memory when the profile functions read it whole.
 inline constexpr std::size_t kListSizeLimit = 32 * 1024 * 1024;
 
 /// Appends the null-terminated names in `buffer` to `sections`. The first empty name ends the
@@ -28,9 +28,9 @@ std::vector<std::wstring> ReadHeadingLines(std::string_view bytes);
 /// the line.
 std::wstring_view SectionNameIn(std::wstring_view heading_line);
 
-/// Every section name that the functions of Windows find in the bytes of a private-profile file. The bytes
-/// are UTF-16 after a UTF-16 byte order mark, otherwise each is one character (WidenBytes). Windows does not
-/// know the UTF-8 mark, so it finds no heading directly after one.
+/// Every section name that the functions of Windows find in the bytes of a private-profile file: UTF-16 after
+/// a UTF-16 byte order mark, otherwise one character a byte (WidenBytes). Windows does not know the UTF-8
+/// mark, so it finds no heading directly after one.
 std::vector<std::wstring> ReadSectionNames(std::string_view bytes);
 
 /// How many of `names`, from the first on, fit whole into a buffer of this capacity.

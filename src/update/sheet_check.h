@@ -8,7 +8,7 @@
 
 class UpdateEngine;
 
-/// The main sheet's own update check, its status and its log. The status lives as long as the sheet.
+/// The interactive check of the main sheet, its status and its log. The status lives as long as the sheet.
 class SheetUpdateCheck : public SheetLog {
  public:
   explicit SheetUpdateCheck(RunState& run) : SheetLog(run.DatedLog()), run_(run) {}
@@ -35,5 +35,5 @@ class SheetUpdateCheck : public SheetLog {
   void Compare(UpdateEngine& engine);
 
   RunState& run_;
-  KeptFacts facts_;  ///< of this check; those of the application stay unchanged
+  KeptFacts facts_;  ///< of the interactive checks; the start-up checks have those of the RunState
 };

@@ -16,7 +16,6 @@ namespace sweep {
 struct Call {
   std::wstring function;
   std::wstring subject;      ///< the first text among its arguments: a path, a key, a value's name
-  int nth;                   ///< counted among the calls of this function with this subject, from 1
   std::vector<DWORD> codes;  ///< to fail with
   DWORD code;                ///< that it was made to fail with, or 0
 };

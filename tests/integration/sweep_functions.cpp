@@ -42,16 +42,13 @@ thread_local Session* session = nullptr;
 DWORD Enter(const Function& function, const std::wstring& subject) {
   if (function.codes.empty()) return 0;
   auto& [plan, run, open] = *session;
-  int nth = 1;
   DWORD code = 0;
   for (const Call& before : run.calls) {
-    if (before.function != function.name) continue;
-    if (before.subject == subject) ++nth;
-    if (plan.from_then_on && before.code != 0) code = before.code;
+    if (plan.from_then_on && before.function == function.name && before.code != 0) code = before.code;
   }
   const auto fault = plan.faults.find(run.calls.size());
   if (fault != plan.faults.end()) code = fault->second;
-  run.calls.push_back({function.name, subject, nth, function.codes, code});
+  run.calls.push_back({function.name, subject, function.codes, code});
   return code;
 }
 

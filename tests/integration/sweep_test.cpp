@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <map>
 #include <regex>
@@ -59,19 +58,19 @@ class SceneRunner {
   }
 
   static LONG WINAPI OnCrash(EXCEPTION_POINTERS*) {
-    std::fprintf(stderr, "crashed; replay alone: TAVREL_SWEEP_REPLAY=%s\n", number.c_str());
+    std::fprintf(stderr, "crashed; replay alone: TAVREL_SWEEP_REPLAY=%s\n", number_.c_str());
     return EXCEPTION_CONTINUE_SEARCH;
   }
 
  private:
   Run Try(const Plan& plan) {
-    number = scene_.name + ":";
+    number_ = scene_.name + ":";
     for (const auto& [call, code] : plan.faults) {
-      number += std::to_string(call) + "," + std::to_string(code) + ",";
+      number_ += std::to_string(call) + "," + std::to_string(code) + ",";
     }
-    number += plan.from_then_on ? "on" : "";
-    if (!Wanted(number)) return {};
-    INFO("replay alone: TAVREL_SWEEP_REPLAY=", number);
+    number_ += plan.from_then_on ? "on" : "";
+    if (!Wanted(number_)) return {};
+    INFO("replay alone: TAVREL_SWEEP_REPLAY=", number_);
     Run run = RunScene(plan);
     ++runs_;
     std::wstring failed;
@@ -101,7 +100,6 @@ class SceneRunner {
     for (const std::wstring& folder : {machine_.Temp(), machine_.ProductFolder()})
       text::ReplaceAll(report_, folder + L"\\", L"");
     report_ = std::regex_replace(report_, std::wregex(L"kor[0-9a-f]+\\.tmp"), L"kor.tmp");
-    text::ReplaceAll(report_, L"updates-" + std::to_wstring(GetCurrentProcessId()), L"updates-own");
     scene_.arrange(machine_);
     return run;
   }
@@ -124,7 +122,7 @@ class SceneRunner {
            (permitted ? L"" : L"this end is not permitted; ");
   }
 
-  static inline std::string number;  ///< of the present run
+  static inline std::string number_;  ///< of the present run
   const Scene& scene_;
   support::Machine machine_;
   std::wstring root_, report_;
