@@ -90,14 +90,18 @@ TEST_CASE(
   CHECK(SettingsFile().Write() == kNew);
 }
 
-TEST_CASE("a process that ends between two calls of a write leaves no tail of the old content") {
+TEST_CASE("a write is alone, and a process that ends between its calls leaves no tail of the old content") {
   SettingsFile file;
+  bool alone = true;
   const ImportHook<SetEndOfFile> end("SetEndOfFile", [&](HANDLE handle) {
+    alone &= !platform::UniqueFile(CreateFileW(file.path.c_str(), GENERIC_WRITE, platform::kShareAll, nullptr,
+                                               OPEN_EXISTING, 0, nullptr));
     const std::string left = ReadBytes(file.path).value_or("");
     CHECK(left == kNew + std::string(kOld.size() - kNew.size(), '\n'));
     return end.original(handle);
   });
   CHECK(file.Write() == kNew);
+  CHECK(alone);
 }
 
 TEST_CASE("a write waits for a process that holds the file or locks it, and gives up in time") {
