@@ -9,6 +9,7 @@
 #include <climits>
 #include <regex>
 #include <tuple>
+#include <type_traits>
 
 #include "support/table.h"
 #include "support/text.h"
