@@ -88,9 +88,11 @@ constexpr Text kAfterValues[] = {
              kInstallAgain),
 };
 
+using TextField = std::wstring_view RegisteredReader::*;
+
 /// What each text of a reader says about its value.
 struct ReaderText {
-  std::wstring_view RegisteredReader::*text;
+  TextField text;
   Role role;
   std::string_view says;
 };
