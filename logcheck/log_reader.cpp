@@ -16,7 +16,7 @@ namespace {
 
 using View = std::string_view;
 
-constexpr std::size_t kLineLimit = 4096, kRunLimit = 256 * 1024, kUnknownKept = 1000;
+constexpr std::size_t kLineLimit = 4096, kRunLimit = std::size_t{256} * 1024, kUnknownKept = 1000;
 /// A byte order mark (of a file that was appended to another).
 constexpr View kMark = "\xEF\xBB\xBF";
 constexpr std::array<View, 12> kMonths = {"January",   "February", "March",    "April",
@@ -24,7 +24,7 @@ constexpr std::array<View, 12> kMonths = {"January",   "February", "March",    "
                                           "September", "October",  "November", "December"};
 
 bool IsBlank(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
+  return c == ' ' || c == '\0' || (c >= '\t' && c <= '\r');
 }
 
 View Trim(View value) {
@@ -162,24 +162,17 @@ void LogReader::TakeLine(View line) {
   line = Trim(line);
   if (line.empty()) return;
   if (const Text* text = FindText(line)) return TakeEntry(*text, line, {});
-  while (!line.empty()) {
-    const std::size_t end = std::min({line.find('\0'), line.find(kMark), line.size()});
-    const View part = Trim(line.substr(0, end));
-    if (const Text* text = FindText(part)) {
-      TakeEntry(*text, part, {});
-    } else if (!part.empty()) {
-      TakePart(part);
-    }
-    line.remove_prefix(std::min(end + (line.substr(end).starts_with(kMark) ? kMark.size() : 1), line.size()));
-  }
+  const std::size_t end = std::min(line.find('\0'), line.find(kMark));
+  if (end == line.npos) return TakePart(line);
+  TakeLine(line.substr(0, end));
+  TakeLine(line.substr(end + (line[end] == '\0' ? 1 : kMark.size())));
 }
 
 void LogReader::TakePart(View line) {
   static const std::string rule = Narrow(log_texts::kHeaderRule);
   // A header was appended to a torn line.
-  if (line.size() > rule.size() && line.ends_with(rule))
-    line = Trim(line.substr(0, line.size() - rule.size()));
-  if (line.empty() || TakeRest(line) || TakeHeader(line)) return;
+  if (line.ends_with(rule)) return TakeLine(line.substr(0, line.size() - rule.size()));
+  if (TakeRest(line) || TakeHeader(line)) return;
   // A time stands before an error of the log file, and a message or code can stand after it.
   static const std::string log_failed = Narrow(log_texts::kUpdateFailed),
                            not_made = Narrow(log_texts::kCreationFailed);

@@ -139,6 +139,8 @@ TEST_CASE("runs are told apart, whole or torn, in blocks of any size") {
     std::string log, shown;
   } cases[] = {
       {.log = kHeader + kHeader + check, .shown = header + header + " offered"},
+      {.log = "\xEF\xBB\xBF" + kHeader + Bytes(kDetailsFound[3]) + kHeader,
+       .shown = header + " offered" + header},
       // Settings lines before a check, and a failed launch and an error line after it, belong to it.
       {.log = kHeader + Join({settings_texts::kFileExists}) + check +
               Join({ui_texts::kPathNotFound, ui_texts::kFileNotFound + std::wstring(L"C:\\Q\\Qrt.exe"),
