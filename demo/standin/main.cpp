@@ -93,7 +93,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
   if (arguments == nullptr) return 1;
   std::string note;
   for (int i = 1; i < count; ++i) note += ToUtf8(arguments[i]) + "\r\n";
-  LocalFree(arguments);
+  LocalFree(static_cast<void*>(arguments));
   if (count < 2) return ShowProduct(instance);
   note += ToUtf8(CurrentFolder()) + "\r\n";
   return WriteNote(note) ? 0 : 1;
