@@ -1,0 +1,279 @@
+#include <doctest.h>
+
+#include <windows.h>
+
+#include <shlwapi.h>
+#include <wininet.h>
+
+#include <memory>
+
+#include "checks.h"
+
+using namespace checks;
+using support::HttpReply;
+using support::HttpServer;
+using support::ImportHook;
+using support::Layout;
+using support::ReadBytes;
+
+namespace {
+
+/// Something that stands in the way of a check while it exists.
+using Obstacle = std::shared_ptr<void>;
+
+HttpReply Endless() {
+  return {.bytes = "HTTP/1.1 200 OK\r\n\r\n", .tail = std::string(1 << 20, '\n')};
+}
+
+/// A server that goes silent before its answer, or before the last byte of the list.
+HttpReply Silent(bool in_body) {
+  HttpReply reply = List();
+  reply.bytes.resize(in_body ? reply.bytes.size() - 1 : 0);
+  reply.silent = true;
+  return reply;
+}
+
+/// Another process holds this file.
+#define HELD(file) \
+  [](Process& process) -> Obstacle { return std::make_shared<support::ShareLock>(process.file); }
+/// Every call of a function fails.
+#define FAILING(function, error) \
+  [](Process&) -> Obstacle { return std::make_shared<ImportHook<function>>(#function, DWORD{error}); }
+
+Obstacle HoldListForAMoment(Process& process) {
+  return std::make_shared<support::HeldForAMoment>(process.machine.UpdateList());
+}
+
+/// The product writes its record while the check waits for the server.
+Obstacle WriteRecordMeanwhile(Process& process) {
+  struct Product {
+    std::wstring record;
+    const ImportHook<HttpSendRequestW> hook{"HttpSendRequestW", [this](auto... all) {
+                                              support::WriteBytes(record, "Varnexa15_0_2_7");
+                                              return hook.original(all...);
+                                            }};
+  };
+  return std::make_shared<Product>(process.record);
+}
+
+/// A step of the exchange that fails: the check logs the step's entry and the code, and offers nothing.
+struct Failure {
+  std::wstring_view entry;
+  std::wstring error;  ///< the error text without " Error : "
+  bool network = false;
+  bool answered = false;  ///< the server has answered before
+  Obstacle (*obstacle)(Process&) = nullptr;
+  HttpReply reply = List();
+};
+const Failure kFailures[] = {
+    {.entry = kProbeFailed,
+     .error = L"2250 Please check your network and permissions.",
+     .obstacle = FAILING(InternetCheckConnectionW, 2250)},
+    {.entry = kOpenFailed, .error = L"12007", .network = true, .obstacle = FAILING(InternetOpenW, 12007)},
+    {.entry = kConnectFailed, .error = L"87", .network = true, .obstacle = FAILING(InternetConnectW, 87)},
+    {.entry = kOpenRequestFailed, .error = L"5", .obstacle = FAILING(HttpOpenRequestW, 5)},
+    {.entry = kSendRequestFailed,
+     .error = L"12153",
+     .network = true,
+     .obstacle = FAILING(HttpSendRequestW, 12153)},
+    {.entry = kSendRequestFailed, .error = L"12152", .obstacle = FAILING(HttpSendRequestW, 12152)},
+    {.entry = kSendRequestFailed, .error = kHeaderTimeOut, .network = kOnWindows, .reply = Silent(false)},
+    {.entry = kNotFound, .error = L"404", .network = true, .reply = List(404)},
+    {.entry = kFileFailed, .error = L"32", .answered = true, .obstacle = HELD(machine.UpdateList())},
+    {.entry = kFileFailed, .error = L"3", .answered = true, .obstacle = FAILING(GetTempPathW, 5)},
+    {.entry = kFileReadFailed,
+     .error = kBodyTimeOut,
+     .network = kOnWindows,
+     .answered = true,
+     .reply = Silent(true)},
+    {.entry = kFileReadFailed, .error = L"223", .answered = true, .reply = Endless()},
+    {.entry = kFileWriteFailed, .error = L"112", .answered = true, .obstacle = FAILING(WriteFile, 112)},
+};
+
+struct Case {
+  std::string name;
+  // What differs from an executable 15.0.2.5 without a record and a server that offers pack 2.7.
+  const wchar_t* product = L"15.0.2.5";  ///< null: no executable
+  const char* settings = "";
+  const char* record = nullptr;  ///< null: none
+  HttpReply reply = List();
+  Obstacle (*obstacle)(Process&) = nullptr;
+  // The results, the error text without " Error : ".
+  bool network = false, failed = false, offered = false;
+  std::wstring error{};
+  const char* mirrors = nullptr;  ///< null: as the results
+  bool record_after = false, start_up_only = false;
+  Log log{};          ///< entries of the comparison
+  Log interactive{};  ///< where an interactive check has others
+};
+const Case kCases[] = {
+    {.name = "a newer pack", .offered = true, .log = {kHostMatched, kFound, kCompleted, kDetailsFound[3]}},
+    {.name = "no executable",
+     .product = nullptr,
+     .mirrors = "offered",
+     .log = {kHostMatched, kFound, kCompleted}},
+    {.name = "an error page",
+     .reply = List(500),
+     .offered = true,
+     .error = L"500",
+     .log = {kHostMatched, kStatusCode, L"500", kCompleted, kDetailsFound[3]}},
+    {.name = "no status",
+     .obstacle = FAILING(HttpQueryInfoW, 122),
+     .network = true,
+     .failed = true,
+     .error = L"122",
+     .log = {kHostMatched, kStatusCode, L"0", kStatusFailed, L" Error : 122", kRecordMissing,
+             kDetailsNotFound[3]}},
+    {.name = "a time-out that cannot be set",
+     .obstacle = FAILING(InternetSetOptionW, 12009),
+     .offered = true,
+     .log = {kHostMatched, kOptionStatus, L"12009", kFound, kCompleted, kDetailsFound[3]}},
+    {.name = "another host",
+     .settings = "UPDATE_LOC=b.example",
+     .failed = true,
+     .error = L"Server settings INI information mismatch.",
+     .log = {kHostNotMatched, kInvalidTagThree, kMismatchError, kRecordMissing, kDetailsNotFound[3]}},
+    {.name = "a complete address",
+     .settings = "UPDATE_LOC_URL=http://b.example/x",
+     .failed = true,
+     .error = L"Server settings INI information mismatch.",
+     .log = {kUrlMode, kInvalidTagThree, kMismatchError, kRecordMissing, kDetailsNotFound[3]}},
+    {.name = "a list that is held for a moment",
+     .obstacle = HoldListForAMoment,
+     .offered = true,
+     .log = {kHostMatched, kFound, kCompleted, kDetailsFound[3]}},
+    {.name = "a list that is gone",
+     .obstacle = FAILING(PathFileExistsW, 2),
+     .mirrors = "failed  old",
+     .log = {kHostMatched, kFound, kCompleted, kCopiedMissing, kRecordMissing, kDetailsNotFound[3]}},
+    {.name = "a record that the product writes meanwhile",
+     .obstacle = WriteRecordMeanwhile,
+     .offered = true,
+     .record_after = true,
+     .log = {kHostMatched, kFound, kCompleted, kDetailsFound[3]}},
+    {.name = "a record that is held",
+     .record = "Varnexa15_0_2_7 \r\n",
+     .obstacle = HELD(record),
+     .offered = true,
+     .record_after = true,
+     .log = {kHostMatched, kFound, kCompleted, kRecordFound, kHeldMessage, kRecordReadFailed,
+             kDetailsFound[2]},
+     .interactive = {kHostMatched, kFound, kCompleted, kRecordFoundInteractive, kHeldMessage,
+                     kRecordReadFailed, kDetailsFound[2]}},
+    {.name = "a record ahead of the executable",
+     .product = L"15.0.1.0",
+     .record = "Varnexa15_0_2_7 \r\n",
+     .offered = true,
+     .log = {kHostMatched, kFound, kCompleted, kRecordFound, kRecordRead, kRecordDeleted, kDetailsFound[1]},
+     .interactive = {kHostMatched, kFound, kCompleted, kRecordFoundInteractive, kRecordRead,
+                     kRecordDeletedInteractive, kDetailsFound[1]}},
+    {.name = "a record ahead that may not be deleted",
+     .product = L"15.0.1.0",
+     .record = "Varnexa15_0_2_7 \r\n",
+     .obstacle = FAILING(DeleteFileW, 5),
+     .offered = true,
+     .record_after = true,
+     .start_up_only = true,
+     .log = {kHostMatched, kFound, kCompleted, kRecordFound, kRecordRead, kRecordDenied, kDetailsFound[1]}},
+    {.name = "a record ahead that cannot be deleted",
+     .product = L"15.0.1.0",
+     .record = "Varnexa15_0_2_7 \r\n",
+     .obstacle = FAILING(DeleteFileW, 32),
+     .offered = true,
+     .record_after = true,
+     .start_up_only = true,
+     .log = {kHostMatched, kFound, kCompleted, kRecordFound, kRecordRead, kRecordNotDeleted, L"Error : 32",
+             kDetailsFound[1]}},
+};
+
+void RunCase(const Case& row, bool interactive) {
+  CAPTURE(row.name);
+  CAPTURE(interactive);
+  Process process(interactive, row.product, row.settings);
+  if (row.record != nullptr) support::WriteBytes(process.record, row.record);
+  HttpServer server(row.reply);
+  g_bUpdatesAvailable = !row.offered;
+  const std::string before = Mirrors();
+  {
+    const Obstacle obstacle = row.obstacle == nullptr ? nullptr : row.obstacle(process);
+    const std::wstring error = row.error.empty() ? L"" : L" Error : " + row.error;
+    CHECK(process.Check() == Told(row.network && !interactive, row.failed, row.offered, error));
+    const std::string after = Told(false, row.failed, row.offered, error);
+    CHECK(Mirrors() == (interactive ? before : row.mirrors != nullptr ? row.mirrors : after));
+  }
+  const bool same_log = !interactive || row.interactive.empty();
+  CHECK(process.Entries() == WholeLog(interactive, same_log ? row.log : row.interactive));
+  CHECK((GetFileAttributesW(process.record.c_str()) != INVALID_FILE_ATTRIBUTES) == row.record_after);
+  server.Stop();
+  if (row.log[1] == kInvalidTagThree) CHECK(server.Connections() == 0);
+}
+
+void RunFailure(const Failure& row) {
+  CAPTURE(Utf8(row.entry));
+  CAPTURE(Utf8(row.error));
+  Process process(false, L"15.0.2.5", "TIMEOUT=1");
+  const HttpServer server(row.reply);
+  const Obstacle obstacle = row.obstacle == nullptr ? nullptr : row.obstacle(process);
+  const std::wstring error = L" Error : " + row.error;
+  CHECK(process.Check() == Told(row.network, true, false, error));
+  Log log{kHostMatched, kFound, row.entry, error, kRecordMissing, kDetailsNotFound[3]};
+  if (!row.answered) log.erase(log.begin() + 1);
+  CHECK(process.Entries() == WholeLog(false, log));
+  CHECK(ReadBytes(process.machine.UpdateList()).value_or("").size() <= 32 << 20);
+}
+
+/// A value that is not registered, and what the checks log of the comparison.
+struct Missing {
+  const wchar_t* value;
+  bool warned;  ///< a start-up check shows its box
+  Log interactive;
+  const char* build_line;  ///< of an interactive check
+};
+const Missing kMissing[] = {
+    {L"DisplayVersion", true, {kEntriesNotFound}, "Build Version : 15.0.2.5"},
+    {L"DisplayIcon", true, {kEntriesNotFound}, "Build Version : 15.0.2.5"},
+    {L"URLUpdateInfo",
+     true,
+     {kHostNotMatched, kInvalidTagThree, kMismatchError, kRecordMissing, kDetailsNotFound[3]},
+     "Build Version : NA"},
+    {L"Installpath", false, {kEntriesNotFound}, "Build Version : "},
+};
+
+void RunMissing(const Missing& row, bool interactive) {
+  CAPTURE(Utf8(row.value));
+  CAPTURE(interactive);
+  Process process(interactive);
+  for (const std::wstring& key : {support::MakerKey(Layout::one), support::UninstallKey(Layout::one)})
+    support::RemoveRegistryValue(key, row.value);
+  g_bUpdatesAvailable = true;
+  const HttpServer server(List());
+  process.Check();
+  if (interactive) {
+    CHECK(process.Entries().ends_with(Text({kEntriesEnd, kUpdatesStart}) + Text(row.interactive) +
+                                      Text({kUpdatesEnd})));
+    CHECK(process.BuildLine() == row.build_line);
+    CHECK(server.Connections() == 0);
+  } else if (row.warned) {
+    CHECK(process.Entries().ends_with(Text({kEntriesEnd, kUpdatesStart, kUpdatesEnd})));
+    CHECK(Utf8(process.warning) == Utf8(kMissingFacts));
+    CHECK(Mirrors() == "failed  old");
+    CHECK(server.Connections() == 0);
+  }
+  CHECK(process.Checks() == 1);
+}
+
+}  // namespace
+
+TEST_CASE("a check logs each step and its failure, and its results say the same") {
+  for (const Case& row : kCases) {
+    RunCase(row, false);
+    if (!row.start_up_only) RunCase(row, true);
+  }
+  for (const Failure& row : kFailures) RunFailure(row);
+}
+
+TEST_CASE("a check without a registered value says so and asks no server") {
+  for (const Missing& row : kMissing) {
+    for (const bool interactive : {false, true}) RunMissing(row, interactive);
+  }
+}
