@@ -136,6 +136,7 @@ void Summary::Add(const Run& run, const Verdict& verdict, const std::string& fil
 
 std::vector<SummaryRow> Summary::Rows() const {
   std::vector<SummaryRow> rows;
+  rows.reserve(rows_.size());
   for (const auto& [key, row] : rows_) rows.push_back(row);
   std::stable_sort(rows.begin(), rows.end(),
                    [](const SummaryRow& a, const SummaryRow& b) { return a.first > b.first; });

@@ -194,6 +194,7 @@ void WarnOfWhole(const Published& published, Warnings& warnings) {
 /// Of a pack with two numbers.
 void WarnOfNumbers(std::wstring_view name, Warnings& warnings) {
   const auto fields = SplitPackName(name);
+  if (!fields || !fields->level) return;
   bool in_range = true, plain = true;
   for (const std::wstring_view field : {*fields->level, fields->build}) {
     const std::int32_t value = text::ParseDecimal(field);

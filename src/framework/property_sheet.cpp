@@ -49,7 +49,7 @@ INT_PTR CPropertySheet::DoModal() {
   ShowWindow(Handle(), SW_SHOWNORMAL);
   RunLoop();
   if (Handle() != nullptr) DestroyWindow(Handle());
-  return *result_;
+  return result_.value_or(-1);
 }
 
 void CPropertySheet::EndDialog(INT_PTR result) {
