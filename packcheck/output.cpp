@@ -110,7 +110,9 @@ std::string AsText(const Report& report) {
   if (!report.dropped.empty()) text += Names("Not seen", report.dropped);
   text += Line("Newest", "level " + std::to_string(report.newest.level) + ", build " +
                              std::to_string(report.newest.build));
-  text += "\n" + (report.client ? AnswerWithLog(*report.client) : Table(*report.table));
+  text += "\n";
+  if (report.client) text += AnswerWithLog(*report.client);
+  if (report.table) text += Table(*report.table);
   return text + "\n" + Warnings(report.warnings);
 }
 
