@@ -49,18 +49,12 @@ std::wstring InstalledMachine::LogFile() const {
   return names.size() == 1 ? LogFolder() + L"\\" + names[0] : std::wstring();
 }
 
-Run::Run(const std::wstring& program, const std::wstring& arguments)
-    : job_(CreateJobObjectW(nullptr, nullptr)) {
-  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limit{};
-  limit.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
-  SetInformationJobObject(job_.get(), JobObjectExtendedLimitInformation, &limit, sizeof limit);
+Run::Run(const std::wstring& program, const std::wstring& arguments) {
   std::wstring command = L"\"" + program + L"\" " + arguments;
   STARTUPINFOW start{};
   start.cb = sizeof start;
-  CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr,
-                 &start, &process_);
-  AssignProcessToJobObject(job_.get(), process_.hProcess);
-  ResumeThread(process_.hThread);
+  CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
+                 &process_);
 }
 
 Run::~Run() {

@@ -25,7 +25,7 @@ struct InstalledMachine : support::Installation {
   const std::wstring program = File(L"program\\QRTTavrelUtility.exe");
 };
 
-/// One run of a program, driven from outside; what it started ends with the object. Every wait is bounded.
+/// One run of a program, driven from outside; it ends with the object. Every wait is bounded.
 /// A window that does not appear in time is null; null has no text and counts as disabled and hidden.
 class Run {
  public:
@@ -52,7 +52,6 @@ class Run {
   HWND Find(bool sheet, HWND other) const;
 
   PROCESS_INFORMATION process_{};
-  platform::UniqueKernelHandle job_;
 };
 
 bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds = kLongestWaitMs);

@@ -70,11 +70,8 @@ struct Session {
     reply.pause_ms = pause_ms;
     server.Start();
   }
-  /// Sets a value that the installer registers; an empty one is removed.
-  void Fact(const wchar_t* name, const wchar_t* value) {
-    const std::wstring key = support::UninstallKey(support::Layout::two);
-    support::SetRegistryText(key, name, value);
-    if (*value == L'\0') support::RemoveRegistryValue(key, name);
+  void RegisterIcon(const std::wstring& path) {
+    support::SetRegistryText(support::UninstallKey(support::Layout::two), L"DisplayIcon", path);
   }
   void Settings(const std::string& lines) {
     const std::filesystem::path path = machine.SettingsFile();

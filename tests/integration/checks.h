@@ -68,17 +68,17 @@ inline std::string Mirrors() {
 struct Process {
   const bool interactive;
   support::Machine machine;
-  const std::wstring icon = machine.ProductFolder() + L"\\icon\\Qrt.exe";
   const std::wstring record = machine.ProductFolder() + L"\\icon\\installedupdates.dat";
   RunState run;
   SheetUpdateCheck sheet{run};
-  std::wstring warning, icon_found, product_version;
+  std::wstring warning, product_version;
 
   explicit Process(bool by_user, const wchar_t* product = L"15.0.2.5", const std::string& settings = "")
       : interactive(by_user) {
     machine.Install(support::Layout::one);
     support::MakeFolder(machine.ProductFolder() + L"\\icon");
-    support::SetRegistryText(support::UninstallKey(support::Layout::one), L"DisplayIcon", icon);
+    support::SetRegistryText(support::UninstallKey(support::Layout::one), L"DisplayIcon",
+                             machine.ProductFolder() + L"\\icon\\Qrt.exe");
     if (product != nullptr) machine.PlaceExecutable(product);
     machine.WriteSettings(settings + "\r\nIGNORE_PATCH_ERROR=maybe\r\n");
     support::WriteBytes(machine.UpdateList(), kOldList);
@@ -105,12 +105,10 @@ struct Process {
   std::string Check() {
     if (interactive) {
       sheet.RunUpdateCheck();
-      icon_found = sheet.SheetTagTwo;
       return Told(false, sheet.SheetCheckFailed, sheet.SheetUpdatesAvailable, sheet.SheetErrorText);
     }
     const CCheckPatch check(run);
     CHECK(Log().ends_with(check.MessageText() + L"\n\n"));
-    icon_found = check.TagTwo;
     product_version = check.ProductFileVersion;
     return Told(check.m_bNetworkError, check.m_bCheckFailed, check.m_bUpdatesAvailable, check.m_strErrorText);
   }

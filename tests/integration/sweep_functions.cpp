@@ -11,6 +11,7 @@
 #include <tuple>
 #include <type_traits>
 
+#include "support/import_hook.h"
 #include "support/table.h"
 #include "support/text.h"
 #include "sweep.h"
@@ -40,7 +41,7 @@ struct Session {
 thread_local Session* session = nullptr;
 
 /// Counts a call and returns the code that it is to fail with.
-DWORD Enter(const Function& function, const std::wstring& subject) {
+DWORD Enter(const Function& function) {
   if (function.codes.empty()) return 0;
   auto& [plan, run, open] = *session;
   DWORD code = 0;
@@ -49,7 +50,7 @@ DWORD Enter(const Function& function, const std::wstring& subject) {
   }
   const auto fault = plan.faults.find(run.calls.size());
   if (fault != plan.faults.end()) code = fault->second;
-  run.calls.push_back({function.name, subject, function.codes, code});
+  run.calls.push_back({function.name, function.codes, code});
   return code;
 }
 
@@ -72,13 +73,7 @@ struct Hook<Imported, Result(WINAPI*)(Arguments...)> {
   static Result WINAPI Replacement(Arguments... arguments) {
     const auto original = reinterpret_cast<decltype(&Replacement)>(function.other);
     if (session == nullptr) return original(arguments...);
-    std::wstring subject;
-    const auto look = [&]([[maybe_unused]] auto argument) {
-      if constexpr (std::is_convertible_v<decltype(argument), const wchar_t*>)
-        if (subject.empty() && argument != nullptr) subject = argument;
-    };
-    (look(arguments), ...);
-    if (const DWORD code = Enter(function, subject)) return support::Fail(code, Failure(code));
+    if (const DWORD code = Enter(function)) return support::Fail(code, Failure(code));
     const std::tuple all(arguments...);
     Close(function, (INT_PTR)std::get<0>(all));
     const Result result = original(arguments...);

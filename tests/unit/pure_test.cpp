@@ -8,7 +8,6 @@
 
 #include "console/text.h"
 #include "log/log_rules.h"
-#include "log/log_texts.h"
 #include "packcheck/report.h"
 #include "product/identity.h"
 #include "support/table.h"
@@ -17,7 +16,6 @@
 #include "ui/ui_texts.h"
 #include "update/check_rules.h"
 #include "update/section_names.h"
-#include "update/update_texts.h"
 
 /// Failures show wide texts.
 template <>
@@ -227,10 +225,7 @@ TEST_CASE("names that are shared with other programs") {
   CHECK(identity::kProductLabel == L"Varnexa 15.0");
   CHECK(identity::kWindowTitle == L"Varnexa 15.0 Tavrel Utility");
   CHECK(identity::kProductImage == L"Qrt.exe");
-  CHECK(identity::kSettingsFolder == L"\\Varnexa\\QRT15\\");
   CHECK(identity::kLogFolder == L"\\Varnexa\\QRT15");
-  CHECK(log_texts::kFilePrefix == L"QRT_15_SystemTavrel_");
-  CHECK(View(update_texts::kAgent) == L"QRT_15_TavrelUtility");
 }
 
 TEST_CASE("lists, records and logs are parsed as their table says") {
