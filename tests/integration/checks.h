@@ -46,12 +46,10 @@ inline std::string Text(const Log& log) {
 
 /// Everything that a check logs when it reads all values in mode one.
 inline std::string WholeLog(bool interactive, const Log& comparison) {
-  static const Log start_up{kEntriesStart,       kModeOne,    kTagOne.completed, kTagTwo.completed,
-                            kTagThree.completed, kEntriesEnd, kUpdatesStart};
-  static const Log by_user{kEntriesStart,     kModeOne,          kClientVersion.completed,
-                           kTagOne.completed, kTagTwo.completed, kTagThree.completed,
-                           kEntriesEnd,       kUpdatesStart};
-  return Text(interactive ? by_user : start_up) + Text(comparison) + Text({kUpdatesEnd});
+  Log entries{kEntriesStart,       kModeOne,    kTagOne.completed, kTagTwo.completed,
+              kTagThree.completed, kEntriesEnd, kUpdatesStart};
+  if (interactive) entries.insert(entries.begin() + 2, kClientVersion.completed);
+  return Text(entries) + Text(comparison) + Text({kUpdatesEnd});
 }
 
 inline std::string Told(bool network, bool failed, bool offered, const std::wstring& error_text) {

@@ -193,6 +193,7 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
       {.folders = L"\\Varnexa", .seed = kNever, .checks = false, .after = kNever, .log = made},
       {.folders = folder, .log = {kSourceNotFound, L"Error : 2", kValidationFailed}},
       {.seed = "A=b", .unwritable = true},
+      {.seed = kNever, .held = true, .log = {kFolderCreated, kCopyFailed, L"Error : 32", kValidationFailed}},
       {.user = kNever, .seed = "CHECKUPDATES=TRUE", .checks = false, .after = kNever, .log = exists},
       {.user = "CHECKUPDATES=true", .after = "CHECKUPDATES=true", .log = exists},
       {.user = "CHECKUPDATES=no", .after = "CHECKUPDATES=TRUE", .log = exists},
@@ -207,7 +208,7 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
     if (row.user != nullptr) machine.WriteSettings(std::string(row.user) + "\r\n");
     if (row.seed != nullptr) support::WriteBytes(SeedOf(machine), *FileOf(row.seed));
     std::optional<support::ShareLock> holder;
-    if (row.held) holder.emplace(machine.SettingsFile());
+    if (row.held) holder.emplace(row.user != nullptr ? machine.SettingsFile() : SeedOf(machine));
     std::optional<ImportHook<CreateDirectoryW>> refused_folder;
     if (row.unwritable) refused_folder.emplace("CreateDirectoryW", 5);
     RunState run;
@@ -219,21 +220,14 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
   }
 }
 
-TEST_CASE("settings that cannot be copied, or have no folder, are logged, and the check goes on") {
+TEST_CASE("a check goes on without a folder for the settings, which is logged") {
   Machine machine;
-  support::WriteBytes(SeedOf(machine), *FileOf(kNever));
-  platform::g_nWaitLeftMs = 0;
-  const support::ShareLock holder(SeedOf(machine));
+  const ImportHook<SHGetFolderPathW> no_documents("SHGetFolderPathW", 2u, E_FAIL);
   RunState run;
   CHECK(run.PrepareServerSettings());
-  CHECK(Utf8(run.LogText()) ==
-        Utf8(Entries({kFolderCreated, kCopyFailed, L"Error : 32", kValidationFailed})));
-  const ImportHook<SHGetFolderPathW> no_documents("SHGetFolderPathW", 2u, E_FAIL);
-  RunState lost;
-  CHECK(lost.PrepareServerSettings());
-  lost.ResolveSettingsFile();
-  CHECK(lost.SettingsFilePath.empty());
-  CHECK(Utf8(lost.LogText()) == Utf8(Entries({kFolderPathEmpty})));
+  run.ResolveSettingsFile();
+  CHECK(run.SettingsFilePath.empty());
+  CHECK(Utf8(run.LogText()) == Utf8(Entries({kFolderPathEmpty})));
 }
 
 TEST_CASE("a settings folder and file that another start makes at the same moment are used") {
@@ -258,16 +252,9 @@ TEST_CASE("a settings file that another process holds for a moment is read all t
     platform::g_nWaitLeftMs = platform::kWaitMs;
     const std::wstring path = own ? machine.SettingsFile() : SeedOf(machine);
     if (own) machine.WriteSettings("");
-    support::WriteBytes(path, *FileOf("CHECKUPDATES=FALSE|UPDATE_LOC=a.example"));
-    {
-      const HeldForAMoment holder(path);
-      CHECK_FALSE(RunState().PrepareServerSettings());
-    }
-    const HeldForAMoment holder(machine.SettingsFile());
-    UpdateSettings settings;
-    bool url_mode = false;
-    settings.ReadUpdateSettings(machine.SettingsFile(), url_mode, UpdateSettings::WriteBack::nothing);
-    CHECK(settings.UpdateLocation == L"a.example");
+    support::WriteBytes(path, *FileOf(kNever));
+    const HeldForAMoment holder(path);
+    CHECK_FALSE(RunState().PrepareServerSettings());
   }
 }
 

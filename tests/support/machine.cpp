@@ -168,12 +168,13 @@ Installation::Installation(std::wstring root, std::wstring documents, std::wstri
   }
 }
 
-void Installation::Install(Layout layout, const std::wstring& address) {
+void Installation::Install(Layout layout) {
   SetRegistryText(MakerKey(layout), L"Version", identity::kProductVersion);
   SetRegistryText(MakerKey(layout), L"Installpath", ProductFolder());
   SetRegistryText(UninstallKey(layout), L"DisplayVersion", L"15.0.2.5");
   SetRegistryText(UninstallKey(layout), L"DisplayIcon", ProductFolder() + L"\\" TAVREL_IMAGE);
-  SetRegistryText(UninstallKey(layout), L"URLUpdateInfo", address);
+  SetRegistryText(UninstallKey(layout), L"URLUpdateInfo",
+                  L"http://updates.varnexa.example/patches/updates.ini");
 }
 
 void Installation::PlaceExecutable(std::wstring_view version) {

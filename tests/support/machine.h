@@ -66,8 +66,7 @@ class Installation {
   std::wstring UpdateList() const { return Temp() + L"\\updates.ini"; }
 
   /// Registers a product in the product folder, as an installer does.
-  void Install(Layout layout,
-               const std::wstring& address = L"http://updates.varnexa.example/patches/updates.ini");
+  void Install(Layout layout);
   /// Copies a stand-in executable into the product folder, in place of another one. Its file version is one
   /// of 15.0.1.0, 15.0.2.5 and 15.0.2.7.
   void PlaceExecutable(std::wstring_view version);
