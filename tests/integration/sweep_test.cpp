@@ -166,7 +166,8 @@ const Scene kAppend{
                  std::wstring(log_texts::kHistoryFailed.begin(), log_texts::kHistoryFailed.end()) + L"\n" +
                  kEntries}};
 
-/// Prepares what every scene finds: settings, a registered product with its executable, logs, other files.
+/// Prepares what every scene finds: settings, a registered product with its executable, logs, an old list,
+/// other files.
 void Prepare(Machine& machine) {
   machine.Install(support::Layout::one);
   machine.PlaceExecutable(L"15.0.1.0");
@@ -174,6 +175,7 @@ void Prepare(Machine& machine) {
   support::MakeFolder(machine.LogFolder());
   support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", "[KORSA_URL]\r\nTIMEOUT=20\r\n");
   support::WriteBytes(machine.LogFolder() + kOwnLog, "Old entry\r\n");
+  support::WriteBytes(machine.UpdateList(), "[Varnexa15_0_9_9]\r\n");
   for (const std::wstring& folder :
        {machine.Temp(), machine.ProductFolder(), machine.Documents(), machine.LogFolder()}) {
     support::WriteBytes(folder + L"\\other.log", "Not ours\r\n");
