@@ -185,13 +185,14 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
   const struct {
     const wchar_t* folders = L"";  ///< what is there below Documents
     Lines user = nullptr, seed = nullptr;
-    bool unwritable = false, held = false, checks = true;
+    bool lost = false, unwritable = false, held = false, checks = true;
     Lines after = nullptr;
     std::vector<std::wstring_view> log{};
   } rows[] = {
       {.seed = "CHECKUPDATES=TRUE", .after = "CHECKUPDATES=TRUE", .log = made},
       {.folders = L"\\Varnexa", .seed = kNever, .checks = false, .after = kNever, .log = made},
       {.folders = folder, .log = {kSourceNotFound, L"Error : 2", kValidationFailed}},
+      {.seed = "A=b", .lost = true, .log = {kFolderPathEmpty}},
       {.seed = "A=b", .unwritable = true},
       {.seed = kNever, .held = true, .log = {kFolderCreated, kCopyFailed, L"Error : 32", kValidationFailed}},
       {.user = kNever, .seed = "CHECKUPDATES=TRUE", .checks = false, .after = kNever, .log = exists},
@@ -211,6 +212,8 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
     if (row.held) holder.emplace(row.user != nullptr ? machine.SettingsFile() : SeedOf(machine));
     std::optional<ImportHook<CreateDirectoryW>> refused_folder;
     if (row.unwritable) refused_folder.emplace("CreateDirectoryW", 5);
+    std::optional<ImportHook<SHGetFolderPathW>> no_documents;
+    if (row.lost) no_documents.emplace("SHGetFolderPathW", 2u, E_FAIL);
     RunState run;
     CHECK(run.PrepareServerSettings() == row.checks);
     holder.reset();
@@ -218,16 +221,6 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
     CHECK(Utf8(run.LogText()) == Utf8(Entries(row.log)));
     CHECK(Utf8(run.NotesText()) == Utf8(Entries(row.log, L"\n")));
   }
-}
-
-TEST_CASE("a check goes on without a folder for the settings, which is logged") {
-  Machine machine;
-  const ImportHook<SHGetFolderPathW> no_documents("SHGetFolderPathW", 2u, E_FAIL);
-  RunState run;
-  CHECK(run.PrepareServerSettings());
-  run.ResolveSettingsFile();
-  CHECK(run.SettingsFilePath.empty());
-  CHECK(Utf8(run.LogText()) == Utf8(Entries({kFolderPathEmpty})));
 }
 
 TEST_CASE("a settings folder and file that another start makes at the same moment are used") {
@@ -246,16 +239,19 @@ TEST_CASE("a settings folder and file that another start makes at the same momen
   CHECK(!run.PrepareServerSettings());
 }
 
-TEST_CASE("a settings file that another process holds for a moment is read all the same") {
-  for (const bool own : {true, false}) {
-    Machine machine;
-    platform::g_nWaitLeftMs = platform::kWaitMs;
-    const std::wstring path = own ? machine.SettingsFile() : SeedOf(machine);
-    if (own) machine.WriteSettings("");
-    support::WriteBytes(path, *FileOf(kNever));
-    const HeldForAMoment holder(path);
+TEST_CASE("settings files that another process holds for a moment are read all the same") {
+  Machine machine;
+  platform::g_nWaitLeftMs = platform::kWaitMs;
+  support::WriteBytes(SeedOf(machine), *FileOf("CHECKUPDATES=FALSE|UPDATE_LOC=a.example"));
+  {
+    const HeldForAMoment holder(SeedOf(machine));
     CHECK_FALSE(RunState().PrepareServerSettings());
   }
+  const HeldForAMoment holder(machine.SettingsFile());
+  UpdateSettings settings;
+  bool url_mode = false;
+  settings.ReadUpdateSettings(machine.SettingsFile(), url_mode, UpdateSettings::WriteBack::nothing);
+  CHECK(settings.UpdateLocation == L"a.example");
 }
 
 TEST_CASE(

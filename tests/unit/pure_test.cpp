@@ -28,12 +28,6 @@ namespace {
 using Text = std::wstring;
 using View = std::wstring_view;
 
-Text Fold(View version) {
-  std::vector<std::int32_t> n;
-  for (const Text& field : Split(version, L'.')) n.push_back(text::ParseDecimal(field));
-  return text::FormatDecimal(text::FoldVersion(n[0], n[1], n[2], n[3]));
-}
-
 Text Newest(View sections) {
   LatestPack latest{4, 4};
   FindLatestPack(Split(sections), latest);
@@ -85,7 +79,8 @@ Text DecideFor(View in) {
                    .product_level = fields[2],
                    .product_build = fields[3]};
   if (record == L"-") facts.record.reset();
-  if (!version.empty()) facts.product_version = text::ParseDecimal(Fold(version));
+  const auto number = [&](std::size_t field) { return text::ParseDecimal(fields[field]); };
+  if (!version.empty()) facts.product_version = text::FoldVersion(number(0), number(1), number(2), number(3));
   const Decision decision = Decide(facts, L"deleted");
   Text told = std::to_wstring(decision.exit_code);
   told += !decision.offered ? L" as before" : *decision.offered ? L" yes" : L" no";
@@ -98,10 +93,6 @@ Text Joined(const std::vector<Text>& names) {
   Text joined;
   for (const Text& name : names) joined.append(L"|").append(name);
   return joined;
-}
-
-Text Optional(const auto& value) {
-  return value ? Text(*value) : L"none";
 }
 
 const std::map<Text, Text (*)(View)> kFunctions = {
@@ -117,7 +108,7 @@ const std::map<Text, Text (*)(View)> kFunctions = {
        return version ? std::to_wstring(*version) : L"none";
      }},
     {L"Decide", DecideFor},
-    {L"Request", [](View in) { return Optional(RequestPath(in, L"up.example")); }},
+    {L"Request", [](View in) { return Text(RequestPath(in, L"up.example").value_or(L"none")); }},
     {L"Buffer",
      [](View in) {
        std::vector<Text> names;
