@@ -181,7 +181,6 @@ TEST_CASE_FIXTURE(Session, "a retry of an interactive check is on the log page a
   LogFile("Connect to the server not successful.");
   Serve(200);
   Command(IDC_RETRY);
-  Logged("Connect to the server not successful.");
   Logged(kRetry);
   LogFile(kFound);
 }

@@ -109,20 +109,22 @@ TEST_CASE("a retry says so, makes the whole check, and reads the executable's ve
     support::WriteBytes(process.record, "Varnexa15_0_2_7");
     const HttpServer server(List());
     CHECK(process.Check() == "offered");
-    const std::string first = process.Entries();
-    CHECK(first == WholeLog(interactive,
-                            {kHostMatched, kFound, kCompleted,
-                             interactive ? kRecordFoundInteractive : kRecordFound, kRecordRead,
-                             interactive ? kRecordDeletedInteractive : kRecordDeleted, kDetailsFound[1]}));
+    std::string entries = process.Entries();
+    CHECK(entries == WholeLog(interactive,
+                              {kHostMatched, kFound, kCompleted,
+                               interactive ? kRecordFoundInteractive : kRecordFound, kRecordRead,
+                               interactive ? kRecordDeletedInteractive : kRecordDeleted, kDetailsFound[1]}));
     CHECK(process.BuildLine() == "Build Version : 15.0.1.0");
     CHECK(Utf8(process.product_version) == (interactive ? "" : "15.0.1.0"));
     CHECK(process.warning.empty());
-    CHECK(process.Check() == "offered");
-    CHECK(process.Entries() ==
-          first + Text({kRetry}) +
-              WholeLog(interactive, {kHostMatched, kFound, kCompleted, kDetailsFound[3]}));
-    CHECK(process.product_version.empty());
-    CHECK(process.Checks() == 2);
+    const Log retry{kHostMatched, kFound, kCompleted, kDetailsFound[3]};
+    for (const int checks : {2, 3}) {
+      CHECK(process.Check() == "offered");
+      entries += Text({kRetry}) + WholeLog(interactive, retry);
+      CHECK(process.Entries() == entries);
+      CHECK(process.product_version.empty());
+      CHECK(process.Checks() == checks);
+    }
     CHECK(g_bProductInstalled == interactive);
   }
 }

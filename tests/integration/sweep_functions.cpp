@@ -1,5 +1,3 @@
-#include <winsock2.h>
-
 #include <windows.h>
 
 #include <shlobj.h>
@@ -175,7 +173,7 @@ void ExchangeAll() {
 
 std::string UncoveredImports(const wchar_t* program) {
   static const std::regex fallible(
-      "(?!.*SystemTimeAsFileTime)((advapi32|shlwapi|version|wininet)\\.dll .*|"
+      "(?!.*SystemTimeAsFileTime)((advapi32|shlwapi)\\.dll .*| (Http|Internet|.*Ver).*|"
       "kernel32\\.dll .*(File|Director|Profile|Path|Mutex).*)");
   const HMODULE module = LoadLibraryExW(program, nullptr, DONT_RESOLVE_DLL_REFERENCES);
   std::string names = module == nullptr ? "(not readable)" : "";

@@ -4,14 +4,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
-#include <filesystem>
 
 namespace support {
 namespace {
 
 /// A function that is looked up by name. Callers get `jump`, which jumps to `target`.
 struct LateFunction {
-  std::string dll, name;
+  std::string name;
   void* target;
   void* jump;
 };
@@ -20,13 +19,6 @@ std::deque<LateFunction> late_functions;  // a deque, because `jump` has their a
 /// The libraries whose functions the program looks up by name.
 constexpr const wchar_t* kLateLibraries[] = {L"comctl32", L"comdlg32", L"ole32",
                                              L"uxtheme",  L"version",  L"wininet"};
-
-std::string FileName(HMODULE module) {
-  wchar_t path[MAX_PATH];
-  GetModuleFileNameW(module, path, MAX_PATH);
-  CharLowerW(path);
-  return std::filesystem::path(path).filename().string();
-}
 
 /// "jmp [target]".
 void* MakeJump(void** target) {
@@ -48,7 +40,7 @@ LateFunction* FindLate(HMODULE module, std::string_view name) {
   }
   const auto found = reinterpret_cast<void*>(system_look_up(module, std::string(name).c_str()));
   if (found == nullptr) return nullptr;
-  LateFunction& late = late_functions.emplace_back(FileName(module), std::string(name), found, nullptr);
+  LateFunction& late = late_functions.emplace_back(std::string(name), found, nullptr);
   late.jump = MakeJump(&late.target);
   return &late;
 }
@@ -89,7 +81,7 @@ std::vector<ImportSlot> AllImports(HMODULE module) {
 
 std::vector<ImportSlot> LateImports() {
   std::vector<ImportSlot> slots;
-  for (LateFunction& late : late_functions) slots.push_back({late.dll, late.name, &late.target});
+  for (LateFunction& late : late_functions) slots.push_back({"", late.name, &late.target});
   return slots;
 }
 
