@@ -65,6 +65,9 @@ bool CTavrelSheet::OnCommand(int id) {
 
 bool CTavrelSheet::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
   // The user logs off. Windows ends the program after this message, also while a box is open.
-  if (message == WM_ENDSESSION && wparam != 0) run_.DatedLog().OpenSystemLog();
+  if (message == WM_ENDSESSION && wparam != 0) {
+    platform::g_nWaitLeftMs = platform::kWaitMs;
+    run_.DatedLog().OpenSystemLog();
+  }
   return CPropertySheet::OnMessage(message, wparam, lparam, result);
 }

@@ -40,14 +40,6 @@ void CStatic::Announce() {
   NotifyWinEvent(kLiveRegionChanged, Handle(), OBJID_CLIENT, CHILDID_SELF);
 }
 
-bool CButton::IsChecked() const {
-  return SendMessageW(Handle(), BM_GETCHECK, 0, 0) == BST_CHECKED;
-}
-
-void CButton::SetCheck(bool checked) {
-  SendMessageW(Handle(), BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
-}
-
 bool CReadOnlyEdit::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
   switch (message) {
     case WM_GETDLGCODE:

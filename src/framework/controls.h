@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "framework/window.h"
 
 /// A static text.
@@ -12,11 +10,7 @@ class CStatic : public CWnd {
 };
 
 /// A push button or a check box.
-class CButton : public CWnd {
- public:
-  bool IsChecked() const;
-  void SetCheck(bool checked);
-};
+class CButton : public CWnd {};
 
 /// A read-only multi-line edit without a caret. Ctrl+A selects everything; Tab, Enter and Escape go to the
 /// dialog.

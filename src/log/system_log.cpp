@@ -42,6 +42,12 @@ std::optional<std::vector<log_rules::LogFileEntry>> FindLogFiles(const std::wstr
   return files;
 }
 
+std::wstring NewFileName() {
+  return std::wstring(log_texts::kFilePrefix)
+      .append(platform::FormatLocalTime(log_texts::kFileDateFormat))
+      .append(log_texts::kFileExtension);
+}
+
 }  // namespace
 
 void SystemLog::SetHeader(std::wstring_view header) {
@@ -75,16 +81,12 @@ void SystemLog::OpenSystemLog() {
   if (chosen) {
     AppendTo(folder, (*files)[*chosen].name);
   } else {
-    CreateFileIn(folder, {});
+    CreateFileIn(folder, NewFileName(), {});
   }
 }
 
-void SystemLog::CreateFileIn(const std::wstring& folder, std::string_view history) {
-  std::wstring path = folder + L"\\";
-  path.append(log_texts::kFilePrefix)
-      .append(platform::FormatLocalTime(log_texts::kFileDateFormat))
-      .append(log_texts::kFileExtension);
-  if (WriteAtEnd(path, OPEN_ALWAYS, history) == Outcome::not_opened) {
+void SystemLog::CreateFileIn(const std::wstring& folder, const std::wstring& name, std::string_view history) {
+  if (WriteAtEnd(folder + L"\\" + name, OPEN_ALWAYS, history) == Outcome::not_opened) {
     AppendErrorLine(log_texts::kCreationFailed);
   }
 }
@@ -102,7 +104,10 @@ void SystemLog::AppendTo(const std::wstring& folder, const std::wstring& name) {
     }
     if (bytes) history = std::move(bytes);
   }
-  CreateFileIn(folder, log_rules::WithLf(*history));
+  // The file may have got its name in this minute. It must not get its own lines once more.
+  const std::wstring new_name = NewFileName();
+  if (new_name == name) history->clear();
+  CreateFileIn(folder, new_name, log_rules::WithLf(*history));
 }
 
 SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long disposition,

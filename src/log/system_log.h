@@ -34,9 +34,10 @@ class SystemLog {
  private:
   enum class Outcome { written, not_opened, failed };
 
-  /// Writes `history` (UTF-8, LF) and the pending text to the file whose name contains the current minute.
-  void CreateFileIn(const std::wstring& folder, std::string_view history);
-  /// Appends to the file. When it cannot be opened for writing, copies its content to a new file instead.
+  /// Writes `history` (UTF-8, LF) and the pending text to the end of the file `name`, which may exist.
+  void CreateFileIn(const std::wstring& folder, const std::wstring& name, std::string_view history);
+  /// Appends to the file. When it cannot be opened for writing, copies its content to a new file instead,
+  /// unless a new file would have the same name.
   void AppendTo(const std::wstring& folder, const std::wstring& name);
   /// Appends to `path`. Reports a failed write, but not a file that cannot be opened.
   Outcome WriteAtEnd(const std::wstring& path, unsigned long disposition, std::string_view history);

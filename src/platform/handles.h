@@ -4,7 +4,8 @@
 
 #include <cstdint>
 
-/// Owners for the handles of the Windows API. A handle type is one alias of UniqueHandle over its traits.
+/// Owners for the handles of the Windows API, and for the last error. A handle type is one alias of
+/// UniqueHandle over its traits.
 namespace platform {
 
 /// Saves the thread's last error and restores it at the end of the scope, so that a caller can still report

@@ -12,7 +12,7 @@ namespace platform {
 
 /// Time, in milliseconds, that all waits after the start, or after an action of the user, share.
 inline constexpr unsigned long kWaitMs = 1000;
-/// What is left of that time. A user's action in the window sets it to kWaitMs again.
+/// What is left of that time. A user's action in the window, and its end, set it to kWaitMs again.
 inline unsigned long g_nWaitLeftMs = kWaitMs;
 
 /// What a process waits for. The value is the part of kWaitMs that the wait leaves to later ones: a check

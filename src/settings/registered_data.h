@@ -45,13 +45,14 @@ class RegisteredDataEntries {
   /// `RegistryModeOne`.
   bool IdentifyRegistryMode();
   /// In mode one, if key or value does not exist (error 2), these two try the same key without "Wow6432Node".
-  /// If it is there, mode two holds for the rest of the check.
+  /// If its value can be read, mode two holds for the rest of the check.
   void ReadTagOne();
   void ReadClientVersion();
   /// Also copies the value into `IconPath`.
   void ReadTagTwo();
   void ReadTagThree();
-  /// The first, for the start-up check, logs nothing; the second, for the interactive check, its failures.
+  /// ReadInstallPath, for the start-up check, logs nothing. ReadInstallPathLogged, for the interactive check,
+  /// logs its failures.
   void ReadInstallPath();
   void ReadInstallPathLogged();
   std::wstring GetInstallPath() const { return facts_.InstallPath; }

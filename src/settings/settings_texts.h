@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-/// Texts that RunState logs while it prepares the settings file, and the keys of that file.
+/// Texts that ServerSettings logs while it prepares the settings file, and the keys of that file.
 namespace settings_texts {
 
 inline constexpr std::wstring_view kFolderPathEmpty = L"Profile settings folder path is empty.";

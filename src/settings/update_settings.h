@@ -8,9 +8,8 @@ inline constexpr wchar_t kSettingsSection[] = L"KORSA_URL";
 /// Capacity, in characters, of the buffer that a settings value is read into.
 inline constexpr unsigned kSettingsValueCapacity = 512;
 
-/// The value of "TIMEOUT" if the settings have none.
-inline constexpr std::int32_t kDefaultTimeoutSeconds = 60;
-inline constexpr std::int32_t kDefaultTimeoutMs = kDefaultTimeoutSeconds * 1000;
+/// In milliseconds; used if the settings have no "TIMEOUT".
+inline constexpr std::int32_t kDefaultTimeoutMs = 60'000;
 
 /// The settings that one check reads from korsa.ini.
 struct UpdateSettings {
@@ -18,7 +17,7 @@ struct UpdateSettings {
   bool UpdateLocationSet = true;  ///< true after every reading
   bool IgnorePatchError = true;   ///< "IGNORE_PATCH_ERROR" is "TRUE"
   /// In milliseconds, also zero or negative. Every reading replaces the initial value.
-  std::int32_t TimeoutMs = kDefaultTimeoutSeconds;
+  std::int32_t TimeoutMs = 60;
 
   /// Whether a missing or malformed "IGNORE_PATCH_ERROR" is replaced by "FALSE" in the file.
   enum class WriteBack { defaults, nothing };

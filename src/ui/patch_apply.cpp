@@ -44,8 +44,8 @@ void PatchApply::OnInitDialog() {
     return;
   }
   if (g_nUpdateCheckCount == 0) m_bAdministrator = sheet_.WriteRegularRunHeader();
-  // The check blocks this thread until the server has answered, so the sheet must be visible first. Its
-  // loop dispatches a posted message after it has shown the sheet.
+  // The check blocks this thread until the server has answered, so the sheet must be visible first. The
+  // sheet's loop, which dispatches this posted message, begins after the sheet is shown.
   first_check_pending_ = true;
   UpdatePageState();
   PostMessageW(Handle(), kFirstCheckMessage, 0, 0);
@@ -88,12 +88,12 @@ void PatchApply::OnCommand(int id, int code) {
 }
 
 void PatchApply::OnCheckAtStartup() {
-  m_bCheckOnStartup = m_chkCheckOnStartup.IsChecked() ? 1 : 0;
+  m_bCheckOnStartup = IsDlgButtonChecked(Handle(), IDC_CHECK_ON_STARTUP) == BST_CHECKED ? 1 : 0;
   WriteCheckUpdatesKey(m_bCheckOnStartup != 0);
 }
 
 void PatchApply::OnHideNetworkErrors() {
-  m_bHideNetworkErrors = m_chkHideNetworkErrors.IsChecked() ? 1 : 0;
+  m_bHideNetworkErrors = IsDlgButtonChecked(Handle(), IDC_HIDE_NETWORK_ERRORS) == BST_CHECKED ? 1 : 0;
   WriteIgnorePatchErrorKey(m_bHideNetworkErrors != 0);
 }
 
@@ -173,8 +173,8 @@ void PatchApply::TakeUpdaterPathFromSheet() {
 }
 
 void PatchApply::UpdatePageState() {
-  m_chkCheckOnStartup.SetCheck(m_bCheckOnStartup != 0);
-  m_chkHideNetworkErrors.SetCheck(m_bHideNetworkErrors != 0);
+  CheckDlgButton(Handle(), IDC_CHECK_ON_STARTUP, m_bCheckOnStartup != 0 ? BST_CHECKED : BST_UNCHECKED);
+  CheckDlgButton(Handle(), IDC_HIDE_NETWORK_ERRORS, m_bHideNetworkErrors != 0 ? BST_CHECKED : BST_UNCHECKED);
   m_ctlNote.SetText(ui_texts::kNote);
   if (first_check_pending_) {
     ShowState({});

@@ -73,8 +73,8 @@ class UpdateEngine : public RegisteredDataEntries, public UpdateSettings {
   virtual void SetUpdatesAvailable(bool available) { m_bUpdatesAvailable = available; }
 
  private:
-  // These return false after a failure, which they have logged and stored. `request` is a HINTERNET.
-  // `pending_error` receives a status that is neither 200 nor 404, in decimal.
+  // The bool functions return false after a failure, which they have logged and stored. `request` is a
+  // HINTERNET. `pending_error` receives a status that is neither 200 nor 404, in decimal.
   bool ProbeConnection();
   bool FetchToFile(const std::wstring& path, ListFile& file, std::wstring& pending_error);
   bool CheckStatus(void* request, std::wstring& pending_error);

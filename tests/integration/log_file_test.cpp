@@ -99,6 +99,16 @@ TEST_CASE_FIXTURE(LogFolder, "a file that cannot be written is carried over into
   CHECK(NewText() == old + "\r\nnew\r\n");
 }
 
+TEST_CASE_FIXTURE(LogFolder, "a log that was made in this minute does not get its own lines again") {
+  const std::wstring name = L"QRT_15_SystemTavrel_07Mar2025_09_41_AM.log";
+  support::WriteBytes(Path(name), "old\r\n");
+  std::optional<ShareLock> held(std::in_place, Path(name), FILE_SHARE_READ);
+  const ImportHook<ReadFile> read("ReadFile",
+                                  [&](auto... all) { return held.reset(), read.original(all...); });
+  Write(L"new");
+  CHECK(NewText() == "old\r\nnew\r\n");
+}
+
 TEST_CASE_FIXTURE(LogFolder, "what could not be written is written later, with the reason") {
   log.SetHeader(L"header\n\n");
   std::wstring reason;
