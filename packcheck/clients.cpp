@@ -40,15 +40,15 @@ Client AskClient(const Published& published, const Version& product) {
                             .product_version = text::FoldVersion(first, second, third, fourth),
                             .product_level = level,
                             .product_build = build};
-  const Decision decision = Decide(facts, update_texts::kRecordDeleted);
+  const Decision decision = Decide(facts);
   Client client{.product = product,
                 .answer = {.offered = decision.offered.value_or(false),
                            .exit_code = decision.exit_code,
-                           .record_deleted = decision.removal.has_value()},
+                           .record_deleted = decision.delete_record},
                 .log = {}};
   if (published.record)
     client.log = {std::wstring(update_texts::kRecordFound), std::wstring(update_texts::kRecordRead)};
-  if (decision.removal) client.log.emplace_back(decision.removal->deleted);
+  if (decision.delete_record) client.log.emplace_back(update_texts::kRecordDeleted);
   client.log.insert(client.log.end(), decision.entries.begin(), decision.entries.end());
   return client;
 }

@@ -102,7 +102,7 @@ std::optional<std::int32_t> ParseRecordVersion(std::wstring_view record) {
   return text::FoldVersion(fields[0], fields[1], fields[2], fields[3]);
 }
 
-Decision Decide(const CheckFacts& facts, std::wstring_view record_deleted) {
+Decision Decide(const CheckFacts& facts) {
   const bool has_pack = facts.sections.size() > 1;
   const std::wstring_view record = text::Trim(facts.record.value_or(std::wstring_view()));
   Decision decision;
@@ -120,9 +120,7 @@ Decision Decide(const CheckFacts& facts, std::wstring_view record_deleted) {
       OfferNothingNewer(decision);
       return decision;
     }
-    decision.removal = {.deleted = record_deleted,
-                        .denied = update_texts::kRecordDenied,
-                        .failed = update_texts::kRecordNotDeleted};
+    decision.delete_record = true;
     Offer(decision);
     return decision;
   }

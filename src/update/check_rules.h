@@ -65,18 +65,11 @@ struct CheckFacts {
 
 /// The outcome of a check: the path that it takes, and what it does and logs.
 struct Decision {
-  /// Logged before `entries`, depending on the result of the deletion of the record.
-  struct Removal {
-    std::wstring_view deleted;
-    std::wstring_view denied;  ///< error 5
-    std::wstring_view failed;  ///< any other error; the next entry is "Error : " and its code
-  };
-
   int exit_code = 0;  ///< 1: the record and the list have content; 2: one of them is empty; 3: no record
   /// Nothing when the product's version is missing: then earlier results stay and nothing is logged.
   std::optional<bool> offered;
-  std::optional<Removal> removal;  ///< set: the record is ahead of the executable and is deleted
+  bool delete_record = false;  ///< the record is ahead of the executable; deleted, and this logged, first
   std::vector<std::wstring_view> entries;
 };
-/// Decides whether updates are offered. `record_deleted`: the entry for a deleted record.
-Decision Decide(const CheckFacts& facts, std::wstring_view record_deleted);
+/// Decides whether updates are offered.
+Decision Decide(const CheckFacts& facts);

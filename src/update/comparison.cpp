@@ -44,9 +44,8 @@ void UpdateEngine::DecideOffer(const std::wstring& record_path, bool has_record)
                                     .record_version = RecordVersionNumber,
                                     .product_version = ProductVersionNumber,
                                     .product_level = ProductVersionThird,
-                                    .product_build = ProductVersionFourth},
-                                   variant_.record_deleted);
-  if (decision.removal) DeleteRecord(*decision.removal, record_path);
+                                    .product_build = ProductVersionFourth});
+  if (decision.delete_record) DeleteRecord(record_path);
   if (decision.offered) SetUpdatesAvailable(*decision.offered);
   for (const std::wstring_view entry : decision.entries) log_.Append(entry);
 }
@@ -73,13 +72,13 @@ std::wstring UpdateEngine::ReadInstalledRecord(const std::wstring& path) {
   return platform::FromAnsi(*bytes);
 }
 
-void UpdateEngine::DeleteRecord(const Decision::Removal& removal, const std::wstring& path) {
+void UpdateEngine::DeleteRecord(const std::wstring& path) {
   if (DeleteFileW(path.c_str())) {
-    log_.Append(removal.deleted);
+    log_.Append(variant_.record_deleted);
     return;
   }
   const DWORD error = GetLastError();
-  log_.Append(error == ERROR_ACCESS_DENIED ? removal.denied : removal.failed);
+  log_.Append(error == ERROR_ACCESS_DENIED ? update_texts::kRecordDenied : update_texts::kRecordNotDeleted);
   if (error == ERROR_ACCESS_DENIED) return;
   log_.Append(std::wstring(log_texts::kError).append(platform::ErrorNumber(error)));
 }

@@ -83,7 +83,7 @@ class UpdateEngine : public RegisteredDataEntries, public UpdateSettings {
   void FailWith(std::wstring_view error_text);
   /// `has_record`: the record was there before the exchange.
   void DecideOffer(const std::wstring& record_path, bool has_record);
-  void DeleteRecord(const Decision::Removal& removal, const std::wstring& path);
+  void DeleteRecord(const std::wstring& path);
 
   const CheckVariant variant_;
 };

@@ -64,8 +64,8 @@ void Decisions(const Text& in) {
                    .product_level = level,
                    .product_build = build};
   if (record == L"-") facts.record.reset();
-  const Decision decision = Decide(facts, L"gone");
-  assert(!decision.removal ||
+  const Decision decision = Decide(facts);
+  assert(!decision.delete_record ||
          (CountRecordedPacks(list, record) + 1 == list.size() && facts.record_version > 15027));
   assert(!decision.offered.value_or(false) || list.size() > 1);
   assert(decision.entries.empty() == !decision.offered);

@@ -81,10 +81,10 @@ Text DecideFor(View in) {
   if (record == L"-") facts.record.reset();
   const auto number = [&](std::size_t field) { return text::ParseDecimal(fields[field]); };
   if (!version.empty()) facts.product_version = text::FoldVersion(number(0), number(1), number(2), number(3));
-  const Decision decision = Decide(facts, L"deleted");
+  const Decision decision = Decide(facts);
   Text told = std::to_wstring(decision.exit_code);
   told += !decision.offered ? L" as before" : *decision.offered ? L" yes" : L" no";
-  if (decision.removal) told.append(L", ").append(decision.removal->deleted);
+  if (decision.delete_record) told += L", deleted";
   for (const View entry : decision.entries) told.append(L"|").append(entry);
   return told;
 }
