@@ -122,16 +122,16 @@ void LogReader::Read(View block) {
     std::size_t end = block.find('\n');
     end = std::min(end, block.substr(0, end).find('\r'));
     const View line = block.substr(0, end);
-    const std::size_t room = kLineLimit - std::min(kLineLimit, partial_.size());
+    const std::size_t space = kLineLimit - std::min(kLineLimit, partial_.size());
     if (end == block.npos) {
-      partial_.append(line.substr(0, room));
+      partial_.append(line.substr(0, space));
       return;
     }
     block.remove_prefix(end + 1);
     if (partial_.empty()) {
       TakeLine(line.substr(0, kLineLimit));
     } else {
-      partial_.append(line.substr(0, room));
+      partial_.append(line.substr(0, space));
       TakeLine(partial_);
       partial_.clear();
     }
