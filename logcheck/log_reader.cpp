@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <unordered_map>
 #include <utility>
 
@@ -89,17 +88,30 @@ bool IsNumber(View value) {
 
 /// "2026-11-21T22:30" for "Saturday 22:30, November 21, 2026"; nothing when a part is out of range.
 std::string HeaderTime(View value) {
-  unsigned hour = 0, minute = 0, day = 0, year = 0;
-  char month[10], iso[64];
-  const std::string text(value);
-  const int parts =
-      std::sscanf(text.c_str(), "%*s %2u:%2u, %9[A-Za-z] %2u, %4u", &hour, &minute, month, &day, &year);
-  if (parts != 5 || hour > 23 || minute > 59 || day < 1 || day > 31) return {};
-  const auto name = std::find(kMonths.begin(), kMonths.end(), View(month));
-  if (name == kMonths.end()) return {};
-  const auto number = static_cast<unsigned>(name - kMonths.begin()) + 1;
-  std::snprintf(iso, sizeof iso, "%04u-%02u-%02uT%02u:%02u", year, number, day, hour, minute);
-  return iso;
+  std::array<View, 6> parts{};
+  for (View& part : parts) {
+    value.remove_prefix(std::min(value.find_first_not_of(" :,"), value.size()));
+    part = value.substr(0, value.find_first_of(" :,"));
+    value.remove_prefix(part.size());
+  }
+  const auto& [weekday, hour, minute, month, day, year] = parts;
+  const auto two_digits = [](View part, View least, View most) {
+    return IsNumber(part) && part.size() == 2 && part >= least && part <= most;
+  };
+  const auto name = std::find(kMonths.begin(), kMonths.end(), month);
+  if (name == kMonths.end() || !IsNumber(year) || year.size() != 4) return {};
+  if (!two_digits(hour, "00", "23") || !two_digits(minute, "00", "59") || !two_digits(day, "01", "31"))
+    return {};
+  const std::string number = std::to_string(101 + (name - kMonths.begin())).substr(1);
+  return std::string(year)
+      .append("-")
+      .append(number)
+      .append("-")
+      .append(day)
+      .append("T")
+      .append(hour)
+      .append(":")
+      .append(minute);
 }
 
 /// The text after `part` in `line`, in which only the product's name may precede it; nothing otherwise.
