@@ -162,7 +162,8 @@ TEST_CASE("runs are told apart, whole or torn, in blocks of any size") {
       {.log = "", .shown = ""},
   };
   for (const auto& each : cases) {
-    for (const std::size_t block : {1, 7, 4096}) CHECK(Shown(RunsOf(each.log, block)) == each.shown);
+    for (const std::size_t block : {std::size_t{1}, std::size_t{7}, std::size_t{4096}})
+      CHECK(Shown(RunsOf(each.log, block)) == each.shown);
   }
 }
 
