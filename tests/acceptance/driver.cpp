@@ -162,7 +162,8 @@ void PressMouse(HWND window) {
   RECT area{};
   GetWindowRect(window, &area);
   SetCursorPos((area.left + area.right) / 2, (area.top + area.bottom) / 2);
-  for (const DWORD event : {MOUSEEVENTF_LEFTDOWN, MOUSEEVENTF_LEFTUP}) mouse_event(event, 0, 0, 0, 0);
+  for (const DWORD event : {DWORD{MOUSEEVENTF_LEFTDOWN}, DWORD{MOUSEEVENTF_LEFTUP}})
+    mouse_event(event, 0, 0, 0, 0);
 }
 
 void Press(const std::vector<BYTE>& keys) {
