@@ -66,6 +66,7 @@ datamash --sort groupby 1,2 q1 3 median 3 q3 3 median 4 <"$measured" |
 offer_packs 1
 for program in "${programs[@]}"; do
   before=$(traced_requests)
-  WINEDEBUG=-all,+server wine "$program" 2
+  # Wine traces nothing for a program whose standard error is /dev/null.
+  WINEDEBUG=-all,+server wine "$program" 2 2>"$TAVREL_TMP/errors"
   printf '%s: %d requests\n' "${program##*/}" "$(($(traced_requests) - before))"
 done
