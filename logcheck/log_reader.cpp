@@ -272,7 +272,7 @@ bool LogReader::TakeHeader(View line) {
                                0, log_texts::kBuildVersion.size() - log_texts::kNotAvailable.size())),
                            mode = Narrow(log_texts::kAppMode), admin = Narrow(log_texts::kAdmin),
                            user = Narrow(log_texts::kUser), unread = Narrow(log_texts::kNotAvailable),
-                           by_product = Narrow(log_texts::kInvokedByProduct),
+                           start_up = Narrow(log_texts::kInvokedByProduct),
                            by_user = Narrow(log_texts::kInvokedByUser);
   if (const auto utility = TextAfter(version, line)) {
     HeaderField(1).utility = OrNothing(*utility);
@@ -285,7 +285,7 @@ bool LogReader::TakeHeader(View line) {
     Header& header = HeaderField(4);
     if (rights.starts_with(admin) || rights.starts_with(user))
       header.administrator = rights.starts_with(admin);
-    if (line.ends_with(by_product)) header.mode = "start-up";
+    if (line.ends_with(start_up)) header.mode = "start-up";
     if (line.ends_with(by_user)) header.mode = "interactive";
   } else {
     return false;
