@@ -10,9 +10,8 @@ class ServerSettings : public ActivityLog {
  public:
   std::wstring SettingsFilePath;  ///< full path of korsa.ini; empty: built-in defaults, nothing written
 
-  /// Creates the profile settings folder if it is missing and copies korsa.ini into it if
-  /// it has none. Replaces a missing or
-  /// malformed CHECKUPDATES by "TRUE". Returns false only when CHECKUPDATES is "FALSE".
+  /// Creates the profile settings folder if it is missing and copies korsa.ini into it if it has none.
+  /// Replaces a missing or malformed CHECKUPDATES by "TRUE". Returns false only when CHECKUPDATES is "FALSE".
   bool PrepareServerSettings();
   /// Copies korsa.ini from the program's folder to `destination`. Logs two entries and returns false on
   /// failure.

@@ -36,7 +36,8 @@ void UpdateEngine::DecideOffer(const std::wstring& record_path, bool has_record)
   if (has_record) {
     log_.Append(variant_.record_found);
     record = ReadInstalledRecord(record_path);
-    ReadRecordVersion(*record);
+    const std::size_t packs = UpdateSections.empty() ? 0 : UpdateSections.size() - 1;
+    if (packs != 0 && CountRecordedPacks(UpdateSections, *record) == packs) ReadRecordVersion(*record);
   }
   const Decision decision = Decide({.sections = UpdateSections,
                                     .latest = {.level = LatestLevel, .build = LatestBuild},
