@@ -1,148 +1,95 @@
 // The floor: the smallest program that makes the system calls of one start-up check, each once. It writes no
 // log entries, decides nothing and handles no error. Started without "2", it makes the calls of a window's
-// start-up instead, and shows an empty property sheet made from the utility's templates.
+// start-up instead, and shows an empty property sheet made from the utility's templates. Where a wrapper of
+// src/platform is nothing but the call, it uses the wrapper.
 #include <windows.h>
 
 #include <commctrl.h>
 #include <objbase.h>
-#include <shlobj.h>
-#include <shlwapi.h>
 #include <wininet.h>
 
 #include <initializer_list>
+#include <string>
 
+#include "platform/administrator.h"
+#include "platform/files.h"
+#include "platform/folders.h"
+#include "platform/handles.h"
+#include "platform/http.h"
+#include "platform/profile.h"
+#include "platform/registry.h"
+#include "platform/sharing.h"
+#include "platform/system_library.h"
+#include "platform/version_resource.h"
+#include "product/identity.h"
 #include "resource.h"
-#include "version.h"
+#include "update/check_rules.h"
+#include "update/section_names.h"
 
 namespace {
 
-constexpr char kReport[] = "the floor's run\r\n";
-wchar_t settings[MAX_PATH], value[1024], product[MAX_PATH], path[MAX_PATH];
-BYTE block[4096], resource[4096];
-
-void ReadVersion(const wchar_t* file) {
-  DWORD ignored;
-  void* version;
-  UINT size;
-  GetFileVersionInfoW(file, 0, GetFileVersionInfoSizeW(file, &ignored), resource);
-  VerQueryValueW(resource, L"\\", &version, &size);
-}
-
 void ReadSettings() {
-  SHGetFolderPathW(nullptr, CSIDL_PERSONAL, nullptr, SHGFP_TYPE_CURRENT, settings);
-  PathAppendW(settings, L"" TAVREL_PRODUCT "\\" TAVREL_FOLDER);
-  GetFileAttributesW(settings);
-  PathAppendW(settings, L"korsa.ini");
-  PathFileExistsW(settings);
+  const std::wstring folder =
+      platform::AppendPath(platform::DocumentsFolder(), std::wstring(identity::kSettingsFolder));
+  const std::wstring file = folder + std::wstring(identity::kSettingsFile);
+  platform::DirectoryExists(folder);
+  platform::FileExists(file);
+  wchar_t value[1024];
   for (const wchar_t* key :
        {L"CHECKUPDATES", L"UPDATE_LOC_URL", L"UPDATE_LOC", L"IGNORE_PATCH_ERROR", L"TIMEOUT"}) {
-    GetPrivateProfileStringW(L"KORSA_URL", key, L"", value, 1024, settings);
+    GetPrivateProfileStringW(L"KORSA_URL", key, L"", value, 1024, file.c_str());
   }
 }
 
-void AskForAdministrator() {
-  SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
-  SECURITY_DESCRIPTOR descriptor{};
-  GENERIC_MAPPING mapping{1, 2, 0, 3};
-  PRIVILEGE_SET privileges{};
-  HANDLE own, token;
-  PSID group;
-  DWORD size = sizeof privileges, granted;
-  BOOL status;
-  OpenThreadToken(GetCurrentThread(), TOKEN_DUPLICATE | TOKEN_QUERY, TRUE, &own);
-  OpenProcessToken(GetCurrentProcess(), TOKEN_DUPLICATE | TOKEN_QUERY, &own);
-  DuplicateToken(own, SecurityImpersonation, &token);
-  AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0,
-                           0, &group);
-  ACL* list = reinterpret_cast<ACL*>(block);
-  InitializeAcl(list, sizeof block, ACL_REVISION);
-  AddAccessAllowedAce(list, ACL_REVISION, 3, group);
-  InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
-  SetSecurityDescriptorDacl(&descriptor, TRUE, list, FALSE);
-  SetSecurityDescriptorGroup(&descriptor, group, FALSE);
-  SetSecurityDescriptorOwner(&descriptor, group, FALSE);
-  AccessCheck(&descriptor, token, 1, &mapping, &privileges, &size, &granted, &status);
-  FreeSid(group);
-  CloseHandle(token);
-  CloseHandle(own);
-}
-
-void ReadRegistry() {
-  HKEY key;
-  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Wow6432Node", 0, KEY_READ, &key) == ERROR_SUCCESS)
-    RegCloseKey(key);
-  const auto read = [&](const wchar_t* name, const wchar_t* of, wchar_t* to) {
-    DWORD size = MAX_PATH * sizeof(wchar_t);
-    RegOpenKeyExW(HKEY_LOCAL_MACHINE, name, 0, KEY_READ, &key);
-    RegQueryValueExW(key, of, nullptr, nullptr, reinterpret_cast<BYTE*>(to), &size);
-    RegCloseKey(key);
+/// The product's folder.
+std::wstring ReadRegistry() {
+  std::wstring value;
+  const auto read = [&](const wchar_t* key, const wchar_t* name) {
+    LSTATUS error = ERROR_SUCCESS;
+    platform::QueryText(platform::OpenMachineKey(key, error).get(), name, value);
   };
-  for (const wchar_t* of : {L"DisplayVersion", L"DisplayIcon", L"URLUpdateInfo"})
-    read(L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" TAVREL_PRODUCT_LABEL, of, path);
-  read(L"SOFTWARE\\" TAVREL_MAKER "\\" TAVREL_PRODUCT "\\" TAVREL_PRODUCT_VERSION, L"Installpath", product);
+  LSTATUS error = ERROR_SUCCESS;
+  platform::OpenMachineKey(L"SOFTWARE\\Wow6432Node", error);
+  for (const wchar_t* name : {L"DisplayVersion", L"DisplayIcon", L"URLUpdateInfo"})
+    read(L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" TAVREL_PRODUCT_LABEL, name);
+  read(L"SOFTWARE\\" TAVREL_MAKER "\\" TAVREL_PRODUCT "\\" TAVREL_PRODUCT_VERSION, L"Installpath");
+  return value;
 }
 
-void FetchList() {
-  wchar_t list[MAX_PATH];
-  GetTempPathW(MAX_PATH, list);
-  PathAppendW(list, L"updates.ini");
-  InternetCheckConnectionW(L"" TAVREL_PROBE_ADDRESS, FLAG_ICC_FORCE_CONNECTION, 0);
-  const HINTERNET root = InternetOpenW(L"floor", INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0);
+void FetchList(const std::wstring& list) {
+  wininet::InternetCheckConnectionW(L"" TAVREL_PROBE_ADDRESS, FLAG_ICC_FORCE_CONNECTION, 0);
+  const platform::UniqueInternet root(
+      wininet::InternetOpenW(L"floor", INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0));
   DWORD timeout = 60000, read = 0, size = sizeof read;
-  InternetSetOptionW(root, INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
-  const HINTERNET connection = InternetConnectW(root, L"" TAVREL_UPDATE_HOST, INTERNET_DEFAULT_HTTP_PORT, L"",
-                                                L"", INTERNET_SERVICE_HTTP, 0, 0);
+  wininet::InternetSetOptionW(root.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
+  const platform::UniqueInternet connection(wininet::InternetConnectW(
+      root.get(), L"" TAVREL_UPDATE_HOST, INTERNET_DEFAULT_HTTP_PORT, L"", L"", INTERNET_SERVICE_HTTP, 0, 0));
   const wchar_t* accepted[] = {L"text/*", nullptr};
-  const HINTERNET request =
-      HttpOpenRequestW(connection, L"GET", L"/qrt15/updates.ini", nullptr, nullptr, accepted,
-                       INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, 0);
-  HttpSendRequestW(request, nullptr, 0, nullptr, 0);
-  HttpQueryInfoW(request, HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &read, &size, nullptr);
-  const HANDLE file = CreateFileW(list, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                  CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-  while (InternetReadFile(request, block, sizeof block, &read) && read != 0)
-    WriteFile(file, block, read, &size, nullptr);
-  CloseHandle(file);
-  InternetCloseHandle(request);
-  InternetCloseHandle(connection);
-  InternetCloseHandle(root);
-  GetPrivateProfileSectionNamesW(value, 1024, list);
-}
-
-void ReadRecord() {
-  PathAppendW(product, L"installedupdates.dat");
-  const HANDLE file = CreateFileW(product, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (file == INVALID_HANDLE_VALUE) return;
-  DWORD read = GetFileSize(file, nullptr);
-  void* bytes = HeapAlloc(GetProcessHeap(), 0, read);
-  ReadFile(file, bytes, read, &read, nullptr);
-  CloseHandle(file);
+  const platform::UniqueInternet request(
+      wininet::HttpOpenRequestW(connection.get(), L"GET", L"/qrt15/updates.ini", nullptr, nullptr, accepted,
+                                INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, 0));
+  wininet::HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0);
+  wininet::HttpQueryInfoW(request.get(), HTTP_QUERY_STATUS_CODE | HTTP_QUERY_FLAG_NUMBER, &read, &size,
+                          nullptr);
+  const platform::UniqueFile file =
+      platform::OpenShared(list, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, CREATE_ALWAYS);
+  char block[4096];
+  while (wininet::InternetReadFile(request.get(), block, sizeof block, &read) && read != 0)
+    platform::WriteAll(file.get(), {block, read});
 }
 
 void AppendReport() {
-  SHGetSpecialFolderPathW(nullptr, path, CSIDL_COMMON_APPDATA, TRUE);
-  PathAppendW(path, L"" TAVREL_PRODUCT "\\" TAVREL_FOLDER);
-  GetFileAttributesW(path);
-  WIN32_FIND_DATAW found;
-  PathAppendW(path, L"*.log");
-  const HANDLE find = FindFirstFileW(path, &found);
-  if (find == INVALID_HANDLE_VALUE) lstrcpyW(found.cFileName, L"" TAVREL_PREFIX "_SystemTavrel_.log");
-  while (find != INVALID_HANDLE_VALUE && FindNextFileW(find, &found)) {
+  const std::wstring folder = platform::CommonAppDataFolder().append(identity::kLogFolder);
+  platform::DirectoryExists(folder);
+  std::wstring name = L"" TAVREL_PREFIX "_SystemTavrel_.log";
+  {
+    WIN32_FIND_DATAW found{};
+    const platform::UniqueFind find(FindFirstFileW((folder + L"\\*.log").c_str(), &found));
+    for (bool more{find}; more; more = FindNextFileW(find.get(), &found) != FALSE) name = found.cFileName;
   }
-  FindClose(find);
-  PathRemoveFileSpecW(path);
-  PathAppendW(path, found.cFileName);
-  const HANDLE file = CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                  OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-  OVERLAPPED range{};
-  range.OffsetHigh = 0x40000000;
-  LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &range);
-  SetFilePointer(file, 0, nullptr, FILE_END);
-  DWORD written;
-  WriteFile(file, kReport, sizeof kReport - 1, &written, nullptr);
-  UnlockFileEx(file, 0, 1, 0, &range);
-  CloseHandle(file);
+  const platform::UniqueFile file =
+      platform::OpenShared(folder + L"\\" + name, GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS);
+  platform::AppendAll(file.get(), "the floor's run\r\n");
 }
 
 INT_PTR CALLBACK NoDialog(HWND, UINT, WPARAM, LPARAM) {
@@ -161,8 +108,7 @@ void ShowEmptySheet(HINSTANCE instance) {
   Load<decltype(InitCommonControlsEx)>(L"comctl32.dll", "InitCommonControlsEx")(&classes);
   Load<decltype(CoInitializeEx)>(L"ole32.dll", "CoInitializeEx")(
       nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
-  GetModuleFileNameW(instance, path, MAX_PATH);
-  ReadVersion(path);
+  platform::ReadFileVersion(platform::ModulePath());
   PROPSHEETPAGEW pages[2]{};
   for (PROPSHEETPAGEW& page : pages) {
     page.dwSize = sizeof page;
@@ -184,19 +130,18 @@ void ShowEmptySheet(HINSTANCE instance) {
 
 int WINAPI wWinMain([[maybe_unused]] _In_ HINSTANCE instance, _In_opt_ HINSTANCE, _In_ LPWSTR arguments,
                     _In_ int) {
-  SetDefaultDllDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
-  AskForAdministrator();
+  platform::SearchSystemFolderOnly();
+  platform::IsRunningAsAdmin();
   ReadSettings();
-  if (arguments[0] == L'2') {
-    ReadRegistry();
-    PathAppendW(product, L"" TAVREL_IMAGE);
-    ReadVersion(product);
-    PathRemoveFileSpecW(product);
-    FetchList();
-    ReadRecord();
-    AppendReport();
-  } else {
+  if (arguments[0] != L'2') {
     ShowEmptySheet(instance);
+    return 0;
   }
+  const std::wstring product = ReadRegistry(), list = platform::TemporaryFolder() + L"updates.ini";
+  platform::ReadFileVersion(product + L"\\" TAVREL_IMAGE);
+  FetchList(list);
+  platform::ReadProfileSectionNames(list, kSectionNamesCapacity);
+  platform::ReadWholeFile(product + L"\\installedupdates.dat", kRecordSizeLimit);
+  AppendReport();
   return 0;
 }
