@@ -1,13 +1,12 @@
-// One libFuzzer program for the parsers of what a server, a file or a log delivers: the first byte of an
-// input tells which of them takes the rest. Environment: with TAVREL_SHOW the rest is printed, as a column of
-// a table has it; TAVREL_SEEDS names a folder for seeds.
+// One libFuzzer program for the parsers of what a server, a file or a log delivers: each of them takes every
+// input. Environment: with TAVREL_SHOW an input is printed, as a column of a table has it; TAVREL_SEEDS names
+// a folder for seeds.
 #undef NDEBUG  // the rules are asserted
 #include <algorithm>
 #include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 
 #include "log/log_rules.h"
 #include "logcheck/texts.h"
@@ -107,8 +106,7 @@ void Logs(const Text& in) {
 
 // Each line of a log is read at most once, and each check has advice. Blocks of any size give the same runs.
 void LogRuns(const Text& in) {
-  std::string log;
-  for (const wchar_t c : in) log += static_cast<char>(c);
+  const std::string log = Bytes(in);
   std::string shown[2];
   for (std::string& each : shown) {
     std::size_t lines = 0;
@@ -129,39 +127,32 @@ void LogRuns(const Text& in) {
   assert(shown[0] == shown[1]);
 }
 
-constexpr void (*kParsers[])(const Text&) = {Packs, Decisions, Requests, Lists, Logs, LogRuns};
-constexpr char kLogRuns = 5;
-
-void WriteSeed(const char* folder, char parser, const std::string& input) {
+void WriteSeed(const char* folder, const std::string& input) {
   static int number = 0;
-  std::ofstream(folder + ("/" + std::to_string(++number)), std::ios::binary) << parser << input;
+  std::ofstream(folder + ("/" + std::to_string(++number)), std::ios::binary) << input;
 }
 
 }  // namespace
 
-/// Writes the seeds: the inputs of the unit tests' rows for each parser, and the entries of logs.
+/// Writes the seeds: the inputs of the unit tests' rows, and the entries of logs.
 extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
   const char* folder = std::getenv("TAVREL_SEEDS");
   if (folder == nullptr) return 0;
   for (const char* table : {"unit/rows.txt", "unit/section_names.txt"}) {
-    for (const Row& row : ReadTable(table)) {
-      for (char parser = 0; parser < static_cast<char>(std::size(kParsers)); ++parser)
-        WriteSeed(folder, parser, Bytes(row.input));
-    }
+    for (const Row& row : ReadTable(table)) WriteSeed(folder, Bytes(row.input));
   }
   for (const logcheck::TextGroup& group : logcheck::TextGroups()) {
     std::string log;
     for (const logcheck::Text& text : group.texts) log += Bytes(text.text) + " 2\n";
-    WriteSeed(folder, kLogRuns, log);
+    WriteSeed(folder, log);
   }
   return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size == 0) return 0;
-  const Text in = Decode(data + 1, size - 1);
+  const Text in = Decode(data, size);
   if (std::getenv("TAVREL_SHOW")) std::puts(("row " + Literal(in)).c_str());
   std::fflush(stdout);
-  kParsers[*data % std::size(kParsers)](in);
+  for (const auto parse : {Packs, Decisions, Requests, Lists, Logs, LogRuns}) parse(in);
   return 0;
 }

@@ -3,23 +3,18 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <regex>
-#include <sstream>
 #include <stdexcept>
 
 namespace {
 
-constexpr std::wstring_view kEscaped{L"\n\t\r\0\\", 5};
-constexpr std::string_view kLetters = "ntr0\\";
-
 std::wstring Unescape(const std::string& text) {
+  constexpr std::string_view letters = "ntr0\\";
   std::wstring result;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != '\\') {
       result += static_cast<wchar_t>(text[i]);
-    } else if (const std::size_t letter = kLetters.find(text[i + 1]); letter != kLetters.npos) {
-      result += kEscaped[letter];
+    } else if (const std::size_t letter = letters.find(text[i + 1]); letter != letters.npos) {
+      result += L"\n\t\r\0\\"[letter];
       i += 1;
     } else {
       // Throws when it is no "u" with hexadecimal digits.
@@ -34,14 +29,10 @@ std::wstring Unescape(const std::string& text) {
 
 std::vector<Row> ReadTable(const char* file) {
   std::ifstream table(std::filesystem::path(TAVREL_TESTS) / file);
-  const std::string text(std::istreambuf_iterator<char>(table), {});
-  std::istringstream lines(std::regex_replace(text, std::regex("\n    "), ""));
   std::vector<Row> rows;
-  for (std::string line; std::getline(lines, line);) {
+  for (std::string line; std::getline(table, line);) {
     if (line.empty() || line[0] == '#') continue;
     const std::size_t end = line.find(';');
-    if (end == line.npos || line.find(';', end + 1) != line.npos)
-      throw std::invalid_argument("not two columns: " + line);
     rows.push_back({Unescape(line.substr(0, end)), Unescape(line.substr(end + 1))});
   }
   if (rows.empty()) throw std::invalid_argument(std::string("no rows in ") + file);
@@ -51,16 +42,10 @@ std::vector<Row> ReadTable(const char* file) {
 std::string Literal(std::wstring_view value) {
   std::string result;
   for (const wchar_t c : value) {
-    const std::size_t letter = kEscaped.find(c);
+    const bool plain = c >= 0x20 && c < 0x7F && c != L';' && c != L'\\';
     char text[16];
-    std::snprintf(text, sizeof text, "\\u%04X", static_cast<unsigned>(c));
-    if (letter != kEscaped.npos) {
-      result += {'\\', kLetters[letter]};
-    } else if (c >= 0x20 && c < 0x7F && c != L';') {
-      result += static_cast<char>(c);
-    } else {
-      result += text;
-    }
+    std::snprintf(text, sizeof text, plain ? "%c" : "\\u%04X", static_cast<unsigned>(c));
+    result += text;
   }
   return result;
 }

@@ -11,14 +11,13 @@ struct Row {
 
 /// Reads a table below the tests' folder: "unit/rows.txt".
 ///
-/// A table is ASCII; a line is a row, with ';' between its two columns. A line that begins with four blanks
-/// continues the row above; empty lines, and lines that begin with '#', are no rows. "\n", "\t", "\r", "\0",
-/// "\\", and "\u" with four hexadecimal digits, are one character each; a semicolon within a column is
-/// "\u003B". All other blanks belong to the text. Throws for a row without two columns, for an unknown
-/// escape, and for a table without rows.
+/// A table is ASCII; a line is a row, with ';' between its two columns. Empty lines, and lines that begin
+/// with
+/// '#', are no rows. "\n", "\t", "\r", "\0", "\\", and "\u" with four hexadecimal digits, are one character
+/// each; a semicolon within a column is "\u003B". Throws for an unknown escape, and for a table without rows.
 std::vector<Row> ReadTable(const char* file);
 
-/// `value` as a column of a table has it.
+/// `value` as a column of a table can have it.
 std::string Literal(std::wstring_view value);
 
 /// The low byte of each character.

@@ -34,10 +34,13 @@ Text Newest(View sections) {
   return std::to_wstring(latest.level) + L'.' + std::to_wstring(latest.build);
 }
 
-/// The codes of warnings, each with its name.
-Text Warned(const std::string& list, std::optional<std::string_view> record = {}) {
+/// A list, and a record if there is a "|": the codes of warnings, each with its name.
+Text Warned(View in) {
+  const std::size_t bar = in.find(L'|');
+  const std::string record = bar == in.npos ? "" : Bytes(in.substr(bar + 1));
+  const auto known = bar == in.npos ? std::nullopt : std::optional<std::string_view>(record);
   Text codes;
-  for (const auto& warning : packcheck::Examine(list, record, {}).warnings) {
+  for (const auto& warning : packcheck::Examine(Bytes(in.substr(0, bar)), known, {}).warnings) {
     codes += (codes.empty() ? L"" : L" ") + WidenBytes(warning.code) + L":" + warning.name;
   }
   return codes;
@@ -115,14 +118,7 @@ const std::map<Text, Text (*)(View)> kFunctions = {
        AppendSectionNames(in, names);
        return Joined(names);
      }},
-    {L"Warnings",
-     [](View in) {
-       // The bytes of a list, and of a record if there is one.
-       const std::size_t bar = in.find(L'|');
-       if (bar == in.npos) return Warned(Bytes(in));
-       const std::string record = Bytes(in.substr(bar + 1));
-       return Warned(Bytes(in.substr(0, bar)), record);
-     }},
+    {L"Warnings", Warned},
     {L"Compare", Compared},
     {L"Printable",
      [](View in) { return console::DecodeText(console::Printable(std::string_view(Bytes(in)))); }},
@@ -239,8 +235,8 @@ TEST_CASE("the sections of a list have the names that Windows finds, as many as 
 }
 
 TEST_CASE("packs beyond the clients' buffer are a warning, and the newest of all packs is one of its own") {
-  std::string packs;
-  for (int build = 1; build <= 70; ++build) packs += "[Varnexa15_0_1_" + std::to_string(build) + "]\n";
-  CHECK(Literal(Warned("[H]\n[Varnexa15_0_2_7]\n" + packs)) == "beyond-limit:Varnexa15_0_1_60");
-  CHECK(Literal(Warned("[H]\n" + packs + "[Varnexa15_0_0_1]\n")) == "newest-beyond-limit:Varnexa15_0_1_70");
+  Text packs;
+  for (int build = 1; build <= 70; ++build) packs += L"[Varnexa15_0_1_" + std::to_wstring(build) + L"]\n";
+  CHECK(Warned(L"[H]\n[Varnexa15_0_2_7]\n" + packs) == L"beyond-limit:Varnexa15_0_1_60");
+  CHECK(Warned(L"[H]\n" + packs + L"[Varnexa15_0_0_1]\n") == L"newest-beyond-limit:Varnexa15_0_1_70");
 }
