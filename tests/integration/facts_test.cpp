@@ -17,85 +17,40 @@
 #include "support/import_hook.h"
 #include "support/machine.h"
 #include "support/text.h"
-#include "ui/update_options.h"
 
 using namespace registered_texts;
 using namespace settings_texts;
-using support::HeldForAMoment;
-using support::ImportHook;
-using support::Layout;
-using support::Machine;
-using support::ReadBytes;
-using support::Utf8;
+using namespace support;
 
 namespace {
 
 using Data = RegisteredDataEntries;
-using Texts = RegisteredReader;
-using Field = std::wstring Data::*;
-using TextField = std::wstring_view Texts::*;
+using Log = std::vector<std::wstring_view>;
 
-/// A function that reads a registered value, its texts, and the field that it fills; null: InstallPath.
+/// A function that reads a registered value, and the value.
 struct Reader {
   void (Data::*read)();
-  const Texts& texts;
-  Field field = nullptr;
+  const RegisteredReader& value;
 };
-const Reader kFunctions[] = {
-    {.read = &Data::ReadTagOne, .texts = kTagOne, .field = &Data::TagOne},
-    {.read = &Data::ReadTagTwo, .texts = kTagTwo, .field = &Data::TagTwo},
-    {.read = &Data::ReadTagThree, .texts = kTagThree, .field = &Data::TagThree},
-    {.read = &Data::ReadClientVersion, .texts = kClientVersion, .field = &Data::ClientVersion},
-    {.read = &Data::ReadInstallPath, .texts = kInstallPath},
-    {.read = &Data::ReadInstallPathLogged, .texts = kInstallPathLogged}};
+constexpr Reader kVersion{&Data::ReadClientVersion, kClientVersion}, kOne{&Data::ReadTagOne, kTagOne},
+    kThree{&Data::ReadTagThree, kTagThree}, kPath{&Data::ReadInstallPath, kInstallPath},
+    kPathLogged{&Data::ReadInstallPathLogged, kInstallPathLogged};
+constexpr std::wstring_view kMissing = L"Error : 2";
 
-/// What is registered under a key; "refused": no key can be opened.
-enum class State { no_key, no_value, empty, too_long, present, refused };
-using enum State;
+/// What is registered under a key: text of this length, or less.
+enum State { mode_two = -4, refused, no_key, no_value, empty, present = 127, too_long };
 
-/// The code that follows the text of a reader in the log; 0: none.
-unsigned CodeOf(State state) {
-  if (state == refused) return 5;
-  if (state == too_long) return 234;
-  return state == no_key || state == no_value ? 2 : 0;
-}
-
-/// A reader's key, in mode one also that of mode two, and what is logged. A text that a reader does not have
-/// is not logged, nor is its code.
-struct Case {
-  State first = no_key, second = present;
-  TextField text;
-  TextField then = nullptr;  ///< of readers that fall back, in mode one
-};
-const Case kCases[] = {
-    {.first = present, .text = &Texts::completed},
-    {.first = empty, .text = &Texts::empty},
-    {.first = too_long, .text = &Texts::query_failed},
-    {.first = refused, .text = &Texts::open_failed},
-    {.first = no_value, .text = &Texts::query_missing, .then = &Texts::alternative_completed},
-    {.second = empty, .text = &Texts::open_missing, .then = &Texts::alternative_empty},
-    {.second = no_key, .text = &Texts::open_missing, .then = &Texts::alternative_open_failed},
-    {.second = no_value, .text = &Texts::open_missing, .then = &Texts::alternative_query_failed}};
-
-void Register(const Texts& reader, Layout layout, State state) {
-  const std::wstring key = reader.maker_key ? support::MakerKey(layout) : support::UninstallKey(layout);
-  if (state == no_key) return;
-  support::SetRegistryText(key, L"Other", L"");
-  if (state == no_value) return;
-  const std::wstring text(state == empty ? 0 : state == too_long ? 128 : 127, L'v');
-  support::SetRegistryText(key, reader.value, text);
+void Register(const RegisteredReader& reader, Layout layout, State state) {
+  const std::wstring key = reader.maker_key ? MakerKey(layout) : UninstallKey(layout);
+  if (state >= no_value) SetRegistryText(key, L"Other", L"");
+  if (state >= empty) SetRegistryText(key, reader.value, std::wstring(state, L'v'));
 }
 
 /// The texts as entries of a log.
-std::wstring Entries(const std::vector<std::wstring_view>& texts, const wchar_t* separator = L"\n\n") {
+std::wstring Entries(const Log& texts, const wchar_t* separator = L"\n\n") {
   std::wstring log;
   for (const std::wstring_view text : texts) log.append(text).append(separator);
   return log;
-}
-
-std::wstring EntryWithCode(std::wstring_view text, State state) {
-  if (text.empty() || CodeOf(state) == 0) return text.empty() ? L"" : Entries({text});
-  return Entries({text, L"Error : " + std::to_wstring(CodeOf(state))});
 }
 
 /// Lines of a settings file, "|" between them; null: there is no file.
@@ -111,51 +66,64 @@ std::wstring SeedOf(const Machine& machine) {
   return machine.ProgramFolder() + L"\\korsa.ini";
 }
 
-void RunCase(const Reader& reader, const Case& row, bool mode_one) {
-  Machine machine;
-  Register(reader.texts, mode_one ? Layout::one : Layout::two, row.first);
-  if (mode_one) Register(reader.texts, Layout::two, row.second);
-  RunState run;
-  run.RegistryModeOne = mode_one;
-  run.BuildMakerKeyPath();
-  run.BuildUninstallKeyPath();
-  Data data(run, run);
-  std::wstring& field = reader.field != nullptr ? data.*reader.field : run.InstallPath;
-  field = L"old";
-  std::optional<ImportHook<RegOpenKeyExW>> refusal;
-  if (row.first == refused) refusal.emplace("RegOpenKeyExW", 5, LSTATUS{5});
-  (data.*reader.read)();
-
-  std::wstring log = EntryWithCode(reader.texts.*row.text, row.first);
-  const bool falls_back = row.then != nullptr && mode_one && reader.texts.falls_back;
-  const bool moved = falls_back && CodeOf(row.second) == 0;
-  if (falls_back) log += EntryWithCode(reader.texts.*row.then, row.second);
-  if (moved) log += Entries({kModeTwo});
-  CHECK(Utf8(run.LogText()) == Utf8(log));
-  const bool found = row.first == present || (moved && row.second == present);
-  CHECK(Utf8(field) == (found ? std::string(127, 'v') : "old"));
-  CHECK(run.IconPath == (found && &field == &data.TagTwo ? field : L""));
-  const Layout layout = mode_one && !moved ? Layout::one : Layout::two;
-  CHECK(run.RegistryModeOne == (layout == Layout::one));
-  CHECK(run.MakerKeyPath == support::MakerKey(layout));
-  CHECK(run.UninstallKeyPath == support::UninstallKey(layout));
-}
-
 }  // namespace
 
-TEST_CASE("registered data: each reader reads its key or the alternative one, and logs the result") {
-  for (const Reader& reader : kFunctions) {
-    for (const Case& row : kCases) {
-      for (const bool mode_one : {true, false}) {
-        INFO(Utf8(reader.texts.value), " case ", &row - kCases, mode_one ? " mode one" : " mode two");
-        RunCase(reader, row, mode_one);
-      }
-    }
+TEST_CASE("registered data: a reader reads its key or the alternative one, and logs the result") {
+  const struct {
+    Reader reader;
+    State one;  ///< below "Wow6432Node"; "refused": no key can be opened; "mode_two": not looked at
+    State two;  ///< directly below "SOFTWARE"
+    Log log;
+    bool found = false;
+  } rows[] = {
+      {kVersion, present, present, {kClientVersion.completed}, true},
+      {kVersion, empty, present, {kClientVersion.empty}},
+      {kVersion, too_long, present, {kClientVersion.query_failed, L"Error : 234"}},
+      {kVersion, refused, present, {kClientVersion.open_failed, L"Error : 5"}},
+      {kVersion,
+       no_value,
+       present,
+       {kClientVersion.query_missing, kMissing, kClientVersion.alternative_completed, kModeTwo},
+       true},
+      {kVersion, no_key, empty, {kClientVersion.alternative_empty, kModeTwo}},
+      {kOne, no_key, no_key, {kTagOne.open_missing, kMissing, kTagOne.alternative_open_failed, kMissing}},
+      {kOne,
+       no_value,
+       no_value,
+       {kTagOne.query_missing, kMissing, kTagOne.alternative_query_failed, kMissing}},
+      {kOne, mode_two, no_key, {kTagOne.open_missing, kMissing}},
+      {kThree, no_value, present, {kTagThree.query_missing, kMissing}},
+      {kPath, no_value, present, {}},
+      {kPathLogged, no_value, present, {kInstallPathLogged.query_missing, kMissing}},
+      {kPathLogged, mode_two, present, {}, true},
+  };
+  for (const auto& row : rows) {
+    CAPTURE(&row - rows);
+    Machine machine;
+    Register(row.reader.value, Layout::one, row.one);
+    Register(row.reader.value, Layout::two, row.two);
+    RunState run;
+    run.RegistryModeOne = row.one != mode_two;
+    run.BuildMakerKeyPath();
+    run.BuildUninstallKeyPath();
+    Data data(run, run);
+    data.TagOne = data.TagThree = data.ClientVersion = run.InstallPath = L"old";
+    std::optional<ImportHook<RegOpenKeyExW>> refusal;
+    if (row.one == refused) refusal.emplace("RegOpenKeyExW", 5, LSTATUS{5});
+    (data.*row.reader.read)();
+    CHECK(Utf8(run.LogText()) == Utf8(Entries(row.log)));
+    // One of the values is new, or none.
+    const std::wstring values = data.TagOne + data.TagThree + data.ClientVersion + run.InstallPath;
+    CHECK(values.size() == (row.found ? 3 * 3 + 127 : 4 * 3));
+    const bool falls_back = !row.log.empty() && row.log.back() == kModeTwo;
+    const Layout layout = row.one == mode_two || falls_back ? Layout::two : Layout::one;
+    CHECK(run.MakerKeyPath == MakerKey(layout));
+    CHECK(run.UninstallKeyPath == UninstallKey(layout));
   }
   Machine machine;
   RunState run;
   run.RegistryModeOne = true;
-  const ImportHook<RegOpenKeyExW> refused("RegOpenKeyExW", 5, LSTATUS{5});
+  const ImportHook<RegOpenKeyExW> refusal("RegOpenKeyExW", 5, LSTATUS{5});
   CHECK_FALSE(Data(run, run).IdentifyRegistryMode());
   CHECK(run.LogText() == Entries({kModeFailed, L"Error : 5"}));
 }
@@ -163,13 +131,14 @@ TEST_CASE("registered data: each reader reads its key or the alternative one, an
 TEST_CASE("registered data: a value that is stored in another way is read up to its first null") {
   const Machine machine;
   const auto read = [](DWORD type, std::string_view bytes) {
-    support::SetRegistryBytes(support::UninstallKey(Layout::two), L"URLUpdateInfo", type, bytes);
+    SetRegistryBytes(UninstallKey(Layout::two), L"DisplayIcon", type, bytes);
     RunState run;
     run.BuildUninstallKeyPath();
     Data data(run, run);
-    data.TagThree = L"old";
-    data.ReadTagThree();
-    return Utf8(data.TagThree);
+    data.TagTwo = run.IconPath = L"old";
+    data.ReadTagTwo();
+    CHECK(data.TagTwo == run.IconPath);
+    return Utf8(run.IconPath);
   };
   using namespace std::string_view_literals;
   CHECK(read(REG_SZ, "a\0b\0c"sv) == "ab");
@@ -180,14 +149,14 @@ TEST_CASE("registered data: a value that is stored in another way is read up to 
 }
 
 TEST_CASE("the settings file is prepared from the user's own or the seed, and a failure stops nothing") {
-  const std::vector<std::wstring_view> made{kFolderCreated, kCopied}, exists{kFileExists};
+  const Log made{kFolderCreated, kCopied}, exists{kFileExists};
   const wchar_t* const folder = L"\\Varnexa\\QRT15";
   const struct {
     const wchar_t* folders = L"";  ///< what is there below Documents
     Lines user = nullptr, seed = nullptr;
     bool lost = false, unwritable = false, held = false, checks = true;
     Lines after = nullptr;
-    std::vector<std::wstring_view> log{};
+    Log log{};
   } rows[] = {
       {.seed = "CHECKUPDATES=TRUE", .after = "CHECKUPDATES=TRUE", .log = made},
       {.folders = L"\\Varnexa", .seed = kNever, .checks = false, .after = kNever, .log = made},
@@ -205,10 +174,10 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
     CAPTURE(&row - rows);
     platform::g_nWaitLeftMs = 0;
     Machine machine;
-    support::MakeFolder(machine.Documents() + row.folders);
+    MakeFolder(machine.Documents() + row.folders);
     if (row.user != nullptr) machine.WriteSettings(std::string(row.user) + "\r\n");
-    if (row.seed != nullptr) support::WriteBytes(SeedOf(machine), *FileOf(row.seed));
-    std::optional<support::ShareLock> holder;
+    if (row.seed != nullptr) WriteBytes(SeedOf(machine), *FileOf(row.seed));
+    std::optional<ShareLock> holder;
     if (row.held) holder.emplace(row.user != nullptr ? machine.SettingsFile() : SeedOf(machine));
     std::optional<ImportHook<CreateDirectoryW>> refused_folder;
     if (row.unwritable) refused_folder.emplace("CreateDirectoryW", 5);
@@ -226,13 +195,13 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
 TEST_CASE("a settings folder and file that another start makes at the same moment are used") {
   Machine machine;
   const std::string seed = *FileOf(kNever);
-  support::WriteBytes(SeedOf(machine), seed);
+  WriteBytes(SeedOf(machine), seed);
   const ImportHook<CreateDirectoryW> race("CreateDirectoryW", [&](auto path, auto security) {
     if (!std::wstring_view(path).ends_with(L"QRT15\\")) race.original(path, security);
     return race.original(path, security);
   });
   const ImportHook<CreateFileW> file_race("CreateFileW", [&](auto path, auto... all) {
-    if (path == machine.SettingsFile() && !ReadBytes(path)) support::WriteBytes(path, seed);
+    if (path == machine.SettingsFile() && !ReadBytes(path)) WriteBytes(path, seed);
     return file_race.original(path, all...);
   });
   RunState run;
@@ -242,7 +211,7 @@ TEST_CASE("a settings folder and file that another start makes at the same momen
 TEST_CASE("settings files that another process holds for a moment are read all the same") {
   Machine machine;
   platform::g_nWaitLeftMs = platform::kWaitMs;
-  support::WriteBytes(SeedOf(machine), *FileOf("CHECKUPDATES=FALSE|UPDATE_LOC=a.example"));
+  WriteBytes(SeedOf(machine), *FileOf("CHECKUPDATES=FALSE|UPDATE_LOC=a.example"));
   {
     const HeldForAMoment holder(SeedOf(machine));
     CHECK_FALSE(RunState().PrepareServerSettings());
@@ -284,7 +253,7 @@ TEST_CASE(
     Machine machine;
     machine.WriteSettings("");
     const std::wstring path = row.settings != nullptr ? machine.SettingsFile() : L"";
-    if (row.settings != nullptr) support::WriteBytes(path, *FileOf(row.settings));
+    if (row.settings != nullptr) WriteBytes(path, *FileOf(row.settings));
     for (const auto write_back : {UpdateSettings::WriteBack::nothing, UpdateSettings::WriteBack::defaults}) {
       CHECK(ReadBytes(path) == FileOf(row.settings));
       UpdateSettings settings;
@@ -297,44 +266,4 @@ TEST_CASE(
     }
     CHECK(ReadBytes(path) == FileOf(row.after));
   }
-}
-
-TEST_CASE("a value that could not be read, or only in part, is read again before a default replaces it") {
-  const std::string lines = "CHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=TRUE\r\n";
-  for (const wchar_t* const text : {L"", L"T"}) {
-    Machine machine;
-    machine.WriteSettings(lines);
-    const std::wstring path = machine.SettingsFile();
-    const ImportHook<GetPrivateProfileStringW> unreadable(
-        "GetPrivateProfileStringW",
-        [&](auto section, auto key, auto other, auto value, DWORD size, auto file) -> DWORD {
-          if (file != path) return unreadable.original(section, key, other, value, size, file);
-          return static_cast<DWORD>(lstrlenW(lstrcpynW(value, text, static_cast<int>(size))));
-        });
-    RunState run;
-    CHECK_FALSE(run.PrepareServerSettings());
-    bool url_mode = false;
-    UpdateSettings settings;
-    settings.ReadUpdateSettings(path, url_mode, UpdateSettings::WriteBack::defaults);
-    CHECK(settings.IgnorePatchError);
-    UpdateOptions options;
-    options.LoadUpdateOptions(path);
-    CHECK(options.m_bCheckOnStartup == 0);
-    CHECK(ReadBytes(path) == "[KORSA_URL]\r\n" + lines);
-    options.WriteCheckUpdatesKey(true);
-    CHECK(ReadBytes(path) == "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
-  }
-}
-
-TEST_CASE(
-    "the page stores an option without a settings file, and writes a default that the start could not") {
-  Machine machine;
-  machine.WriteSettings("CHECKUPDATES=maybe\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
-  UpdateOptions options;
-  options.LoadUpdateOptions(machine.SettingsFile());
-  CHECK(ReadBytes(machine.SettingsFile()) ==
-        "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
-  DeleteFileW(machine.SettingsFile().c_str());
-  options.WriteCheckUpdatesKey(false);
-  CHECK(ReadBytes(machine.SettingsFile()) == "[KORSA_URL]\r\nCHECKUPDATES=FALSE\r\n");
 }

@@ -5,13 +5,13 @@
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/sharing.h"
+#include "settings/run_state.h"
+#include "settings/update_settings.h"
 #include "support/import_hook.h"
 #include "support/machine.h"
+#include "ui/update_options.h"
 
-using support::ImportHook;
-using support::ReadBytes;
-using support::ShareLock;
-using support::WriteBytes;
+using namespace support;
 
 namespace {
 
@@ -20,7 +20,7 @@ const std::string kNew = "[S]\r\nA=2\r\n[T]\r\nB=1\r\n";
 
 /// A settings file; each write is checked for files that it leaves.
 struct SettingsFile {
-  support::Machine machine;
+  Machine machine;
   std::wstring folder = machine.Documents(), path = folder + L"\\korsa.ini";
 
   explicit SettingsFile(const std::string& bytes = kOld) { WriteBytes(path, bytes); }
@@ -28,8 +28,8 @@ struct SettingsFile {
   std::string Write(std::size_t others = 0, const wchar_t* value = L"2") {
     platform::g_nWaitLeftMs = platform::kWaitMs;
     platform::WriteProfileText(path, L"S", L"A", value);
-    CHECK(support::FileNames(folder).size() == 1 + others);
-    CHECK(support::FileNames(machine.Temp()).empty());
+    CHECK(FileNames(folder).size() == 1 + others);
+    CHECK(FileNames(machine.Temp()).empty());
     return ReadBytes(path).value_or("missing");
   }
 };
@@ -112,13 +112,13 @@ TEST_CASE("a write waits for a process that holds the file or locks it, and give
     CHECK(file.Write() == kOld);
   }
   {
-    const support::HeldForAMoment holder(file.path);
+    const HeldForAMoment holder(file.path);
     CHECK(file.Write() == kNew);
   }
   int locked = 2;
   const ImportHook<WriteFile> write("WriteFile", [&](auto handle, auto bytes, auto size, auto written, auto) {
     if (std::string_view(static_cast<const char*>(bytes), size).starts_with(kOld) && locked-- > 0)
-      return support::Fail(ERROR_LOCK_VIOLATION, FALSE);
+      return Fail(ERROR_LOCK_VIOLATION, FALSE);
     return write.original(handle, bytes, size, written, nullptr);
   });
   CHECK(file.Write(0, L"longer-than-the-new-one") == kOld);
@@ -145,4 +145,40 @@ TEST_CASE("a new file is made for a value, and an existing one is not replaced")
   CHECK(ReadBytes(file.path) == kOld);
   DeleteFileW(file.path.c_str());
   CHECK(file.Write() == "[S]\r\nA=2\r\n");
+}
+
+TEST_CASE("a value that could not be read, or only in part, is read again before a default replaces it") {
+  const std::string lines = "CHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=TRUE\r\n";
+  for (const wchar_t* const text : {L"", L"T"}) {
+    Machine machine;
+    machine.WriteSettings(lines);
+    const std::wstring path = machine.SettingsFile();
+    const ImportHook<GetPrivateProfileStringW> unreadable(
+        "GetPrivateProfileStringW",
+        [&](auto section, auto key, auto other, auto value, DWORD size, auto file) -> DWORD {
+          if (file != path) return unreadable.original(section, key, other, value, size, file);
+          return static_cast<DWORD>(lstrlenW(lstrcpynW(value, text, static_cast<int>(size))));
+        });
+    RunState run;
+    CHECK_FALSE(run.PrepareServerSettings());
+    bool url_mode = false;
+    UpdateSettings settings;
+    settings.ReadUpdateSettings(path, url_mode, UpdateSettings::WriteBack::defaults);
+    CHECK(settings.IgnorePatchError);
+    UpdateOptions options;
+    options.LoadUpdateOptions(path);
+    CHECK(options.m_bCheckOnStartup == 0);
+    CHECK(ReadBytes(path) == "[KORSA_URL]\r\n" + lines);
+    options.WriteCheckUpdatesKey(true);
+    CHECK(ReadBytes(path) == "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
+  }
+}
+
+TEST_CASE("the page writes a default that the start could not") {
+  Machine machine;
+  machine.WriteSettings("CHECKUPDATES=maybe\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
+  UpdateOptions options;
+  options.LoadUpdateOptions(machine.SettingsFile());
+  CHECK(ReadBytes(machine.SettingsFile()) ==
+        "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
 }
