@@ -10,11 +10,6 @@
 #include "checks.h"
 
 using namespace checks;
-using support::HttpReply;
-using support::HttpServer;
-using support::ImportHook;
-using support::Layout;
-using support::ReadBytes;
 
 namespace {
 
@@ -34,14 +29,13 @@ HttpReply Silent(bool in_body) {
 }
 
 /// Another process holds this file.
-#define HELD(file) \
-  [](Process& process) -> Obstacle { return std::make_shared<support::ShareLock>(process.file); }
+#define HELD(file) [](Process& process) -> Obstacle { return std::make_shared<ShareLock>(process.file); }
 /// Every call of a function fails.
 #define FAILING(function, error) \
   [](Process&) -> Obstacle { return std::make_shared<ImportHook<function>>(#function, DWORD{error}); }
 
 Obstacle HoldListForAMoment(Process& process) {
-  return std::make_shared<support::HeldForAMoment>(process.machine.UpdateList());
+  return std::make_shared<HeldForAMoment>(process.machine.UpdateList());
 }
 
 /// The product writes its record while the check waits for the server.
@@ -49,7 +43,7 @@ Obstacle WriteRecordMeanwhile(Process& process) {
   struct Product {
     std::wstring record;
     const ImportHook<HttpSendRequestW> hook{"HttpSendRequestW", [this](auto... all) {
-                                              support::WriteBytes(record, "Varnexa15_0_2_7");
+                                              WriteBytes(record, "Varnexa15_0_2_7");
                                               return hook.original(all...);
                                             }};
   };
@@ -201,7 +195,7 @@ TEST_CASE("a record that cannot be read or deleted is logged with the reason") {
   };
   for (const auto& row : rows) {
     Process process(false, L"15.0.1.0");
-    support::WriteBytes(process.record, "Varnexa15_0_2_7");
+    WriteBytes(process.record, "Varnexa15_0_2_7");
     const HttpServer server(List());
     const Obstacle obstacle = row.obstacle(process);
     CHECK(process.Check() == "offered");
@@ -228,8 +222,8 @@ TEST_CASE("a check without a registered value says so and asks no server") {
   for (const auto& row : rows) {
     CAPTURE(Utf8(row.value));
     Process process(row.interactive);
-    for (const std::wstring& key : {support::MakerKey(Layout::one), support::UninstallKey(Layout::one)})
-      support::RemoveRegistryValue(key, row.value);
+    for (const std::wstring& key : {MakerKey(Layout::one), UninstallKey(Layout::one)})
+      RemoveRegistryValue(key, row.value);
     g_bUpdatesAvailable = true;
     const HttpServer server(List());
     process.Check();

@@ -9,11 +9,6 @@
 #include "checks.h"
 
 using namespace checks;
-using support::HttpReply;
-using support::HttpServer;
-using support::ImportHook;
-using support::Layout;
-using support::ReadBytes;
 
 namespace {
 
@@ -106,7 +101,7 @@ TEST_CASE("a retry says so, makes the whole check, and reads the executable's ve
   for (const bool interactive : {false, true}) {
     CAPTURE(interactive);
     Process process(interactive, L"15.0.1.0");
-    support::WriteBytes(process.record, "Varnexa15_0_2_7");
+    WriteBytes(process.record, "Varnexa15_0_2_7");
     const HttpServer server(List());
     CHECK(process.Check() == "offered");
     std::string entries = process.Entries();
@@ -135,7 +130,7 @@ TEST_CASE("an interactive check of another product version clears the last resul
     HttpServer server(List());
     CHECK(process.Check() == "offered");
     const std::string first = process.Entries();
-    support::SetRegistryText(support::MakerKey(Layout::one), L"Version", version);
+    SetRegistryText(MakerKey(Layout::one), L"Version", version);
     server.Stop();
     CHECK(process.Check() == "");
     CHECK(process.Entries() == first + Text({kRetry, kEntriesStart, kModeOne, kClientVersion.completed,

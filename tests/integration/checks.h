@@ -24,7 +24,7 @@ namespace checks {
 
 using namespace registered_texts;
 using namespace update_texts;
-using support::Utf8;
+using namespace support;
 using Log = std::vector<std::wstring_view>;
 
 /// The list of an earlier check, with a pack that a check must not find.
@@ -32,7 +32,7 @@ inline const std::string kOldList = std::string(999, '\n') + "[Varnexa15_0_9_9]\
 
 // Time-outs before the status and in the body: seen under Wine 8 and 10; documented for Windows, where the
 // code counts as a network error.
-inline const bool kOnWindows = support::WineVersion() == nullptr;
+inline const bool kOnWindows = WineVersion() == nullptr;
 inline const std::wstring kHeaderTimeOut = kOnWindows ? L"12002" : L"12030";
 inline const std::wstring kBodyTimeOut = kOnWindows ? L"12002" : L"10060";
 inline constexpr std::wstring_view kMismatchError = L" Error : Server settings INI information mismatch.";
@@ -65,7 +65,7 @@ inline std::string Mirrors() {
 /// beside which the record is, are in different folders.
 struct Process {
   const bool interactive;
-  support::Machine machine;
+  Machine machine;
   const std::wstring record = machine.ProductFolder() + L"\\icon\\installedupdates.dat";
   RunState run;
   SheetUpdateCheck sheet{run};
@@ -73,13 +73,12 @@ struct Process {
 
   explicit Process(bool by_user, const wchar_t* product = L"15.0.2.5", const std::string& settings = "")
       : interactive(by_user) {
-    machine.Install(support::Layout::one);
-    support::MakeFolder(machine.ProductFolder() + L"\\icon");
-    support::SetRegistryText(support::UninstallKey(support::Layout::one), L"DisplayIcon",
-                             machine.ProductFolder() + L"\\icon\\Qrt.exe");
+    machine.Install(Layout::one);
+    MakeFolder(machine.ProductFolder() + L"\\icon");
+    SetRegistryText(UninstallKey(Layout::one), L"DisplayIcon", machine.ProductFolder() + L"\\icon\\Qrt.exe");
     if (product != nullptr) machine.PlaceExecutable(product);
     machine.WriteSettings(settings + "\r\nIGNORE_PATCH_ERROR=maybe\r\n");
-    support::WriteBytes(machine.UpdateList(), kOldList);
+    WriteBytes(machine.UpdateList(), kOldList);
     g_nUpdateCheckCount = 0;
     platform::g_nWaitLeftMs = platform::kWaitMs;
     g_bProductInstalled = g_bUpdatesAvailable = false;
@@ -112,8 +111,8 @@ struct Process {
   }
 };
 
-inline support::HttpReply List(int status = 200) {
-  return support::Reply(status, "[Update Packs for Versions]\r\n[Varnexa15_0_2_7]\r\n");
+inline HttpReply List(int status = 200) {
+  return Reply(status, "[Update Packs for Versions]\r\n[Varnexa15_0_2_7]\r\n");
 }
 
 }  // namespace checks

@@ -11,8 +11,7 @@
 #include "update/list_file.h"
 #include "update/section_names.h"
 
-using support::ImportHook;
-using support::Machine;
+using namespace support;
 
 TEST_CASE("list file: only the file that was written is read, and no other process can change it meanwhile") {
   const Machine machine;
@@ -49,7 +48,7 @@ TEST_CASE("list file: only the file that was written is read, and no other proce
   writer.reset();
 
   const std::wstring other = machine.Temp() + L"\\other.ini";
-  support::WriteBytes(other, "[b]\r\n");
+  WriteBytes(other, "[b]\r\n");
   CHECK_FALSE((DeleteFileW(path.c_str()) || MoveFileW(path.c_str(), (path + L"x").c_str()) ||
                MoveFileExW(other.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)));
   CHECK(names.size() == 2);
@@ -59,7 +58,7 @@ TEST_CASE("section names: the functions of the system find the names that the pu
   for (const Row& row : ReadTable("unit/section_names.txt")) {
     const Machine machine;
     const std::wstring file = machine.Temp() + L"\\list.ini";
-    support::WriteBytes(file, Bytes(row.input));
+    WriteBytes(file, Bytes(row.input));
     std::vector<std::wstring> names, whole;
     AppendSectionNames(platform::ReadProfileSectionNames(file, kSectionNamesCapacity), names);
     AppendSectionNames(platform::ReadProfileSectionNames(file, 8), whole);

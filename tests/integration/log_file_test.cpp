@@ -13,17 +13,14 @@
 #include "support/machine.h"
 #include "support/text.h"
 
-using support::ImportHook;
-using support::ReadBytes;
-using support::ShareLock;
-using support::Utf8;
+using namespace support;
 
 namespace {
 
 /// A log folder at 9:41 on a Friday, and one run that writes to it. A file with a name of one letter is a log
 /// file.
 struct LogFolder {
-  const support::Machine machine;
+  const Machine machine;
   SystemLog log;
   const ImportHook<GetLocalTime> clock{"GetLocalTime",
                                        [](SYSTEMTIME* now) { *now = {2025, 3, 5, 7, 9, 41, 59, 0}; }};
@@ -31,14 +28,14 @@ struct LogFolder {
   LogFolder() {
     g_strCurrentLogFile.clear();
     platform::g_nWaitLeftMs = 0;
-    support::MakeFolder(machine.LogFolder());
+    MakeFolder(machine.LogFolder());
   }
   std::wstring Path(const std::wstring& name) const {
     return machine.LogFolder() + L"\\" + name + (name.size() == 1 ? L"_QRT_15_SystemTavrel_.log" : L"");
   }
   void Have(const std::wstring& name, unsigned age_seconds) const {
-    support::WriteBytes(Path(name), "old\r\n");
-    support::SetWriteTime(Path(name), 130000000000000000 - age_seconds * 10000000ull);
+    WriteBytes(Path(name), "old\r\n");
+    SetWriteTime(Path(name), 130000000000000000 - age_seconds * 10000000ull);
   }
   std::string Text(const std::wstring& name) const { return ReadBytes(Path(name)).value_or(""); }
   std::string NewText() const { return Text(L"QRT_15_SystemTavrel_07Mar2025_09_41_AM.log"); }
@@ -53,7 +50,7 @@ struct LogFolder {
 TEST_CASE_FIXTURE(LogFolder, "the newest log file gets each entry as a line of UTF-8") {
   Have(L"A", 6), Have(L"B", 4), Have(L"C", 5), Have(L"L", 2);
   Have(L"x_qrt_15_systemtavrel_.log", 1), Have(L"QRT_15_SystemTavrel_.txt", 1);
-  support::MakeFolder(Path(L"Z"));
+  MakeFolder(Path(L"Z"));
   // The newest file is stored in another form; the one named L is a link to a file elsewhere.
   const ImportHook<FindNextFileW> find("FindNextFileW", [&](HANDLE handle, WIN32_FIND_DATAW* data) {
     const BOOL found = find.original(handle, data);
@@ -75,7 +72,7 @@ TEST_CASE_FIXTURE(LogFolder, "one run writes one header, stays with its file and
   log.SetHeader(L"header\n\n");
   Write(L"first");
   CHECK(NewText() == "header\r\nfirst\r\n");
-  support::WriteBytes(Path(L"A"), "newer\r\n");
+  WriteBytes(Path(L"A"), "newer\r\n");
   log.SetHeader(L"late\n\n");
   Write(L"second");
   CHECK(NewText() == "header\r\nfirst\r\nsecond\r\n");
@@ -91,7 +88,7 @@ TEST_CASE_FIXTURE(LogFolder, "a file that cannot be written is carried over into
   std::string old = "old";
   SUBCASE("small") {}
   SUBCASE("too large") {
-    support::WriteBytes(Path(L"A"), std::string((64 << 20) + 1, '\n'));
+    WriteBytes(Path(L"A"), std::string((64 << 20) + 1, '\n'));
     old = log_texts::kHistoryFailed;
   }
   const ShareLock held(Path(L"A"), FILE_SHARE_READ);
@@ -101,7 +98,7 @@ TEST_CASE_FIXTURE(LogFolder, "a file that cannot be written is carried over into
 
 TEST_CASE_FIXTURE(LogFolder, "a log that was made in this minute does not get its own lines again") {
   const std::wstring name = L"QRT_15_SystemTavrel_07Mar2025_09_41_AM.log";
-  support::WriteBytes(Path(name), "old\r\n");
+  WriteBytes(Path(name), "old\r\n");
   std::optional<ShareLock> held(std::in_place, Path(name), FILE_SHARE_READ);
   const ImportHook<ReadFile> read("ReadFile",
                                   [&](auto... all) { return held.reset(), read.original(all...); });
@@ -113,9 +110,9 @@ TEST_CASE_FIXTURE(LogFolder, "what could not be written is written later, with t
   log.SetHeader(L"header\n\n");
   std::wstring reason;
   SUBCASE("no folder") {
-    support::RemoveTree(machine.LogFolder());
+    RemoveTree(machine.LogFolder());
     Write(L"new");
-    support::MakeFolder(machine.LogFolder());
+    MakeFolder(machine.LogFolder());
   }
   SUBCASE("no permission") {
     const ImportHook<CreateFileW> refused("CreateFileW", 5, INVALID_HANDLE_VALUE);
@@ -123,7 +120,7 @@ TEST_CASE_FIXTURE(LogFolder, "what could not be written is written later, with t
     reason = log_texts::kCreationFailed;
   }
   SUBCASE("a full disk") {
-    support::WriteBytes(Path(L"A"), "old\r\n");
+    WriteBytes(Path(L"A"), "old\r\n");
     const ImportHook<WriteFile> disk(
         "WriteFile", [&, calls = 0](auto file, auto bytes, auto, auto written, auto) mutable {
           return calls++ == 0 ? disk.original(file, bytes, 1, written, nullptr) : (*written = 0, TRUE);
@@ -143,7 +140,7 @@ TEST_CASE_FIXTURE(LogFolder, "what could not be written is written later, with t
 
 TEST_CASE_FIXTURE(LogFolder, "an append waits for another process, and keeps others from writing meanwhile") {
   Have(L"A", 5);
-  const support::HeldForAMoment other(Path(L"A"));
+  const HeldForAMoment other(Path(L"A"));
   bool alone = true;
   const ImportHook<WriteFile> write("WriteFile", [&](auto... all) {
     alone &= !platform::UniqueFile(CreateFileW(Path(L"A").c_str(), GENERIC_WRITE, platform::kShareAll,

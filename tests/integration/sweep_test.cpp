@@ -25,8 +25,7 @@ namespace {
 
 using namespace sweep;
 using namespace update_texts;
-using support::Machine;
-using support::Utf8;
+using namespace support;
 using Files = std::map<std::wstring, std::string>;  ///< path, content
 
 /// A part of a run that the sweep repeats with failing calls.
@@ -57,7 +56,7 @@ bool In(std::wstring_view text, std::wstring_view part) {
 // --- A start-up check with a record that is ahead of the executable.
 
 void WriteRecord(Machine& machine) {
-  support::WriteBytes(machine.Record(), "Varnexa15_0_2_7\r\n");
+  WriteBytes(machine.Record(), "Varnexa15_0_2_7\r\n");
 }
 
 std::wstring PatchCheck(Machine& machine) {
@@ -118,7 +117,7 @@ const Scene kCheck{
 // --- A first start, with a settings file beside the program.
 
 void RemoveSettings(Machine& machine) {
-  support::RemoveTree(machine.Documents() + L"\\Varnexa");
+  RemoveTree(machine.Documents() + L"\\Varnexa");
 }
 
 std::wstring StartUp(Machine&) {
@@ -169,16 +168,16 @@ const Scene kAppend{
 /// Prepares what every scene finds: settings, a registered product with its executable, logs, an old list,
 /// other files.
 void Prepare(Machine& machine) {
-  machine.Install(support::Layout::one);
+  machine.Install(Layout::one);
   machine.PlaceExecutable(L"15.0.1.0");
   machine.WriteSettings(kSettings);
-  support::MakeFolder(machine.LogFolder());
-  support::WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", "[KORSA_URL]\r\nTIMEOUT=20\r\n");
-  support::WriteBytes(machine.LogFolder() + kOwnLog, "Old entry\r\n");
-  support::WriteBytes(machine.UpdateList(), "[Varnexa15_0_9_9]\r\n");
+  MakeFolder(machine.LogFolder());
+  WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", "[KORSA_URL]\r\nTIMEOUT=20\r\n");
+  WriteBytes(machine.LogFolder() + kOwnLog, "Old entry\r\n");
+  WriteBytes(machine.UpdateList(), "[Varnexa15_0_9_9]\r\n");
   for (const std::wstring& folder :
        {machine.Temp(), machine.ProductFolder(), machine.Documents(), machine.LogFolder()}) {
-    support::WriteBytes(folder + L"\\other.log", "Not ours\r\n");
+    WriteBytes(folder + L"\\other.log", "Not ours\r\n");
   }
 }
 
@@ -255,7 +254,7 @@ class SceneRunner {
       if (was != before_.end() && was->second == bytes) continue;
       report_ += L"|" + path + L"=" + std::wstring(bytes.begin(), bytes.end());
       DeleteFileW(path.c_str());
-      if (was != before_.end()) support::WriteBytes(path, was->second);
+      if (was != before_.end()) WriteBytes(path, was->second);
     }
     text::ReplaceAll(report_, L"\r\n", L"\n");
     text::ReplaceAll(report_, machine_.SettingsFile(), L"korsa.ini");
@@ -271,7 +270,7 @@ class SceneRunner {
     Files files;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root_)) {
       const std::wstring path = entry.path().wstring();
-      if (!entry.is_directory()) files[path] = support::ReadBytes(path).value_or("unreadable");
+      if (!entry.is_directory()) files[path] = ReadBytes(path).value_or("unreadable");
     }
     return files;
   }
@@ -298,10 +297,9 @@ class SceneRunner {
 }  // namespace
 
 TEST_CASE("sweep: after each failing call handles, files, flags and log are in order") {
-  const support::HttpServer server(
-      support::Reply(200, "[Update Packs for Versions]\r\n[Varnexa15_0_2_7]\r\n"));
+  const HttpServer server(Reply(200, "[Update Packs for Versions]\r\n[Varnexa15_0_2_7]\r\n"));
   SetUnhandledExceptionFilter(SceneRunner::OnCrash);
-  const support::ImportHook<GetLocalTime> noon("GetLocalTime", [](SYSTEMTIME* time) {
+  const ImportHook<GetLocalTime> noon("GetLocalTime", [](SYSTEMTIME* time) {
     *time = {2020, 9, 0, 13, 12, 0, 0, 0};  // Sunday, 13 September
   });
   for (const Scene* const scene : {&kCheck, &kStartUp, &kAppend}) {

@@ -24,8 +24,7 @@
 #include "ui/ui_texts.h"
 #include "update/process_state.h"
 
-using support::ImportHook;
-using support::Utf8;
+using namespace support;
 
 namespace {
 
@@ -34,7 +33,7 @@ constexpr DWORD kLiveRegionChanged = 0x8019;  // EVENT_OBJECT_LIVEREGIONCHANGED 
 
 /// The application before its first window, on a private machine.
 struct Program {
-  support::Machine machine;
+  Machine machine;
   CWinApp app;
   RunState run;
 
@@ -89,7 +88,7 @@ struct Sheet : CTavrelSheet {
 }  // namespace
 
 TEST_CASE_FIXTURE(Program, "a screen reader is told the result, and the log page can be used by keyboard") {
-  support::MakeFolder(machine.LogFolder());
+  MakeFolder(machine.LogFolder());
   g_nUpdateCheckCount = 0;
   std::wstring told, opened;
   const ImportHook<NotifyWinEvent> notify("NotifyWinEvent", [&](DWORD event, HWND window, auto...) {
@@ -160,7 +159,7 @@ TEST_CASE("a run whose sheet ends before its check, or cannot be shown, leaves i
   for (const char* failing : {"", "PropertySheetW", "SetWindowSubclass"}) {
     CAPTURE(failing);
     Program program;
-    support::MakeFolder(program.machine.LogFolder());
+    MakeFolder(program.machine.LogFolder());
     g_nUpdateCheckCount = 0;
     Sheet sheet(program.run);
     std::optional<ImportHook<PropertySheetW>> refused;
@@ -169,7 +168,7 @@ TEST_CASE("a run whose sheet ends before its check, or cannot be shown, leaves i
     if (failing == std::string("SetWindowSubclass")) unattached.emplace(failing, 0u, FALSE);
     CHECK(sheet.Run() == (*failing == '\0' ? IDOK : -1));
     CHECK(sheet.Handle() == nullptr);
-    const std::string log = support::ReadBytes(g_strCurrentLogFile).value_or("");
+    const std::string log = ReadBytes(g_strCurrentLogFile).value_or("");
     CHECK_MESSAGE(log.ends_with("Invoke Mode: Regular.\r\n"), log);
   }
 }
@@ -198,7 +197,7 @@ TEST_CASE_FIXTURE(Program, "a start-up check's update is launched hidden, withou
   const ImportHook<MessageBoxW> box("MessageBoxW", 0u, IDNO);
   const ImportHook<ShellExecuteW> shell("ShellExecuteW",
                                         [&](auto, auto, auto file, auto parameters, auto folder, auto show) {
-                                          CHECK_FALSE(support::FileNames(machine.LogFolder()).empty());
+                                          CHECK_FALSE(FileNames(machine.LogFolder()).empty());
                                           done = std::wstring(show == SW_HIDE ? L"hidden " : L"shown ") +
                                                  file + L" " + parameters + L" in " + folder;
                                           return HINSTANCE{};
@@ -209,7 +208,7 @@ TEST_CASE_FIXTURE(Program, "a start-up check's update is launched hidden, withou
   Sheet sheet(run);
   sheet.steps = {[&] {
     // Not there before the first attempt to write the log.
-    support::MakeFolder(machine.LogFolder());
+    MakeFolder(machine.LogFolder());
     PostMessageW(sheet.Page(), WM_COMMAND, IDC_INSTALL, 0);
   }};
   CHECK(sheet.Run() == IDOK);
