@@ -34,20 +34,11 @@ HttpReply Silent(bool in_body) {
 #define FAILING(function, error) \
   [](Process&) -> Obstacle { return std::make_shared<ImportHook<function>>(#function, DWORD{error}); }
 
-Obstacle HoldListForAMoment(Process& process) {
-  return std::make_shared<HeldForAMoment>(process.machine.UpdateList());
-}
-
-/// The product writes its record while the check waits for the server.
+/// The product writes its record while the check looks for the network.
 Obstacle WriteRecordMeanwhile(Process& process) {
-  struct Product {
-    std::wstring record;
-    const ImportHook<HttpSendRequestW> hook{"HttpSendRequestW", [this](auto... all) {
-                                              WriteBytes(record, "Varnexa15_0_2_7");
-                                              return hook.original(all...);
-                                            }};
-  };
-  return std::make_shared<Product>(process.record);
+  return std::make_shared<ImportHook<InternetCheckConnectionW>>("InternetCheckConnectionW", [&](auto...) {
+    return WriteBytes(process.record, "Varnexa15_0_2_7"), TRUE;
+  });
 }
 
 /// A step of the exchange that fails: the check logs the step's entry and the code, and offers nothing.
@@ -128,10 +119,6 @@ const Case kCases[] = {
      .failed = true,
      .error = L"Server settings INI information mismatch.",
      .log = {kUrlMode, kInvalidTagThree, kMismatchError, kRecordMissing, kDetailsNotFound[3]}},
-    {.name = "a list that is held for a moment",
-     .obstacle = HoldListForAMoment,
-     .offered = true,
-     .log = {kHostMatched, kFound, kCompleted, kDetailsFound[3]}},
     {.name = "a list that is gone",
      .obstacle = FAILING(PathFileExistsW, 2),
      .mirrors = "failed  old",

@@ -18,7 +18,11 @@ TEST_CASE("list file: only the file that was written is read, and no other proce
   const std::wstring path = machine.UpdateList();
   std::vector<std::wstring> names;
   ListFile file;
+  WriteBytes(path, "[old]");
+  platform::g_nWaitLeftMs = platform::kWaitMs;
+  std::optional<HeldForAMoment> other_process(path);
   REQUIRE(file.Create());
+  other_process.reset();
   REQUIRE(file.Write("[a]\r\n"));
   file.Close();
   const auto open_for_writing = [&path] {
@@ -38,7 +42,6 @@ TEST_CASE("list file: only the file that was written is read, and no other proce
   platform::UniqueFile writer = open_for_writing();
   {
     const ImportHook<Sleep> pause("Sleep", [&writer](DWORD) { writer.reset(); });
-    platform::g_nWaitLeftMs = platform::kWaitMs;
     CHECK(file.ReadNames(names));
   }
   writer = open_for_writing();

@@ -4,6 +4,9 @@
 
 #include <shlobj.h>
 
+#include <chrono>
+#include <filesystem>
+
 #include "log/activity_log.h"
 #include "log/log_texts.h"
 #include "log/sheet_log.h"
@@ -33,9 +36,10 @@ struct LogFolder {
   std::wstring Path(const std::wstring& name) const {
     return machine.LogFolder() + L"\\" + name + (name.size() == 1 ? L"_QRT_15_SystemTavrel_.log" : L"");
   }
-  void Have(const std::wstring& name, unsigned age_seconds) const {
+  void Have(const std::wstring& name, int age_seconds) const {
     WriteBytes(Path(name), "old\r\n");
-    SetWriteTime(Path(name), 130000000000000000 - age_seconds * 10000000ull);
+    const std::chrono::seconds age(age_seconds);
+    std::filesystem::last_write_time(Path(name), std::filesystem::file_time_type::clock::now() - age);
   }
   std::string Text(const std::wstring& name) const { return ReadBytes(Path(name)).value_or(""); }
   std::string NewText() const { return Text(L"QRT_15_SystemTavrel_07Mar2025_09_41_AM.log"); }

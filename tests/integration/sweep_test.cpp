@@ -41,9 +41,7 @@ struct Scene {
   std::vector<std::wstring> ends;
 };
 
-constexpr wchar_t kLogText[] = L"First entry\n\nSecond entry\n\n";
 constexpr char kSettings[] = "# kept\r\nCHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=TRUE\r\n[OTHER]\r\nA=1\r\n";
-constexpr wchar_t kOwnLog[] = L"\\QRT_15_SystemTavrel_01Jan2020_01_00_AM.log";
 
 const std::wstring kList = L"[Update Packs for Versions]\n[Varnexa15_0_2_7]\n";
 const std::wstring kSeed = L"[KORSA_URL]\nTIMEOUT=20\n";
@@ -146,7 +144,7 @@ std::wstring WriteLog(Machine&) {
   log.AppendEntry(L"First entry\n\nSecond entry");
   log.OpenSystemLog();
   std::wstring left = log.PendingText();
-  text::ReplaceAll(left, kLogText + log.ErrorText(), L"+kept");
+  text::ReplaceAll(left, L"First entry\n\nSecond entry\n\n" + log.ErrorText(), L"+kept");
   return log.ErrorText() + L"-- " + left + g_strCurrentLogFile;
 }
 
@@ -173,7 +171,7 @@ void Prepare(Machine& machine) {
   machine.WriteSettings(kSettings);
   MakeFolder(machine.LogFolder());
   WriteBytes(machine.ProgramFolder() + L"\\korsa.ini", "[KORSA_URL]\r\nTIMEOUT=20\r\n");
-  WriteBytes(machine.LogFolder() + kOwnLog, "Old entry\r\n");
+  WriteBytes(machine.LogFolder() + L"\\QRT_15_SystemTavrel_01Jan2020_01_00_AM.log", "Old entry\r\n");
   WriteBytes(machine.UpdateList(), "[Varnexa15_0_9_9]\r\n");
   for (const std::wstring& folder :
        {machine.Temp(), machine.ProductFolder(), machine.Documents(), machine.LogFolder()}) {
@@ -195,16 +193,16 @@ class SceneRunner {
     scene.arrange(machine_);
     root_ = std::filesystem::path(machine_.Documents()).parent_path().wstring();
     before_ = Snapshot();
-    RunScene({});  // creates what later runs find
-    calls_ = RunScene({}).calls;
-    CHECK(Utf8(Broken()) == "");
   }
 
   /// Each call with each of its codes, once and for the rest of the run; in pairs with each later call of the
   /// run in which it failed, both with their first codes.
   void Sweep() {
-    for (std::size_t first = 0; first < calls_.size(); ++first) {
-      const Call& call = calls_[first];
+    RunScene({});  // creates what later runs find
+    const std::vector<Call> calls = RunScene({}).calls;
+    CHECK(Utf8(Broken()) == "");
+    for (std::size_t first = 0; first < calls.size(); ++first) {
+      const Call& call = calls[first];
       for (const DWORD code : call.codes) {
         const Run run = Try({{{first, code}}});
         Try({{{first, code}}, true});
@@ -214,7 +212,6 @@ class SceneRunner {
         }
       }
     }
-    std::printf("sweep %-14s %4zu calls %5u runs\n", scene_.name.c_str(), calls_.size(), runs_);
     if (std::getenv("TAVREL_SWEEP_REPLAY") != nullptr) return;
     for (const std::wstring& end : scene_.ends) CHECK_MESSAGE(seen_.contains(end), Utf8(end));
   }
@@ -234,7 +231,6 @@ class SceneRunner {
     if (!Wanted(number_)) return {};
     INFO("replay alone: TAVREL_SWEEP_REPLAY=", number_);
     Run run = RunScene(plan);
-    ++runs_;
     std::wstring failed;
     for (const Call& call : run.calls) {
       if (call.code != 0) failed += call.function + L"; ";
@@ -290,8 +286,6 @@ class SceneRunner {
   std::wstring root_, report_;
   std::set<std::wstring> seen_;  ///< ends that occurred
   Files before_;
-  std::vector<Call> calls_;
-  unsigned runs_ = 0;
 };
 
 }  // namespace

@@ -85,9 +85,7 @@ std::wstring KeyOf(const std::wstring& root) {
 }  // namespace
 
 void MakeFolder(const std::wstring& path) {
-  std::error_code error;
-  fs::create_directories(path, error);
-  Need(!error, path);
+  fs::create_directories(path);
 }
 
 void WriteBytes(const std::wstring& path, std::string_view bytes) {
@@ -110,13 +108,6 @@ std::vector<std::wstring> FileNames(const std::wstring& folder) {
   }
   std::sort(names.begin(), names.end());
   return names;
-}
-
-void SetWriteTime(const std::wstring& path, std::uint64_t time) {
-  const platform::UniqueFile file(
-      CreateFileW(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-  const FILETIME value{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
-  Need(SetFileTime(file.get(), nullptr, nullptr, &value) != FALSE, path);
 }
 
 void RemoveTree(const std::wstring& path) {

@@ -14,13 +14,11 @@
 
 namespace support {
 
-// --- Files. Paths are Windows paths. A failure ends the program with a message.
+// --- Files. Paths are Windows paths. A failure ends the test or the program with a message.
 void MakeFolder(const std::wstring& path);  ///< with every folder above it
 void WriteBytes(const std::wstring& path, std::string_view bytes);
 std::optional<std::string> ReadBytes(const std::wstring& path);
 std::vector<std::wstring> FileNames(const std::wstring& folder);  ///< sorted; folders left out
-/// Last write time, in 100 ns since 1601.
-void SetWriteTime(const std::wstring& path, std::uint64_t time);
 void RemoveTree(const std::wstring& path);
 /// Copies a file and replaces the target.
 void CopyOver(const std::wstring& from, const std::wstring& to);
