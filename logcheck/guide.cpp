@@ -1,18 +1,13 @@
-#include "logcheck/guide.h"
+#include <algorithm>
+#include <sstream>
 
+#include "logcheck/output.h"
 #include "logcheck/texts.h"
-#include "logcheck/verdict.h"
-#include "text/text.h"
 
 namespace logcheck {
 namespace {
 
-/// A constant of the utility, all of which are ASCII.
-std::string Span(std::wstring_view text) {
-  std::string span = "`";
-  for (const wchar_t c : text::Trim(text)) span += c == L'\n' ? ' ' : static_cast<char>(c);
-  return span + "`";
-}
+constexpr char kColumns[] = " | means | what to do |\n|---|---|---|\n";
 
 std::string Cell(std::string_view clause) {
   return clause.empty() ? "" : Sentence(std::string(clause)) + " ";
@@ -21,36 +16,32 @@ std::string Cell(std::string_view clause) {
 }  // namespace
 
 std::string Guide() {
-  std::string guide = "\n## Outcomes\n\n| outcome | means |\n|---|---|\n";
-  for (const OutcomeText& outcome : Outcomes()) {
-    guide.append("| `").append(outcome.name).append("` | ").append(Cell(outcome.means)).append("|\n");
-  }
-  guide += "\nAn answer with an HTTP status other than 200 and 404 is `failed` unless a list came with it.\n";
+  std::ostringstream guide;
+  guide << "\n## Outcomes\n\n| outcome | means |\n|---|---|\n";
+  for (const OutcomeText& outcome : Outcomes())
+    guide << "| `" << outcome.name << "` | " << Cell(outcome.means) << "|\n";
+  guide << "\nAn answer with an HTTP status other than 200 and 404 is `failed` unless a list came with it.\n";
   for (const TextGroup& group : TextGroups()) {
-    guide.append("\n## ").append(group.title).append("\n\n| entry | means | what to do |\n|---|---|---|\n");
+    guide << "\n## " << group.title << "\n\n| entry" << kColumns;
     for (const Text& text : group.texts) {
-      guide.append("| ").append(Span(text.text)).append(text.open_ended ? " …" : "").append(" | ");
+      std::string entry = Narrow(text.text);
+      std::replace(entry.begin(), entry.end(), '\n', ' ');
       const bool asks_code = text.role == Role::exchange_failed || text.role == Role::odd_status;
-      const std::string_view advice =
-          text.advice.empty() && asks_code ? "see the code that follows" : text.advice;
-      guide.append(Cell(text.means)).append("| ").append(Cell(advice));
-      if (text.role == Role::value_missing) guide.append("After another code than 2: see that code. ");
-      guide.append("|\n");
+      guide << "| `" << entry << "`" << (text.open_ended ? " …" : "") << " | " << Cell(text.means) << "| "
+            << Cell(text.advice.empty() && asks_code ? "see the code that follows" : text.advice)
+            << (text.role == Role::value_missing ? "After another code than 2: see that code. |\n" : "|\n");
     }
   }
   for (const bool http : {false, true}) {
-    guide +=
-        http ? "\n## HTTP statuses\n\n| status | means | what to do |\n|---|---|---|\n"
-             : "\n## Codes and messages after \"Error :\"\n\n"
-               "`net helpmsg NUMBER` explains a number that is not listed here. Numbers from 12000 on are in "
-               "Microsoft's list of WinINet error codes.\n\n| code | means | what to do |\n|---|---|---|\n";
-    for (const Code& code : Codes()) {
-      if (code.http != http) continue;
-      guide.append("| `").append(code.code).append("` | ").append(Cell(code.means)).append("| ");
-      guide.append(Cell(code.advice)).append("|\n");
-    }
+    guide << (http ? "\n## HTTP statuses\n\n| status"
+                   : "\n## Codes and messages after \"Error :\"\n\n"
+                     "`net helpmsg NUMBER` explains a number that is not listed here. Numbers from 12000 on "
+                     "are in Microsoft's list of WinINet error codes.\n\n| code")
+          << kColumns;
+    for (const Code& code : Codes(http))
+      guide << "| `" << code.code << "` | " << Cell(code.means) << "| " << Cell(code.advice) << "|\n";
   }
-  return guide;
+  return guide.str();
 }
 
 }  // namespace logcheck

@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <unordered_map>
-#include <utility>
+#include <map>
 
 #include "log/log_texts.h"
 #include "product/identity.h"
-#include "text/text.h"
 #include "update/update_texts.h"
 
 namespace logcheck {
@@ -18,64 +16,34 @@ using View = std::string_view;
 constexpr std::size_t kLineLimit = 4096, kRunLimit = std::size_t{256} * 1024, kUnknownKept = 1000;
 /// A byte order mark (of a file that was appended to another).
 constexpr View kMark = "\xEF\xBB\xBF";
+constexpr View kBlanks(" \0\t\n\v\f\r", 7);
 constexpr std::array<View, 12> kMonths = {"January",   "February", "March",    "April",
                                           "May",       "June",     "July",     "August",
                                           "September", "October",  "November", "December"};
 
-bool IsBlank(char c) {
-  return c == ' ' || c == '\0' || (c >= '\t' && c <= '\r');
-}
-
 View Trim(View value) {
-  while (!value.empty() && IsBlank(value.front())) value.remove_prefix(1);
-  while (!value.empty() && IsBlank(value.back())) value.remove_suffix(1);
-  return value;
-}
-
-/// A constant of the utility, all of which are ASCII, without the blanks around it.
-std::string Narrow(std::wstring_view wide) {
-  std::string text;
-  for (const wchar_t c : text::Trim(wide)) text += static_cast<char>(c);
-  return text;
+  value.remove_prefix(std::min(value.find_first_not_of(kBlanks), value.size()));
+  return value.substr(0, value.find_last_not_of(kBlanks) + 1);
 }
 
 std::wstring_view FirstLine(std::wstring_view text) {
   return text.substr(0, text.find(L'\n'));
 }
 
-/// Cheap, because every line of a log is looked up: lengths and ends tell most of the constants apart.
-struct Hash {
-  std::size_t operator()(View line) const {
-    std::size_t hash = line.size();
-    for (const char c : line.substr(line.size() - std::min<std::size_t>(line.size(), 4)))
-      hash = hash * 31 + static_cast<unsigned char>(c);
-    return hash;
-  }
-};
-
 /// The text whose first line is `line`; null for another line.
 const Text* FindText(View line) {
-  static const auto* const texts = [] {
-    static std::vector<std::string> names;
-    static std::unordered_map<View, const Text*, Hash> map;
-    std::vector<const Text*> all;
+  static const auto texts = [] {
+    std::map<std::string, const Text*, std::less<>> map;
     for (const TextGroup& group : TextGroups()) {
       for (const Text& text : group.texts) {
-        if (text.role != Role::header || text.text == log_texts::kHeaderRule) all.push_back(&text);
+        if (text.role != Role::header || text.text == log_texts::kHeaderRule)
+          map.emplace(Narrow(FirstLine(text.text)), &text);
       }
     }
-    names.reserve(all.size());
-    for (const Text* text : all) map.emplace(names.emplace_back(Narrow(FirstLine(text->text))), text);
-    return &map;
+    return map;
   }();
-  const auto found = texts->find(line);
-  return found == texts->end() ? nullptr : found->second;
-}
-
-/// "Error :", in front of a code or message that follows an entry.
-View CodePrefix() {
-  static const std::string prefix = Narrow(update_texts::kErrorPrefix);
-  return prefix;
+  const auto found = texts.find(line);
+  return found == texts.end() ? nullptr : found->second;
 }
 
 std::optional<std::string> OrNothing(View text) {
@@ -88,65 +56,43 @@ bool IsNumber(View value) {
 
 /// "2026-11-21T22:30" for "Saturday 22:30, November 21, 2026"; nothing when a part is out of range.
 std::string HeaderTime(View value) {
-  std::array<View, 6> parts{};
-  for (View& part : parts) {
+  std::array<std::string, 6> parts;
+  for (std::string& part : parts) {
     value.remove_prefix(std::min(value.find_first_not_of(" :,"), value.size()));
     part = value.substr(0, value.find_first_of(" :,"));
     value.remove_prefix(part.size());
   }
   const auto& [weekday, hour, minute, month, day, year] = parts;
-  const auto two_digits = [](View part, View least, View most) {
-    return IsNumber(part) && part.size() == 2 && part >= least && part <= most;
+  const auto is_within = [](View part, View least, View most) {
+    return IsNumber(part) && part.size() == least.size() && part >= least && part <= most;
   };
   const auto name = std::find(kMonths.begin(), kMonths.end(), month);
-  if (name == kMonths.end() || !IsNumber(year) || year.size() != 4) return {};
-  if (!two_digits(hour, "00", "23") || !two_digits(minute, "00", "59") || !two_digits(day, "01", "31"))
+  if (name == kMonths.end() || !is_within(hour, "00", "23") || !is_within(minute, "00", "59") ||
+      !is_within(day, "01", "31") || !is_within(year, "0000", "9999"))
     return {};
   const std::string number = std::to_string(101 + (name - kMonths.begin())).substr(1);
-  return std::string(year)
-      .append("-")
-      .append(number)
-      .append("-")
-      .append(day)
-      .append("T")
-      .append(hour)
-      .append(":")
-      .append(minute);
+  return year + "-" + number + "-" + day + "T" + hour + ":" + minute;
 }
 
 /// The text after `part` in `line`, in which only the product's name may precede it; nothing otherwise.
-std::optional<View> TextAfter(View part, View line) {
-  static const std::string label = Narrow(identity::kProductLabel);
-  const std::size_t at = line.find(part);
-  if (at == line.npos || (at != 0 && !line.starts_with(label))) return std::nullopt;
-  return Trim(line.substr(at + part.size()));
+std::optional<View> TextAfter(std::wstring_view part, View line) {
+  const std::string narrow = Narrow(part);
+  const std::size_t at = line.find(narrow);
+  if (at == line.npos || (at != 0 && !line.starts_with(Narrow(identity::kProductLabel)))) return std::nullopt;
+  return Trim(line.substr(at + narrow.size()));
 }
 
 }  // namespace
-
-std::span<const Entry> Run::EntriesOf(std::size_t check) const {
-  const std::size_t end = check + 1 < checks.size() ? checks[check + 1] : entries.size();
-  return std::span(entries).subspan(checks[check], end - checks[check]);
-}
 
 void LogReader::Read(View block) {
   while (!block.empty()) {
     std::size_t end = block.find('\n');
     end = std::min(end, block.substr(0, end).find('\r'));
-    const View line = block.substr(0, end);
-    const std::size_t space = kLineLimit - std::min(kLineLimit, partial_.size());
-    if (end == block.npos) {
-      partial_.append(line.substr(0, space));
-      return;
-    }
+    partial_.append(block.substr(0, std::min(end, kLineLimit - partial_.size())));
+    if (end == block.npos) return;
     block.remove_prefix(end + 1);
-    if (partial_.empty()) {
-      TakeLine(line.substr(0, kLineLimit));
-    } else {
-      partial_.append(line.substr(0, space));
-      TakeLine(partial_);
-      partial_.clear();
-    }
+    TakeLine(partial_);
+    partial_.clear();
   }
 }
 
@@ -159,14 +105,8 @@ void LogReader::End() {
 void LogReader::EndRun() {
   if (has_run_) take_(run_);
   has_run_ = false;
-  // Keeps the memory of the texts and lists for the next run.
-  run_.header = {};
-  run_.text.clear();
-  run_.entries.clear();
-  run_.checks.clear();
-  run_.unknown.clear();
-  run_.unknown_lines = unknown_in_a_row_ = 0;
-  second_line_ = {};
+  run_ = {};
+  size_ = unknown_in_a_row_ = 0;
 }
 
 /// A byte order mark and zeros (from a power cut) end a line as well.
@@ -181,77 +121,66 @@ void LogReader::TakeLine(View line) {
 }
 
 void LogReader::TakePart(View line) {
-  static const std::string rule = Narrow(log_texts::kHeaderRule);
+  const std::string rule = Narrow(log_texts::kHeaderRule);
   // A header was appended to a torn line.
   if (line.ends_with(rule)) return TakeLine(line.substr(0, line.size() - rule.size()));
   if (TakeRest(line) || TakeHeader(line)) return;
   // A time stands before an error of the log file, and a message or code can stand after it.
-  static const std::string log_failed = Narrow(log_texts::kUpdateFailed),
-                           not_made = Narrow(log_texts::kCreationFailed);
-  for (const View part : {CodePrefix(), View(log_failed), View(not_made)}) {
-    const std::size_t at = part == CodePrefix() ? 0 : line.find(part);
-    if (at != line.npos && line.substr(at).starts_with(part))
+  for (const std::wstring_view text :
+       {update_texts::kErrorPrefix, log_texts::kUpdateFailed, log_texts::kCreationFailed}) {
+    const std::string part = Narrow(text);
+    const std::size_t at = line.find(part);
+    if (at == 0 || (at != line.npos && text != update_texts::kErrorPrefix))
       return TakeEntry(*FindText(part), line, Trim(line.substr(at + part.size())));
   }
   TakeUnknown(line);
 }
 
-Slice LogReader::Append(View text) {
-  const Slice slice{.start = run_.text.size(), .size = text.size()};
-  run_.text.append(text);
-  return slice;
-}
-
+/// A check begins with the entry of a retry, otherwise with its first frame line.
 void LogReader::TakeEntry(const Text& text, View line, View rest) {
   if (text.role == Role::header) return;
-  if (run_.text.size() > kRunLimit) EndRun();
+  if (size_ > kRunLimit) EndRun();
   has_run_ = true;
-  BeginCheck(text.text);
-  if (run_.checks.empty()) run_.checks.push_back(0);
-  Entry entry{.text = &text, .lines = Append({}), .rest = {}};
+  const bool retry = text.text == update_texts::kRetry;
+  const bool starts = retry || text.text == update_texts::kEntriesStart;
+  if (run_.checks.empty() || (starts && (retry || started_))) run_.checks.emplace_back();
+  if (starts) started_ = !retry;
+  Entry& entry = run_.checks.back().entries.emplace_back();
+  entry.text = &text;
+  entry.rest = rest;
   if (text.text == update_texts::kRecordReadFailed && run_.unknown_lines <= kUnknownKept) {
     // The lines before this entry are Windows' message, in any language.
     const auto first = run_.unknown.end() - static_cast<std::ptrdiff_t>(unknown_in_a_row_);
     for (auto message = first; message != run_.unknown.end(); ++message) {
-      run_.text.append(*message);
-      entry.rest = {.start = entry.lines.start, .size = run_.text.size() - entry.lines.start};
-      run_.text += '\n';
+      entry.rest = entry.lines += *message;
+      entry.lines += '\n';
     }
     run_.unknown.erase(first, run_.unknown.end());
     run_.unknown_lines -= unknown_in_a_row_;
   }
-  const Slice own = Append(line);
-  if (!rest.empty()) entry.rest = {.start = own.start + own.size - rest.size(), .size = rest.size()};
-  entry.lines.size = own.start + own.size - entry.lines.start;
-  run_.entries.push_back(entry);
-  const std::size_t line_end = text.text.find(L'\n');
-  second_line_ = line_end == text.text.npos ? std::wstring_view() : text.text.substr(line_end + 1);
+  entry.lines += line;
+  size_ += entry.lines.size();
   unknown_in_a_row_ = 0;
 }
 
 /// Adds to the last entry what belongs to it: its second line, a code, or a number that it announces.
 bool LogReader::TakeRest(View line) {
-  if (run_.entries.empty() || unknown_in_a_row_ > 0) return false;
-  Entry& last = run_.entries.back();
-  View rest = line;
-  if (!second_line_.empty()) {
-    const std::string second = Narrow(second_line_);
-    if (!line.starts_with(second)) return false;
-    rest.remove_prefix(second.size());
-    second_line_ = {};
-  } else if (line.starts_with(CodePrefix())) {
-    if (last.rest.size > 0 || last.text->role == Role::progress || last.text->role == Role::code)
-      return false;
-    rest.remove_prefix(CodePrefix().size());
-  } else if ((last.text->role != Role::odd_status && last.text->text != update_texts::kOptionStatus) ||
-             last.rest.size > 0 || !IsNumber(line)) {
+  if (run_.checks.empty() || unknown_in_a_row_ > 0) return false;
+  Entry& last = run_.checks.back().entries.back();
+  const Text& text = *last.text;
+  const std::size_t line_end = text.text.find(L'\n');
+  std::string prefix;
+  if (line_end != text.text.npos && last.lines.find('\n') == last.lines.npos) {
+    prefix = Narrow(text.text.substr(line_end));
+  } else if (!last.rest.empty() || text.role == Role::progress || text.role == Role::code) {
     return false;
+  } else if (!IsNumber(line) || (text.role != Role::odd_status && text.text != update_texts::kOptionStatus)) {
+    prefix = Narrow(update_texts::kErrorPrefix);
   }
-  rest = Trim(rest);
-  run_.text += '\n';
-  const Slice added = Append(line);
-  last.lines.size = added.start + added.size - last.lines.start;
-  if (!rest.empty()) last.rest = {.start = added.start + added.size - rest.size(), .size = rest.size()};
+  if (!line.starts_with(prefix)) return false;
+  last.lines.append("\n").append(line);
+  last.rest = Trim(line.substr(prefix.size()));
+  size_ += 1 + line.size();
   return true;
 }
 
@@ -263,30 +192,24 @@ Header& LogReader::HeaderField(int order) {
   has_run_ = true;
   started_ = false;
   unknown_in_a_row_ = 0;
-  return run_.header;
+  return run_;
 }
 
 bool LogReader::TakeHeader(View line) {
-  static const std::string version = Narrow(log_texts::kFileVersion), time = Narrow(log_texts::kDateTime),
-                           build = Narrow(log_texts::kBuildVersion.substr(
-                               0, log_texts::kBuildVersion.size() - log_texts::kNotAvailable.size())),
-                           mode = Narrow(log_texts::kAppMode), admin = Narrow(log_texts::kAdmin),
-                           user = Narrow(log_texts::kUser), unread = Narrow(log_texts::kNotAvailable),
-                           start_up = Narrow(log_texts::kInvokedByProduct),
-                           by_user = Narrow(log_texts::kInvokedByUser);
-  if (const auto utility = TextAfter(version, line)) {
+  using namespace log_texts;
+  if (const auto utility = TextAfter(kFileVersion, line)) {
     HeaderField(1).utility = OrNothing(*utility);
-  } else if (const auto value = TextAfter(time, line)) {
-    HeaderField(2).time = OrNothing(HeaderTime(*value));
-  } else if (const auto product = TextAfter(build, line)) {
-    HeaderField(3).product = OrNothing(*product == unread ? View() : *product);
-  } else if (line.starts_with(mode)) {
-    const View rights = Trim(line.substr(mode.size()));
+  } else if (const auto time = TextAfter(kDateTime, line)) {
+    HeaderField(2).time = OrNothing(HeaderTime(*time));
+  } else if (const auto product = TextAfter(kBuildVersionLabel, line)) {
+    HeaderField(3).product = OrNothing(*product == Narrow(kNotAvailable) ? View() : *product);
+  } else if (line.starts_with(Narrow(kAppMode))) {
+    const View rights = Trim(line.substr(Narrow(kAppMode).size()));
     Header& header = HeaderField(4);
-    if (rights.starts_with(admin) || rights.starts_with(user))
-      header.administrator = rights.starts_with(admin);
-    if (line.ends_with(start_up)) header.mode = "start-up";
-    if (line.ends_with(by_user)) header.mode = "interactive";
+    if (rights.starts_with(Narrow(kAdmin)) || rights.starts_with(Narrow(kUser)))
+      header.administrator = rights.starts_with(Narrow(kAdmin));
+    if (line.ends_with(Narrow(kInvokedByProduct))) header.mode = "start-up";
+    if (line.ends_with(Narrow(kInvokedByUser))) header.mode = "interactive";
   } else {
     return false;
   }
@@ -298,14 +221,6 @@ void LogReader::TakeUnknown(View line) {
   ++run_.unknown_lines;
   ++unknown_in_a_row_;
   if (run_.unknown.size() < kUnknownKept) run_.unknown.emplace_back(line);
-}
-
-/// A check begins with the entry of a retry, otherwise with its first frame line.
-void LogReader::BeginCheck(std::wstring_view text) {
-  const bool retry = text == update_texts::kRetry;
-  if (!retry && text != update_texts::kEntriesStart) return;
-  if (started_ || (retry && !run_.checks.empty())) run_.checks.push_back(run_.entries.size());
-  started_ = !retry;
 }
 
 }  // namespace logcheck

@@ -3,27 +3,28 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "logcheck/texts.h"
+#include "logcheck/verdict.h"
 
 /// Splits the text of a log into runs, checks and entries. Pure: no input and no output.
 namespace logcheck {
-
-/// A part of Run::text.
-struct Slice {
-  std::size_t start = 0, size = 0;
-};
 
 /// One entry of a check, with the code, number or message that follows it (or, for a record that could not be
 /// read, precedes it).
 struct Entry {
   const Text* text = nullptr;  ///< never null
-  Slice lines;                 ///< as in the log, separated by "\n"
-  Slice rest;                  ///< the code, number, message or path
+  std::string lines;           ///< as in the log, separated by "\n"
+  std::string rest;            ///< the code, number, message or path
+};
+
+/// A check has also the lines before its first frame line (settings) and after its last (a failed launch). A
+/// frame line is one of the four lines of "=====" that enclose its steps.
+struct Check : Verdict {
+  std::vector<Entry> entries;  ///< never empty
 };
 
 /// The header of a run; nothing where it is torn or absent.
@@ -36,20 +37,17 @@ struct Header {
 };
 
 /// One start of the utility. Texts are UTF-8, as far as the log is.
-struct Run {
-  Header header;
-  std::string text;
-  std::vector<Entry> entries;
-  /// The first entry of each check. A check has also the lines before its first frame line (settings) and
-  /// after its last (a failed launch). A frame line is one of the four lines of "=====" that enclose its
-  /// steps.
-  std::vector<std::size_t> checks;
+struct Run : Header {
+  std::string file;                  ///< its name, safe on a terminal; for the caller of the reader
+  std::vector<Check> checks;         ///< without a verdict; Judge adds it
   std::vector<std::string> unknown;  ///< the first lines that no version of the utility writes
   std::size_t unknown_lines = 0;     ///< the number of all such lines
 
-  std::string_view Of(Slice slice) const { return std::string_view(text).substr(slice.start, slice.size); }
-  std::span<const Entry> EntriesOf(std::size_t check) const;
-  bool HasHeader() const { return header.utility || header.time; }
+  /// That of the last check; without a check, Outcome::no_check without a text.
+  const Verdict& LastVerdict() const {
+    static const Verdict none;
+    return checks.empty() ? none : checks.back();
+  }
 };
 
 /// Reads a log block by block, in memory that does not depend on its size: lines are cut after 4 KiB, a
@@ -73,18 +71,16 @@ class LogReader {
   bool TakeRest(std::string_view line);
   bool TakeHeader(std::string_view line);
   void TakeUnknown(std::string_view line);
-  void BeginCheck(std::wstring_view text);
   Header& HeaderField(int order);
   void EndRun();
-  Slice Append(std::string_view text);
 
   const std::function<void(Run&)> take_;
   std::string partial_;  ///< the beginning of a line whose end is in the next block
   Run run_;
   bool has_run_ = false;
+  std::size_t size_ = 0;              ///< of the run's entries
   int header_ = 0;                    ///< number of the last line of the header, 1 to 4
   bool started_ = false;              ///< the current check has its first frame line
-  std::wstring_view second_line_;     ///< of the last entry, if it is a text of two lines
   std::size_t unknown_in_a_row_ = 0;  ///< unknown lines since the last entry
 };
 

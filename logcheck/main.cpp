@@ -11,7 +11,6 @@
 #include "console/command_line.h"
 #include "console/input.h"
 #include "console/text.h"
-#include "logcheck/guide.h"
 #include "logcheck/output.h"
 
 namespace {
@@ -33,14 +32,8 @@ std::string Quoted(const Path& path) {
 }
 
 bool HasLogExtension(const Path& path) {
-  std::string extension = console::PrintablePath(path.extension());
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return extension == ".log" || extension == ".txt";
-}
-
-bool IsGood(logcheck::Outcome outcome) {
-  return logcheck::Outcomes()[static_cast<std::size_t>(outcome)].good;
+  static const std::regex extension("\\.(log|txt)", std::regex::icase);
+  return std::regex_match(console::PrintablePath(path.extension()), extension);
 }
 
 /// Empty for a date such as 2026-11-21, otherwise what is wrong.
@@ -124,7 +117,7 @@ class LogCheck {
     shown_ = logcheck::Outcome::offered;
     named_shown_ = false;
     logcheck::LogReader reader([&](logcheck::Run& run) {
-      if (!named && run.checks.empty() && !run.HasHeader()) return;
+      if (!named && run.checks.empty() && !run.utility && !run.time) return;
       has_run = true;
       if (!options_.last) return Show(run, path);
       std::swap(run, last);
@@ -137,20 +130,21 @@ class LogCheck {
       shown_ = logcheck::Outcome::no_check;
       if (IsText()) Print(ShownName(path) + "  no run of the utility\n");
     }
-    if (!IsGood(shown_)) Worsen(console::kFound);
+    if (shown_ != logcheck::Outcome::offered && shown_ != logcheck::Outcome::none) Worsen(console::kFound);
     return has_run || !error.empty();
   }
 
-  void Show(const logcheck::Run& run, const Path& path) {
-    const logcheck::Verdict verdict = Judge(run);
-    if (!options_.outcome.empty() && options_.outcome != NameOf(verdict.outcome)) return;
-    if (run.header.time.value_or("") < options_.since) return;
-    if (verdict.outcome != logcheck::Outcome::no_check || !named_shown_) shown_ = verdict.outcome;
+  void Show(logcheck::Run& run, const Path& path) {
+    Judge(run);
+    const logcheck::Outcome outcome = run.LastVerdict().outcome;
+    if (!options_.outcome.empty() && options_.outcome != NameOf(outcome)) return;
+    if (run.time.value_or("") < options_.since) return;
+    if (outcome != logcheck::Outcome::no_check || !named_shown_) shown_ = outcome;
     if (IsText() && !named_shown_) Print(ShownName(path));
     named_shown_ = true;
-    if (options_.summary) return summary_.Add(run, verdict, console::PrintablePath(path));
-    const logcheck::RunReport report = logcheck::MakeReport(run, console::PrintablePath(path));
-    Print(options_.json ? console::JsonLine(report) : AsText(report) + "\n");
+    run.file = console::PrintablePath(path);
+    if (options_.summary) return summary_.Add(run);
+    Print(options_.json ? console::JsonLine(run) : AsText(run) + "\n");
   }
 
   bool IsText() const { return !options_.summary && !options_.json; }

@@ -61,7 +61,7 @@ std::string ShownOutcome(Outcome outcome, const std::optional<std::string>& erro
   return std::string(NameOf(outcome)) + (error ? " (" + Printable(*error) + ")" : "");
 }
 
-std::string Headline(const RunReport& run) {
+std::string Headline(const Run& run) {
   std::string line = ShownTime(run.time) + "  ";
   line += !run.mode                 ? "mode unknown"
           : *run.mode == "start-up" ? "started by the product"
@@ -73,7 +73,7 @@ std::string Headline(const RunReport& run) {
 }
 
 /// Shows the notes of the last check only.
-std::string CheckText(const CheckReport& check, std::size_t number, std::size_t count) {
+std::string CheckText(const Check& check, std::size_t number, std::size_t count) {
   const std::string label =
       count == 1 ? "" : "check " + std::to_string(number) + " of " + std::to_string(count) + ": ";
   std::string shown = Wrapped(label + ShownOutcome(check.outcome, check.error), 2);
@@ -85,9 +85,9 @@ std::string CheckText(const CheckReport& check, std::size_t number, std::size_t 
 }
 
 /// The line for `checks`, which are not shown one by one: each outcome once, in their order.
-std::string EarlierChecks(std::span<const CheckReport> checks) {
+std::string EarlierChecks(std::span<const Check> checks) {
   std::string outcomes;
-  for (const CheckReport& check : checks) {
+  for (const Check& check : checks) {
     const std::string outcome = ShownOutcome(check.outcome, check.error);
     if (outcomes.find(outcome) != outcomes.npos) continue;
     outcomes += (outcomes.empty() ? "" : ", ") + outcome;
@@ -98,39 +98,30 @@ std::string EarlierChecks(std::span<const CheckReport> checks) {
 
 }  // namespace
 
-RunReport MakeReport(const Run& run, const std::string& file) {
-  RunReport report{run.header, file, {}, run.unknown, run.unknown_lines};
-  for (std::size_t i = 0; i < run.checks.size(); ++i) {
-    CheckReport& check = report.checks.emplace_back(CheckReport{Judge(run, i), {}});
-    for (const Entry& entry : run.EntriesOf(i)) check.entries.emplace_back(run.Of(entry.lines));
-  }
-  return report;
-}
-
-std::string AsText(const RunReport& report) {
-  const std::span<const CheckReport> checks(report.checks);
-  std::string text = Headline(report);
+std::string AsText(const Run& run) {
+  const std::span<const Check> checks(run.checks);
+  std::string text = Headline(run);
   const std::size_t first = checks.size() - std::min(checks.size(), kChecksShown);
   if (checks.empty()) text += "  no check\n";
   if (first > 0) text += EarlierChecks(checks.first(first));
   for (std::size_t i = first; i < checks.size(); ++i) text += CheckText(checks[i], i + 1, checks.size());
-  if (report.unknown_lines == 0) return text;
-  text += "  " + Plural(report.unknown_lines, "line") + " that no version of the utility writes:\n";
-  for (std::size_t i = 0; i < std::min(report.unknown.size(), kUnknownShown); ++i) {
-    text += "    " + Quoted(report.unknown[i]) + "\n";
+  if (run.unknown_lines == 0) return text;
+  text += "  " + Plural(run.unknown_lines, "line") + " that no version of the utility writes:\n";
+  for (std::size_t i = 0; i < std::min(run.unknown.size(), kUnknownShown); ++i) {
+    text += "    " + Quoted(run.unknown[i]) + "\n";
   }
   return text;
 }
 
-void Summary::Add(const Run& run, const Verdict& verdict, const std::string& file) {
+void Summary::Add(const Run& run) {
+  const Verdict& verdict = run.LastVerdict();
   SummaryRow& row = rows_[{verdict.outcome, verdict.error}];
   row.outcome = verdict.outcome;
   row.error = verdict.error;
   ++row.runs;
-  row.files.insert(file);
-  const std::optional<std::string>& time = run.header.time;
-  if (!row.first || (time && time < row.first)) row.first = time;
-  row.last = std::max(row.last, time);
+  row.files.insert(run.file);
+  if (!row.first || (run.time && run.time < row.first)) row.first = run.time;
+  row.last = std::max(row.last, run.time);
   if (!verdict.advice.empty()) ++row.advice[verdict.advice];
 }
 

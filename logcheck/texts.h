@@ -1,8 +1,10 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
-#include <vector>
+
+#include "log/log_texts.h"
 
 struct RegisteredReader;
 
@@ -28,33 +30,15 @@ enum class Role {
 };
 
 struct Text {
-  std::wstring_view text;   ///< may hold line ends; compared without the white space around each line
-  bool open_ended = false;  ///< a code, message or path follows
+  std::wstring_view text;  ///< may hold line ends; compared without the white space around each line
   Role role = Role::progress;
-  const RegisteredReader* reader = nullptr;  ///< of the value that was read or is missing
-  std::string_view means;                    ///< a clause: lower case at the start, no full stop
+  std::string_view means;  ///< a clause: lower case at the start, no full stop
   /// What to do, as a clause. Empty: nothing, or see the advice for the code that follows. A value that is
   /// missing with another code than 2 also has that code's advice.
   std::string_view advice = {};
+  const RegisteredReader* reader = nullptr;  ///< of the value that was read or is missing
+  bool open_ended = false;                   ///< a code, message or path follows
 };
-
-constexpr Text WithRole(Role role, std::wstring_view text, std::string_view means,
-                        std::string_view advice = {}) {
-  return {.text = text, .role = role, .means = means, .advice = advice};
-}
-constexpr Text Step(std::wstring_view text, std::string_view means, std::string_view advice = {}) {
-  return WithRole(Role::progress, text, means, advice);
-}
-constexpr Text Failure(std::wstring_view text, std::string_view means, std::string_view advice = {}) {
-  return WithRole(Role::exchange_failed, text, means, advice);
-}
-constexpr Text Trouble(std::wstring_view text, std::string_view means, std::string_view advice) {
-  return WithRole(Role::trouble, text, means, advice);
-}
-constexpr Text OpenEnded(Text text) {
-  text.open_ended = true;
-  return text;
-}
 
 /// Texts of one step of a run, in the order in which a run logs them.
 struct TextGroup {
@@ -62,21 +46,26 @@ struct TextGroup {
   std::span<const Text> texts;
 };
 
-std::vector<TextGroup> GroupsBeforeExchange();
-std::vector<TextGroup> GroupsFromExchange();
 /// All of them.
 std::span<const TextGroup> TextGroups();
+
+/// A constant of the utility, all of which are ASCII, without the blanks around it.
+std::string Narrow(std::wstring_view constant);
+
+/// What stands before the product's version in a header.
+inline constexpr std::wstring_view kBuildVersionLabel =
+    log_texts::kBuildVersion.substr(0, log_texts::kBuildVersion.size() - log_texts::kNotAvailable.size());
 
 /// A code or message after "Error : ", or an HTTP status.
 struct Code {
   std::string_view code;
-  bool http = false;       ///< an HTTP status; else a Windows error code or a message of the utility
   std::string_view means;  ///< clauses, as in Text
   std::string_view advice;
 };
 
-std::span<const Code> Codes();
-/// The table's entry for `code`; for a code that is not in the table, an entry that says where to look it up.
+/// The HTTP statuses that are known; otherwise Windows' error codes.
+std::span<const Code> Codes(bool http);
+/// The entry for `code`; for a code that is not among Codes, an entry that says where to look it up.
 Code FindCode(std::string_view code, bool http);
 
 }  // namespace logcheck

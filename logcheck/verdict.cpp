@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <initializer_list>
 
-#include "text/text.h"
+#include "logcheck/log_reader.h"
 #include "update/update_texts.h"
 #include "version.h"
 
@@ -11,26 +11,16 @@ namespace logcheck {
 namespace {
 
 constexpr OutcomeText kOutcomes[] = {
-    {.outcome = Outcome::offered, .name = "offered", .means = "an update is offered", .good = true},
-    {.outcome = Outcome::none, .name = "none", .means = "no update is offered", .good = true},
-    {.outcome = Outcome::no_list,
-     .name = "no-list",
-     .means = "the server's answer names no pack: the page of a portal or proxy, or a list without packs"},
-    {.outcome = Outcome::failed,
-     .name = "failed",
-     .means = "the exchange with the server failed, or the log ends before the check does"},
-    {.outcome = Outcome::settings_mismatch,
-     .name = "settings-mismatch",
-     .means = "the settings and the product's address of the list do not fit together"},
-    {.outcome = Outcome::facts_missing,
-     .name = "facts-missing",
-     .means = "a registry value of the product or the version of " TAVREL_IMAGE
-              " is missing, so nothing could be compared"},
-    {.outcome = Outcome::not_installed,
-     .name = "not-installed",
-     .means = "the registry value Version of the product is missing or not exactly \"" TAVREL_PRODUCT_VERSION
-              "\""},
-    {.outcome = Outcome::no_check, .name = "no-check", .means = "the run has no check"},
+    {"offered", "an update is offered"},
+    {"none", "no update is offered"},
+    {"no-list", "the server's answer names no pack: the page of a portal or proxy, or a list without packs"},
+    {"failed", "the exchange with the server failed, or the log ends before the check does"},
+    {"settings-mismatch", "the settings and the product's address of the list do not fit together"},
+    {"facts-missing", "a registry value of the product or the version of " TAVREL_IMAGE
+                      " is missing, so nothing could be compared"},
+    {"not-installed",
+     "the registry value Version of the product is missing or not exactly \"" TAVREL_PRODUCT_VERSION "\""},
+    {"no-check", "the run has no check"},
 };
 
 constexpr std::string_view kNoPack =
@@ -79,47 +69,45 @@ bool Is(const Entry& entry, Role role) {
 
 class Judgement {
  public:
-  Judgement(const Run& run, std::span<const Entry> entries)
-      : run_(run), entries_(entries), offered_(Find(Role::offered)) {}
+  Judgement(const Run& run, Check& check) : run_(run), check_(check) {}
 
-  Verdict Decide() {
-    if (details_ != nullptr) result_.exit_code = details_->text->text[details_->text->text.size() - 2] - L'0';
+  void Decide() {
+    if (details_ != nullptr) check_.exit_code = details_->text->text[details_->text->text.size() - 2] - L'0';
     if (!DecideBeforeServer() && !DecideExchange()) DecideComparison();
     // An update that was found and could not be started needs help first.
     if (const Entry* launch = Find(Role::launch_failed)) {
-      result_.step = StepOf(*launch);
-      result_.advice = Explain(*launch);
+      check_.step = StepOf(*launch);
+      check_.advice = Explain(*launch);
     }
-    for (const Entry& entry : entries_) {
-      if (Is(entry, Role::trouble)) result_.notes.push_back(Explain(entry));
+    for (const Entry& entry : check_.entries) {
+      if (Is(entry, Role::trouble)) check_.notes.push_back(Explain(entry));
     }
-    return std::move(result_);
   }
 
  private:
   template <class Wanted>
   const Entry* Find(const Wanted& wanted) const {
-    const auto found =
-        std::find_if(entries_.begin(), entries_.end(), [&](const Entry& e) { return Is(e, wanted); });
-    return found == entries_.end() ? nullptr : &*found;
+    for (const Entry& entry : check_.entries) {
+      if (Is(entry, wanted)) return &entry;
+    }
+    return nullptr;
   }
 
   /// The error number, or else the message, of `entry`.
-  std::string_view ErrorOf(const Entry& entry) const {
-    const std::string_view error = run_.Of(entry.rest);
+  static std::string_view ErrorOf(const Entry& entry) {
+    const std::string_view error = entry.rest;
     const std::size_t digits = std::min(error.find_first_not_of("0123456789"), error.size());
     return digits > 0 ? error.substr(0, digits) : error;
   }
 
   /// The entry without a code that follows it.
-  std::string StepOf(const Entry& entry) const {
-    const std::string_view lines = run_.Of(entry.lines);
+  static std::string StepOf(const Entry& entry) {
     const bool two_lines = entry.text->text.find(L'\n') != std::wstring_view::npos;
-    return std::string(two_lines ? lines : lines.substr(0, lines.find('\n')));
+    return two_lines ? entry.lines : entry.lines.substr(0, entry.lines.find('\n'));
   }
 
   /// "the value could not be read (2: the value does not exist); install the product again".
-  std::string Explain(const Entry& entry) const {
+  static std::string Explain(const Entry& entry) {
     const Text& text = *entry.text;
     std::string sentence(text.means);
     std::string_view advice = text.advice;
@@ -138,9 +126,9 @@ class Judgement {
 
   /// The first entry about a missing registry value that no later entry has read; null when there is none.
   const Entry* FindMissingValue() const {
-    for (auto entry = entries_.begin(); entry != entries_.end(); ++entry) {
+    for (auto entry = check_.entries.begin(); entry != check_.entries.end(); ++entry) {
       if (!Is(*entry, Role::value_missing)) continue;
-      const bool read_later = std::any_of(entry, entries_.end(), [&](const Entry& later) {
+      const bool read_later = std::any_of(entry, check_.entries.end(), [&](const Entry& later) {
         return Is(later, Role::value_read) && later.text->reader == entry->text->reader;
       });
       if (!read_later) return &*entry;
@@ -149,16 +137,16 @@ class Judgement {
   }
 
   bool Set(Outcome outcome, const Entry& step) {
-    result_.outcome = outcome;
-    result_.step = StepOf(step);
-    if (const std::string_view error = ErrorOf(step); !error.empty()) result_.error = error;
-    result_.advice = Explain(step);
+    check_.outcome = outcome;
+    check_.step = StepOf(step);
+    if (const std::string_view error = ErrorOf(step); !error.empty()) check_.error = error;
+    check_.advice = Explain(step);
     return true;
   }
 
   bool Set(Outcome outcome, std::string_view advice) {
-    result_.outcome = outcome;
-    result_.advice = Sentence(std::string(advice));
+    check_.outcome = outcome;
+    check_.advice = Sentence(std::string(advice));
     return true;
   }
 
@@ -172,7 +160,7 @@ class Judgement {
     const Entry* missing = FindMissingValue();
     if (const Entry* refusal = Find(Role::not_installed)) {
       Set(Outcome::not_installed, FirstOf({missing, refusal}));
-      if (missing == nullptr && Find(Role::value_read)) result_.advice = Sentence(std::string(kOtherVersion));
+      if (missing == nullptr && Find(Role::value_read)) check_.advice = Sentence(std::string(kOtherVersion));
       return true;
     }
     if (const Entry* facts = Find(Role::facts_missing)) {
@@ -182,7 +170,7 @@ class Judgement {
       // A missing address is the cause, because no host can occur in it.
       Set(Outcome::settings_mismatch,
           FirstOf({Find(update_texts::kUrlMode), missing, Find(update_texts::kHostNotMatched), mismatch}));
-      result_.error = ErrorOf(*mismatch);
+      check_.error = ErrorOf(*mismatch);
       return true;
     }
     return false;
@@ -191,7 +179,7 @@ class Judgement {
   bool DecideExchange() {
     if (const Entry* failed = Find(Role::exchange_failed)) {
       Set(Outcome::failed, *failed);
-      if (!result_.error) result_.error = result_.step;
+      if (!check_.error) check_.error = check_.step;
       return true;
     }
     const Entry* status = Find(Role::odd_status);
@@ -203,15 +191,15 @@ class Judgement {
   }
 
   bool DecideComparison() {
-    const bool recorded = result_.exit_code == 1;
-    if (details_ != nullptr && recorded && !run_.header.product)
+    const bool recorded = check_.exit_code == 1;
+    if (details_ != nullptr && recorded && !run_.product)
       return Set(offered_ ? Outcome::offered : Outcome::none, kVersionCountsAsZero);
     if (offered_) return Set(Outcome::offered, kOffered);
     if (details_ && !Find(update_texts::kMatching)) return Set(Outcome::no_list, kNoPack);
     if (details_) return Set(Outcome::none, recorded ? kRecordedOrNotNewer : kNothingNewer);
     if (!Find(update_texts::kUpdatesEnd)) {
-      result_.step = StepOf(entries_.back());
-      result_.error = kTornError;
+      check_.step = StepOf(check_.entries.back());
+      check_.error = kTornError;
       return Set(Outcome::failed, kTorn);
     }
     if (Find(update_texts::kCompleted)) return Set(Outcome::facts_missing, kNoExecutable);
@@ -220,11 +208,10 @@ class Judgement {
   }
 
   const Run& run_;
-  const std::span<const Entry> entries_;
-  const Entry* offered_;  ///< null: no update was offered
+  Check& check_;
+  const Entry* const offered_ = Find(Role::offered);  ///< null: no update was offered
   /// The entry with the exit code; null: none.
-  const Entry* details_ = offered_ ? offered_ : Find(Role::not_offered);
-  Verdict result_;
+  const Entry* const details_ = offered_ ? offered_ : Find(Role::not_offered);
 };
 
 }  // namespace
@@ -237,12 +224,8 @@ std::string_view NameOf(Outcome outcome) {
   return kOutcomes[static_cast<std::size_t>(outcome)].name;
 }
 
-Verdict Judge(const Run& run, std::size_t check) {
-  return Judgement(run, run.EntriesOf(check)).Decide();
-}
-
-Verdict Judge(const Run& run) {
-  return run.checks.empty() ? Verdict{.outcome = Outcome::no_check} : Judge(run, run.checks.size() - 1);
+void Judge(Run& run) {
+  for (Check& check : run.checks) Judgement(run, check).Decide();
 }
 
 std::string Sentence(std::string clause) {

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "logcheck/log_reader.h"
-
 /// The outcome of a check, and what to do about it. Pure: depends only on the run.
 namespace logcheck {
+
+struct Run;
 
 enum class Outcome {
   offered,
@@ -23,10 +23,8 @@ enum class Outcome {
 };
 
 struct OutcomeText {
-  Outcome outcome = Outcome::failed;
   std::string_view name;   ///< "settings-mismatch"
   std::string_view means;  ///< a clause
-  bool good = false;       ///< nobody has to do anything
 };
 
 /// All of them, in the order of the enumeration.
@@ -34,7 +32,7 @@ std::span<const OutcomeText> Outcomes();
 std::string_view NameOf(Outcome outcome);
 
 struct Verdict {
-  Outcome outcome = Outcome::failed;
+  Outcome outcome = Outcome::no_check;
   std::optional<int> exit_code{};      ///< the number of "Exit code" in the log
   std::optional<std::string> error{};  ///< code or message of the failure
   std::optional<std::string> step{};   ///< the entry that names the step that failed
@@ -43,10 +41,8 @@ struct Verdict {
   std::vector<std::string> notes{};
 };
 
-/// The verdict on check number `check` of a run.
-Verdict Judge(const Run& run, std::size_t check);
-/// The verdict on a run: that on its last check, or Outcome::no_check without a text.
-Verdict Judge(const Run& run);
+/// Gives each check of the run its verdict.
+void Judge(Run& run);
 
 /// `clause` as a sentence: with a capital letter and a full stop.
 std::string Sentence(std::string clause);

@@ -9,8 +9,7 @@
 #include <fstream>
 
 #include "log/log_rules.h"
-#include "logcheck/texts.h"
-#include "logcheck/verdict.h"
+#include "logcheck/log_reader.h"
 #include "support/table.h"
 #include "text/text.h"
 #include "update/check_rules.h"
@@ -110,13 +109,16 @@ void LogRuns(const Text& in) {
   std::string shown[2];
   for (std::string& each : shown) {
     std::size_t lines = 0;
-    logcheck::LogReader reader([&](const logcheck::Run& run) {
-      lines += run.unknown_lines + run.entries.size();
-      for (std::size_t i = 0; i < run.checks.size(); ++i) {
-        assert(!run.EntriesOf(i).empty() && Judge(run, i).advice.ends_with('.'));
-        each += Judge(run, i).advice;
+    logcheck::LogReader reader([&](logcheck::Run& run) {
+      Judge(run);
+      lines += run.unknown_lines;
+      for (const logcheck::Check& check : run.checks) {
+        lines += check.entries.size();
+        assert(!check.entries.empty() && check.advice.ends_with('.'));
+        each += check.advice;
+        for (const logcheck::Entry& entry : check.entries) each += entry.lines;
       }
-      each += run.header.time.value_or("") + run.text + std::to_string(run.unknown_lines) + "\n";
+      each += run.time.value_or("") + std::to_string(run.unknown_lines) + "\n";
     });
     const std::size_t block = &each == shown ? log.size() / 3 + 1 : log.size() + 1;
     for (std::size_t start = 0; start < log.size(); start += block)

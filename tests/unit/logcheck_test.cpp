@@ -42,7 +42,10 @@ std::string Join(Lines lines) {
 /// The runs of a log that arrives in blocks of `block` bytes.
 std::vector<logcheck::Run> RunsOf(std::string_view log, std::size_t block = 4096) {
   std::vector<logcheck::Run> runs;
-  logcheck::LogReader reader([&](logcheck::Run& run) { runs.push_back(run); });
+  logcheck::LogReader reader([&](logcheck::Run& run) {
+    Judge(run);
+    runs.push_back(run);
+  });
   for (; !log.empty(); log.remove_prefix(std::min(block, log.size()))) reader.Read(log.substr(0, block));
   reader.End();
   return runs;
@@ -52,12 +55,11 @@ std::vector<logcheck::Run> RunsOf(std::string_view log, std::size_t block = 4096
 std::string Shown(const std::vector<logcheck::Run>& runs) {
   std::string result;
   for (const logcheck::Run& run : runs) {
-    const auto& [time, mode, utility, product, administrator] = run.header;
-    const char* rights = !administrator ? " ?]" : *administrator ? " admin]" : " user]";
-    result += "[" + time.value_or("") + " " + mode.value_or("?") + " " + utility.value_or("") + " ";
-    result += product.value_or("") + rights;
-    for (std::size_t i = 0; i < run.checks.size(); ++i)
-      result.append(" ").append(NameOf(Judge(run, i).outcome));
+    const char* rights = !run.administrator ? " ?]" : *run.administrator ? " admin]" : " user]";
+    result +=
+        "[" + run.time.value_or("") + " " + run.mode.value_or("?") + " " + run.utility.value_or("") + " ";
+    result += run.product.value_or("") + rights;
+    for (const logcheck::Check& check : run.checks) result.append(" ").append(NameOf(check.outcome));
     for (const std::string& line : run.unknown) result += " <" + line + ">";
   }
   return result;
@@ -76,8 +78,8 @@ void CheckKnown(const Texts&... texts) {
     INFO(Bytes(text));
     const std::vector<logcheck::Run> runs = RunsOf(Bytes(text));
     REQUIRE(runs.size() == 1);
-    REQUIRE(runs[0].entries.size() == 1);
-    const logcheck::Text& known = *runs[0].entries[0].text;
+    REQUIRE(runs[0].checks.size() == 1);
+    const logcheck::Text& known = *runs[0].checks[0].entries[0].text;
     CHECK(!known.means.empty());
     bool needs_advice = false;
     for (const auto role : {trouble, value_missing, not_installed, facts_missing, mismatch, launch_failed})
@@ -95,7 +97,7 @@ void CheckJudged(Lines entries, const std::string& outcome, View step, std::stri
   const std::vector<logcheck::Run> runs = RunsOf(log + Bytes(kUpdatesEnd));
   REQUIRE(runs.size() == 1);
   CHECK(runs[0].unknown_lines == 0);
-  const logcheck::Verdict verdict = Judge(runs[0]);
+  const logcheck::Verdict& verdict = runs[0].LastVerdict();
   CHECK(std::string(NameOf(verdict.outcome)) + " " + std::to_string(verdict.exit_code.value_or(0)) + " " +
             verdict.error.value_or("") ==
         outcome);
@@ -252,5 +254,5 @@ TEST_CASE("the outcome, code, step and advice of a check are those that decided 
   CheckJudged({kDetailsFound[3],
                L"November 21, 2026 Saturday 22:31: Error in System Tavrel Log File updates.Disk full"},
               "offered 3 ", {}, "(Disk full)");
-  CHECK(Judge(RunsOf(Join({kEntriesStart, kHostMatched}))[0]).error == "the log ends here");
+  CHECK(RunsOf(Join({kEntriesStart, kHostMatched}))[0].LastVerdict().error == "the log ends here");
 }
