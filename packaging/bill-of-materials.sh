@@ -8,47 +8,35 @@ check_usage 5 "$@"
 maker=$1 version=$2 commit=$3 seconds=$4
 shift 4
 
-# Prints the Debian package of a file of a compiler, and its version: package_of COMPILER FILE
-package_of() {
-  local file
-  file=$(realpath -- "$("$1" -print-file-name="$2")")
-  dpkg-query --show --showformat '${Package} ${Version}' "$(dpkg-query --search "$file" | cut -d : -f 1)"
-}
-version_of() { dpkg-query --show --showformat '${Version}' "$1"; }
-# library NAME LICENCE DESCRIPTION USERS PACKAGE VERSION; USERS: a regular expression for the files that contain it
-library() {
-  jq -n --arg name "$1" --arg licence "$2" --arg what "$3" --arg users "$4" --arg package "$5" --arg version "$6" '{
-    type: "library", "bom-ref": $name, supplier: {name: "Debian", url: ["https://www.debian.org/"]}, name: $name,
-    version: $version, description: $what, licenses: [{expression: $licence}],
-    purl: "pkg:deb/debian/\($package)@\($version | @uri)", users: $users}'
-}
+# The libraries in the programs. A row has the name, the licence, what it is, a regular expression for the files that
+# contain it, and a file of the Debian package that it comes from.
 libraries() {
-  local gcc='GPL-3.0-or-later WITH GCC-exception-3.1' cross=i686-w64-mingw32-g++-posix
-  # shellcheck disable=SC2046  # two words each
-  {
-    library libgcc "$gcc" "compiler runtime" '[.]exe$' $(package_of $cross libgcc.a)
-    library libstdc++ "$gcc" "C++ standard library" '[.]exe$' $(package_of $cross libstdc++.a)
-    library mingw-w64-crt ZPL-2.1 "start-up code of the C runtime" '[.]exe$' $(package_of $cross libmsvcrt.a)
-    library winpthreads 'MIT AND BSD-3-Clause' "threads of the C++ standard library" '[.]exe$' \
-      $(package_of $cross libwinpthread.a)
-    library libgcc-linux "$gcc" "compiler runtime for Linux" '^linux/' $(package_of g++ libgcc.a)
-    library libstdc++-linux "$gcc" "C++ standard library for Linux" '^linux/' $(package_of g++ libstdc++.a)
-    library nlohmann-json MIT "JSON" 'check([.]exe)?$' nlohmann-json3-dev "$(version_of nlohmann-json3-dev)"
-    library cli11 BSD-3-Clause "command lines" 'check([.]exe)?$' libcli11-dev "$(version_of libcli11-dev)"
-    library utfcpp BSL-1.0 "UTF-8" 'check([.]exe)?$' libutfcpp-dev "$(version_of libutfcpp-dev)"
-    library nsis 'Zlib AND CPL-1.0' "installer and uninstaller, with an LZMA decompressor" '-setup[.]exe$' \
-      nsis "$(version_of nsis)"
-  }
+  local gcc='GPL-3.0-or-later WITH GCC-exception-3.1' row package
+  cross() { i686-w64-mingw32-g++-posix -print-file-name="$1"; }
+  while read -r row; do
+    package=$(dpkg-query --search "$(realpath -- "${row##*|}")" | cut -d : -f 1)
+    printf '%s|%s\n' "$row" "$(dpkg-query --show --showformat '${Package}|${Version}' "$package")"
+  done <<END | jq -R 'split("|") | {
+    type: "library", "bom-ref": .[0], supplier: {name: "Debian", url: ["https://www.debian.org/"]}, name: .[0],
+    version: .[6], description: .[2], licenses: [{expression: .[1]}],
+    purl: "pkg:deb/debian/\(.[5])@\(.[6] | @uri)", users: .[3]}'
+libgcc|$gcc|compiler runtime|[.]exe$|$(cross libgcc.a)
+libstdc++|$gcc|C++ standard library|[.]exe$|$(cross libstdc++.a)
+mingw-w64-crt|ZPL-2.1|start-up code of the C runtime|[.]exe$|$(cross libmsvcrt.a)
+winpthreads|MIT AND BSD-3-Clause|threads of the C++ standard library|[.]exe$|$(cross libwinpthread.a)
+libgcc-linux|$gcc|compiler runtime for Linux|^linux/|$(g++ -print-file-name=libgcc.a)
+libstdc++-linux|$gcc|C++ standard library for Linux|^linux/|$(g++ -print-file-name=libstdc++.a)
+nlohmann-json|MIT|JSON|check([.]exe)?$|/usr/include/nlohmann/json.hpp
+cli11|BSD-3-Clause|command lines|check([.]exe)?$|/usr/include/CLI/CLI.hpp
+utfcpp|BSL-1.0|UTF-8|check([.]exe)?$|/usr/include/utf8.h
+nsis|Zlib AND CPL-1.0|installer and uninstaller, with an LZMA decompressor|-setup[.]exe$|/usr/bin/makensis
+END
 }
 files() {
-  local file
-  for file; do
-    jq -n --arg name "${file#"${file%/*}/"}" --arg path "$file" --arg maker "$maker" --arg version "$version" \
-      --arg sum "$(sha256sum <"$file" | cut -d ' ' -f 1)" '{
-      type: "file", "bom-ref": (if $path | startswith("/") then $name else $path end),
-      supplier: {name: $maker}, name: $name, version: $version,
-      hashes: [{alg: "SHA-256", content: $sum}]}'
-  done
+  sha256sum -- "$@" | jq -R --arg maker "$maker" --arg version "$version" '.[66:] as $path | ($path | sub(".*/"; "")) as $name | {
+    type: "file", "bom-ref": (if $path | startswith("/") then $name else $path end),
+    supplier: {name: $maker}, name: $name, version: $version,
+    hashes: [{alg: "SHA-256", content: .[:64]}]}'
 }
 
 # The document's number is derived from the commit, so that it can be reproduced.
