@@ -1,6 +1,6 @@
-# The names of the maker and of the product: the only file that has them. Each is a macro of generated/version.h (C++
-# and resources), a define of generated/product.nsh (installer), a variable of generated/product.sh (scripts), and
-# can be used in files that CMake configures.
+# The names of the maker and of the product: the only file that has them. Each, like the version, is a macro of
+# generated/version.h (C++ and resources), a define of generated/product.nsh (installer), a variable of
+# generated/product.sh (scripts), and can be used in files that CMake configures.
 set(TAVREL_MAKER "NORVIK Software Inc.")
 set(TAVREL_COPYRIGHT "Copyright (C) ${TAVREL_MAKER}")
 set(TAVREL_SUPPORT "https://www.norvik.example/support")
@@ -23,17 +23,22 @@ set(TAVREL_UPDATE_HOST "updates.varnexa.example" CACHE STRING
 set(TAVREL_PROBE_ADDRESS "http://www.example.com/" CACHE STRING
     "Public address whose reachability is tested before the update host is asked")
 
+set(TAVREL_FILE_VERSION "${PROJECT_VERSION}.${TAVREL_DRAFT}")
+string(REPLACE "." ", " numbers ${TAVREL_FILE_VERSION})
 set(generated ${PROJECT_BINARY_DIR}/generated)
-foreach(name IN ITEMS MAKER COPYRIGHT SUPPORT PRODUCT PRODUCT_LOWER PRODUCT_VERSION PRODUCT_LABEL TITLE
-                      IMAGE IMAGE_LOWER FOLDER PREFIX UPDATE_HOST PROBE_ADDRESS)
+foreach(name IN ITEMS VERSION FILE_VERSION MAKER COPYRIGHT SUPPORT PRODUCT PRODUCT_LOWER PRODUCT_VERSION PRODUCT_LABEL
+                      TITLE IMAGE IMAGE_LOWER FOLDER PREFIX UPDATE_HOST PROBE_ADDRESS)
   set(value ${TAVREL_${name}})
   string(APPEND product_macros "#define TAVREL_${name} \"${value}\"\n")
   string(APPEND product_defines "!define TAVREL_${name} \"${value}\"\n")
   string(APPEND product_variables "TAVREL_${name}='${value}'\n")
 endforeach()
+file(CONFIGURE OUTPUT ${generated}/version.h CONTENT "#pragma once
+#define TAVREL_FILE_VERSION_NUMBERS ${numbers}
+#define TAVREL_FILE_FLAGS ${TAVREL_FILE_FLAGS}
+${product_macros}")
 file(CONFIGURE OUTPUT ${generated}/product.nsh CONTENT "${product_defines}")
 file(CONFIGURE OUTPUT ${generated}/product.sh CONTENT "${product_variables}")
-configure_file(resources/version.h.in ${generated}/version.h @ONLY)
 configure_file(resources/app.manifest.in ${generated}/app.manifest @ONLY)
-configure_file(packaging/korsa.ini.in ${generated}/korsa.ini @ONLY)
-configure_file(packaging/deploy.ps1.in ${generated}/deploy.ps1 @ONLY)
+configure_file(packaging/korsa.ini.in ${generated}/korsa.ini @ONLY NEWLINE_STYLE DOS)
+configure_file(packaging/deploy.ps1.in ${generated}/deploy.ps1 @ONLY NEWLINE_STYLE DOS)

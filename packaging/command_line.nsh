@@ -9,102 +9,64 @@ Exit code: 0 done, 1 cancelled, 2 failed or wrong use, 3 the utility is running,
 /S$\tasks nothing and shows no window$\r$\n\
 _?=FOLDER$\tthe folder of the utility, without quotes, last: the uninstaller waits for the end and stays there"
 
-; 1 when the last Print found a standard output.
-Var Printed
+; What Print writes.
+Var Message
 
 ; Writes a line to standard output: a file, a pipe or the console of the caller. Explorer gives programs a standard
-; output that is no file: GetFileType returns 0. Changes no variable but $Printed.
+; output that is none of these. Sets the error flag when there is no such output. Changes $0 and $Message.
 !macro Print text
-  Push "${text}$\r$\n"
-  System::Store S
-  Pop $0
-  System::Call 'kernel32::GetStdHandle(i -11) p .r1' ; STD_OUTPUT_HANDLE
-  System::Call 'kernel32::GetFileType(p r1) i .r2'
-  ${If} $2 = 0
+  StrCpy $Message "${text}"
+  ClearErrors
+  System::Call 'kernel32::GetStdHandle(i -11) p .r0' ; STD_OUTPUT_HANDLE
+  FileWrite $0 "$Message$\r$\n"
+  ${If} ${Errors}
     System::Call 'kernel32::AttachConsole(i -1)' ; ATTACH_PARENT_PROCESS
-    System::Call 'kernel32::GetStdHandle(i -11) p .r1'
-    System::Call 'kernel32::GetFileType(p r1) i .r2'
+    System::Call 'kernel32::GetStdHandle(i -11) p .r0'
+    FileWrite $0 "$Message$\r$\n"
   ${EndIf}
-  StrCpy $Printed 0
-  ${If} $2 <> 0
-    FileWrite $1 $0
-    StrCpy $Printed 1
-  ${EndIf}
-  System::Store L
-!macroend
-
-!macro WrongUse text
-  !insertmacro Print "${text}"
-  SetErrorLevel ${EXIT_FAILED}
-  Quit
 !macroend
 
 ; Ends the program with an exit code and the reason.
 !macro Fail code text
   !insertmacro Print "${text}"
-  MessageBox MB_OK|MB_ICONSTOP "${text}" /SD IDOK
+  MessageBox MB_OK|MB_ICONSTOP $Message /SD IDOK
   SetErrorLevel ${code}
   Quit
 !macroend
 
+!macro WrongUse text
+  SetSilent silent
+  !insertmacro Fail ${EXIT_FAILED} "${text}"
+!macroend
+
+; Out: $R0 the last option, which begins with ${last}, or "".
 !macro CommandLine un last usage
-; $R0: what is still to be read.
 Function ${un}CheckCommandLine
   ; $CMDLINE ends before /D= and _?=.
   System::Call 'kernel32::GetCommandLineW() p .r0'
   System::Call 'shlwapi::PathGetArgsW(p r0) w .R0'
-  ${Do}
+  System::Call 'shlwapi::StrTrimW(w R0R0, w " ")'
+  StrCpy $0 "$R0 " 3
+  ${If} $0 S== "/S " ; NSIS has acted on it.
+    StrCpy $R0 $R0 "" 3
     System::Call 'shlwapi::StrTrimW(w R0R0, w " ")'
-    StrCpy $0 "$R0 " 3
-    StrCpy $1 "$R0 " 6
-    StrCpy $2 $R0 4
-    ${If} $R0 == ""
-      ${Break}
-    ${ElseIf} $R0 == "/?"
-    ${OrIf} $R0 == "--help"
-      !insertmacro Print "${usage}"
-      ${If} $Printed = 0
-        MessageBox MB_OK|MB_ICONINFORMATION "${usage}" /SD IDOK
-      ${EndIf}
-      SetErrorLevel 0
-      Quit
-    ${ElseIf} $0 S== "${last}"
-      StrCpy $R1 $R0 "" 3
-      Call ${un}CheckFolder
-      ${Break}
-    ${ElseIf} $2 S== '"_?='
-      ; NSIS ignores it in quotes, and has started a copy of the uninstaller without it.
-      ${Break}
-    ${ElseIf} $0 S== "/S " ; NSIS has acted on this and the next one.
-      StrCpy $R0 $R0 "" 3
-    ${ElseIf} $1 S== "/NCRC "
-      StrCpy $R0 $R0 "" 6
-    ${Else}
-      !insertmacro WrongUse "Unknown option: $R0. /? alone shows the options."
+  ${EndIf}
+  StrCpy $0 $R0 3
+  StrCpy $1 $R0 4
+  ${If} $R0 == "/?"
+  ${OrIf} $R0 == "--help"
+    !insertmacro Print "${usage}"
+    ${If} ${Errors}
+      MessageBox MB_OK|MB_ICONINFORMATION $Message /SD IDOK
     ${EndIf}
-  ${Loop}
+    SetErrorLevel 0
+    Quit
+  ${ElseIf} $R0 != ""
+  ${AndIf} $0 S!= "${last}"
+  ${AndIf} $1 S!= '"_?=' ; NSIS ignores it in quotes, and has started a copy of the uninstaller without it.
+    !insertmacro WrongUse "Unknown option: $R0. /? alone shows the options."
+  ${EndIf}
 FunctionEnd
 !macroend
-
-; NSIS leaves $INSTDIR empty when it does not accept the folder $R1, and removes characters that no path holds.
-Function CheckFolder
-  System::Call 'shlwapi::PathRemoveBackslashW(w R1R1)'
-  ${If} $R1 != ""
-  ${AndIf} $R1 == $INSTDIR
-    Return
-  ${EndIf}
-  ${GetRoot} $R1 $0
-  System::Call 'kernel32::GetFileAttributesW(w "$0\") i .r1'
-  ${If} $0 != ""
-  ${AndIf} $1 = -1
-    !insertmacro WrongUse "The drive or network folder $0 does not exist: /D=$R1"
-  ${EndIf}
-  !insertmacro WrongUse "/D= takes the full path of a folder, with backslashes, without quotes, and not below a file: $R1"
-FunctionEnd
-
-; NSIS has taken the folder after _?= already.
-Function un.CheckFolder
-FunctionEnd
-
 !insertmacro CommandLine "" "/D=" "${USAGE}"
 !insertmacro CommandLine "un." "_?=" "${UN_USAGE}"

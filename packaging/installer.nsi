@@ -1,8 +1,8 @@
 ; The installer of the update utility. Built by packaging/installer.sh, which gives:
-;   VERSION, FILE_VERSION as in generated/version.h      OUTPUT  the installer to make
-;   PRODUCT              defines from cmake/product.cmake
-;   PROGRAM, SEED, ICON  files that go into it
-;   SIGN                 optional: command that signs a file; the file's path is appended to it
+;   PRODUCT        folder of product.nsh, which has defines from cmake/product.cmake, and of korsa.ini
+;   PROGRAM, ICON  files that go into it
+;   OUTPUT         the installer to make
+;   SIGN           optional: command that signs a file; the file's path is appended to it
 ; docs/administrator.md describes what it does, its options and its exit codes.
 
 Unicode true
@@ -17,7 +17,7 @@ ManifestDPIAware true
 !include LogicLib.nsh
 !include MUI2.nsh
 
-!include "${PRODUCT}"
+!include "${PRODUCT}/product.nsh"
 !define NAME "${TAVREL_TITLE}"
 !define IMAGE "QRTTavrelUtility.exe"
 !define UNINSTALLER "QRTTavrelUtility-uninstall.exe"
@@ -25,22 +25,23 @@ ManifestDPIAware true
 !define EXIT_FAILED 2
 !define EXIT_RUNNING 3
 !define EXIT_RIGHTS 4
-!searchparse "${VERSION}" "" VERSION_MAJOR "." VERSION_MINOR "."
+!searchparse "${TAVREL_VERSION}" "" VERSION_MAJOR "." VERSION_MINOR "."
 
 Name "${NAME}"
 OutFile "${OUTPUT}"
 PESubsysVer 6.1
-; Empty: before .onInit, only /D= sets $INSTDIR.
+; Before .onInit, only /D= and an installed utility set $INSTDIR.
 InstallDir ""
+InstallDirRegKey HKLM "${ENTRY}" "InstallLocation"
 BrandingText "${TAVREL_MAKER}"
 
-VIProductVersion "${FILE_VERSION}"
+VIProductVersion "${TAVREL_FILE_VERSION}"
 VIAddVersionKey CompanyName "${TAVREL_MAKER}"
 VIAddVersionKey FileDescription "${NAME} Setup"
-VIAddVersionKey FileVersion "${FILE_VERSION}"
+VIAddVersionKey FileVersion "${TAVREL_FILE_VERSION}"
 VIAddVersionKey LegalCopyright "${TAVREL_COPYRIGHT}"
 VIAddVersionKey ProductName "${NAME}"
-VIAddVersionKey ProductVersion "${VERSION}"
+VIAddVersionKey ProductVersion "${TAVREL_VERSION}"
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
@@ -66,7 +67,6 @@ VIAddVersionKey ProductVersion "${VERSION}"
 
 ; The folder of an installation that moves, or "".
 Var OldFolder
-!include "${__FILEDIR__}/seed.nsh"
 
 !macro Common un
 Function ${un}RequireRights
@@ -106,23 +106,26 @@ Function ${un}WaitForUtility
   Quit
 FunctionEnd
 
-; Deletes the installer's own files in the folder $R0, and the folder when nothing else is in it. korsa.ini is in the
-; state $R1. Out: $0 0 when the program is still there.
-Function ${un}RemoveFiles
-  ${If} $R1 != "changed"
+; Deletes korsa.ini in the folder $R0, unless it was changed since the installer wrote it.
+Function ${un}RemoveSeed
+  GetFileTime "$R0\korsa.ini" $0 $1
+  ReadRegStr $2 HKLM "${ENTRY}" "SeedWritten"
+  ${If} $2 == "$0 $1"
     Delete "$R0\korsa.ini"
   ${EndIf}
+FunctionEnd
+
+; Deletes the installer's own files in the folder $R0, and the folder when nothing else is in it. $R1 begins the reason
+; of a failure.
+Function ${un}RemoveFiles
+  Call ${un}RemoveSeed
   Delete "$R0\${IMAGE}"
-  StrCpy $0 1
   ${If} ${FileExists} "$R0\${IMAGE}"
-    StrCpy $0 0
-    Return
+    !insertmacro Fail ${EXIT_FAILED} "$R1$R0\${IMAGE} cannot be removed."
   ${EndIf}
   Delete "$R0\${UNINSTALLER}"
   RMDir $R0
-  ${If} $R0 == "$PROGRAMFILES32\${TAVREL_PRODUCT}\${TAVREL_FOLDER}"
-    RMDir "$PROGRAMFILES32\${TAVREL_PRODUCT}"
-  ${EndIf}
+  RMDir "$PROGRAMFILES32\${TAVREL_PRODUCT}"
 FunctionEnd
 !macroend
 !insertmacro Common ""
@@ -132,18 +135,22 @@ FunctionEnd
 Function .onInit
   SetShellVarContext all
   Call CheckCommandLine
-  Call RequireRights
-  ${If} $INSTDIR == ""
-    ReadRegStr $INSTDIR HKLM "${ENTRY}" "InstallLocation"
-  ${EndIf}
-  ${If} $INSTDIR == ""
-    ReadRegStr $INSTDIR HKLM "Software\${TAVREL_MAKER}\${TAVREL_PRODUCT}\${TAVREL_PRODUCT_VERSION}" "Installpath"
-    ${IfNot} ${FileExists} "$INSTDIR\*.*"
-      StrCpy $INSTDIR ""
+  ${If} $R0 != ""
+    StrCpy $R0 $R0 "" 3
+    System::Call 'shlwapi::PathRemoveBackslashW(w R0R0)'
+    ; NSIS does not take a folder that it does not accept, and removes characters that no path holds.
+    ${If} $R0 == ""
+    ${OrIf} $R0 != $INSTDIR
+      !insertmacro WrongUse "/D= takes the full path of a folder on a drive or network folder that exists, with backslashes, without quotes, and not below a file: $R0"
     ${EndIf}
   ${EndIf}
+  Call RequireRights
   ${If} $INSTDIR == ""
-    StrCpy $INSTDIR "$PROGRAMFILES32\${TAVREL_PRODUCT}\${TAVREL_FOLDER}"
+    ReadRegStr $INSTDIR HKLM "Software\${TAVREL_MAKER}\${TAVREL_PRODUCT}\${TAVREL_PRODUCT_VERSION}" "Installpath"
+    ${If} $INSTDIR == ""
+    ${OrIfNot} ${FileExists} "$INSTDIR\*.*"
+      StrCpy $INSTDIR "$PROGRAMFILES32\${TAVREL_PRODUCT}\${TAVREL_FOLDER}"
+    ${EndIf}
   ${EndIf}
 FunctionEnd
 
@@ -157,21 +164,19 @@ Function FindOldFolder
   ${EndIf}
   StrCpy $R0 $OldFolder
   Call WaitForUtility
-  Call ReadSeedState
-  StrCpy $OldSeed $0
+  Delete "$OldFolder\${IMAGE}.new"
 FunctionEnd
 
-; Replaces a file in $INSTDIR by NAME.new beside it, in one step. Sets $0 to 0 when that fails.
-!macro Replace name
-  SetFileAttributes "$INSTDIR\${name}" NORMAL
-  System::Call 'kernel32::MoveFileExW(w "$INSTDIR\${name}.new", w "$INSTDIR\${name}", i 1) i .r0' ; MOVEFILE_REPLACE_EXISTING
-!macroend
-
-; The new files are complete before the first of them replaces an old one, so a full disk damages no installation.
-Function CopyProgram
-  ${If} $OldFolder != ""
-    Delete "$OldFolder\${IMAGE}.new"
-  ${EndIf}
+; The program. The new files are complete before the first of them replaces an old one, so a full disk damages no
+; installation.
+Section
+  ; The size, in KiB, of what NSIS does not count: the uninstaller and korsa.ini.
+  AddSize 64
+  StrCpy $R0 $INSTDIR
+  Call WaitForUtility
+  Call FindOldFolder
+  Call PrepareLogFolder
+  Call CreateProgramFolder
   StrCpy $0 0
   ClearErrors
   SetOutPath $INSTDIR
@@ -183,36 +188,68 @@ Function CopyProgram
   ${EndIf}
   ; This test clears the error flag.
   ${IfNot} ${Errors}
-    !insertmacro Replace "${IMAGE}"
+    SetFileAttributes "$INSTDIR\${UNINSTALLER}" NORMAL
+    ; MOVEFILE_REPLACE_EXISTING
+    System::Call 'kernel32::MoveFileExW(w "$INSTDIR\${IMAGE}.new", w "$INSTDIR\${IMAGE}", i 1) i .r0'
     ${If} $0 <> 0
-      !insertmacro Replace "${UNINSTALLER}"
+      System::Call 'kernel32::MoveFileExW(w "$INSTDIR\${UNINSTALLER}.new", w "$INSTDIR\${UNINSTALLER}", i 1) i .r0'
     ${EndIf}
   ${EndIf}
   ${If} $0 = 0
     Delete "$INSTDIR\${IMAGE}.new"
     Delete "$INSTDIR\${UNINSTALLER}.new"
     SetOutPath $TEMP
-    Call RemoveMadeFolders
+    ${If} $MadeFolder != ""
+      RMDir /r $MadeFolder
+    ${EndIf}
     !insertmacro Fail ${EXIT_FAILED} "The files cannot be written to $INSTDIR."
   ${EndIf}
-FunctionEnd
+SectionEnd
 
-; The product can have a shortcut of that name: it stays, and is not recorded.
-Function AddToStartMenu
+; korsa.ini, which each user's first start copies. One that was changed since it was installed, or that an administrator
+; placed, is kept; a move takes it along.
+Section
+  StrCpy $R0 $INSTDIR
+  Call RemoveSeed
+  ${If} $OldFolder != ""
+    StrCpy $R0 $OldFolder
+    Call RemoveSeed
+    ${If} ${FileExists} "$OldFolder\korsa.ini"
+    ${AndIfNot} ${FileExists} "$INSTDIR\korsa.ini"
+      System::Call 'kernel32::CopyFileW(w "$OldFolder\korsa.ini", w "$INSTDIR\korsa.ini", i 1) i .r0'
+      ${If} $0 = 0
+        !insertmacro Fail ${EXIT_FAILED} "$OldFolder\korsa.ini cannot be copied to $INSTDIR."
+      ${EndIf}
+      Delete "$OldFolder\korsa.ini"
+    ${EndIf}
+  ${EndIf}
+  ${IfNot} ${FileExists} "$INSTDIR\korsa.ini"
+    ClearErrors
+    File "${PRODUCT}/korsa.ini"
+    ${If} ${Errors}
+      !insertmacro Fail ${EXIT_FAILED} "korsa.ini cannot be written to $INSTDIR."
+    ${EndIf}
+    GetFileTime "$INSTDIR\korsa.ini" $0 $1
+    WriteRegStr HKLM "${ENTRY}" "SeedWritten" "$0 $1"
+  ${EndIf}
+SectionEnd
+
+; The entry in the Start menu. The product can have a shortcut of that name: it stays, and is not recorded.
+Section
   StrCpy $5 "$SMPROGRAMS\${TAVREL_PRODUCT}\${TAVREL_PRODUCT_LABEL} Update.lnk"
   ReadRegStr $0 HKLM "${ENTRY}" "StartMenuEntry"
-  ${If} $0 != $5
-  ${AndIf} ${FileExists} $5
-    Return
+  ${If} $0 == $5
+  ${OrIfNot} ${FileExists} $5
+    CreateDirectory "$SMPROGRAMS\${TAVREL_PRODUCT}"
+    CreateShortCut $5 "$INSTDIR\${IMAGE}"
+    WriteRegStr HKLM "${ENTRY}" "StartMenuEntry" $5
   ${EndIf}
-  CreateDirectory "$SMPROGRAMS\${TAVREL_PRODUCT}"
-  CreateShortCut $5 "$INSTDIR\${IMAGE}"
-  WriteRegStr HKLM "${ENTRY}" "StartMenuEntry" $5
-FunctionEnd
+SectionEnd
 
-Function Register
+; The uninstall entry. It no longer names the old folder, so this is removed last.
+Section
   WriteRegStr HKLM "${ENTRY}" "DisplayName" "${NAME}"
-  WriteRegStr HKLM "${ENTRY}" "DisplayVersion" "${VERSION}"
+  WriteRegStr HKLM "${ENTRY}" "DisplayVersion" "${TAVREL_VERSION}"
   WriteRegDWORD HKLM "${ENTRY}" "VersionMajor" ${VERSION_MAJOR}
   WriteRegDWORD HKLM "${ENTRY}" "VersionMinor" ${VERSION_MINOR}
   WriteRegStr HKLM "${ENTRY}" "DisplayIcon" "$INSTDIR\${IMAGE}"
@@ -225,32 +262,10 @@ Function Register
   WriteRegDWORD HKLM "${ENTRY}" "EstimatedSize" $0
   WriteRegDWORD HKLM "${ENTRY}" "NoModify" 1
   WriteRegDWORD HKLM "${ENTRY}" "NoRepair" 1
-FunctionEnd
-
-Section
-  ; The size, in KiB, of the files that the functions write.
-  AddSize ${SIZE}
-  StrCpy $R0 $INSTDIR
-  Call WaitForUtility
-  Call FindOldFolder
-  Call PrepareLogFolder
-  StrCpy $R0 $INSTDIR
-  Call CreateProgramFolder
-  ${If} $0 <> 0
-    Call RemoveMadeFolders
-    !insertmacro Fail ${EXIT_FAILED} "The folder $INSTDIR cannot be created (Windows error $0)."
-  ${EndIf}
-  Call CopyProgram
-  Call CopySeed
-  Call AddToStartMenu
-  Call Register
   ${If} $OldFolder != ""
     StrCpy $R0 $OldFolder
-    StrCpy $R1 $OldSeed
+    StrCpy $R1 "The utility is installed in $INSTDIR, but "
     Call RemoveFiles
-    ${If} $0 = 0
-      !insertmacro Fail ${EXIT_FAILED} "The utility is installed in $INSTDIR, but $OldFolder\${IMAGE} cannot be removed."
-    ${EndIf}
   ${EndIf}
 SectionEnd
 
@@ -263,20 +278,16 @@ FunctionEnd
 Section Uninstall
   StrCpy $R0 $INSTDIR
   Call un.WaitForUtility
-  Call un.ReadSeedState
-  StrCpy $R1 $0
+  StrCpy $R1 ""
   Call un.RemoveFiles
-  ${If} $0 = 0
-    !insertmacro Fail ${EXIT_FAILED} "$INSTDIR\${IMAGE} cannot be removed."
-  ${EndIf}
   ReadRegStr $0 HKLM "${ENTRY}" "StartMenuEntry"
   ${If} $0 != ""
     Delete $0
     RMDir "$SMPROGRAMS\${TAVREL_PRODUCT}"
   ${EndIf}
   ; Logs stay.
-  Delete "$APPDATA\${TAVREL_PRODUCT}\${TAVREL_FOLDER}\${NOTICE}"
-  RMDir "$APPDATA\${TAVREL_PRODUCT}\${TAVREL_FOLDER}"
-  RMDir "$APPDATA\${TAVREL_PRODUCT}"
+  Delete "${NOTICE}"
+  RMDir "${LOG_FOLDER}"
+  RMDir "${LOG_PARENT}"
   DeleteRegKey HKLM "${ENTRY}"
 SectionEnd

@@ -9,11 +9,11 @@
 set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 4 "$@"
-for file in "$1/release/generated/version.h" "$4"; do [[ -r $file ]] || die "cannot read $file"; done
+for file in "$1/release/generated/product.sh" "$4"; do [[ -r $file ]] || die "cannot read $file"; done
 packaging=$repo/packaging build=$(realpath -- "$1") dist=$(realpath -m -- "$2") commit=$3 changes=$(<"$4")
 export TZ=UTC LC_ALL=C.UTF-8
 . "$build/release/generated/product.sh"
-version=$(sed -n 's/^#define TAVREL_VERSION "\(.*\)"$/\1/p' "$build/release/generated/version.h")
+version=$TAVREL_VERSION
 name=QRTTavrelUtility-$version
 setup=$dist/$name-setup.exe
 content=$dist/$name
@@ -23,8 +23,7 @@ if [[ $version == *-DRAFT ]]; then draft=-DRAFT; fi
 # trial/ is for the guide docs/windows.md: a stand-in of the product, and a list for the server.
 programs=(QRTTavrelUtility.exe packcheck.exe logcheck.exe trial/Qrt.exe)
 mkdir -p "$content/linux" "$content/trial/qrt15"
-cp "$build"/release/{QRTTavrelUtility,packcheck,logcheck}.exe "$build/release/korsa.ini" "$content/"
-sed 's/$/\r/' "$build/release/generated/deploy.ps1" >"$content/deploy.ps1"
+cp "$build"/release/{{QRTTavrelUtility,packcheck,logcheck}.exe,generated/{korsa.ini,deploy.ps1}} "$content/"
 cp "$build"/host/{packcheck,logcheck} "$content/linux/"
 cp "$build/release/demo/standin/15.0.2.5/Qrt.exe" "$content/trial/"
 cp "$repo/demo/updates.ini" "$content/trial/qrt15/"
@@ -66,9 +65,6 @@ rm -r "$content"
   printf '%s\n\n' 'Made for Windows 7 SP1 to 11. Tested under Wine only, never on a real Windows.' "$signature" "$origin" "$changes"
 } >"$dist/NOTES$draft.md"
 sums=$(cd "$dist" && sha256sum -- *)
-{
-  if [[ $signature == UNSIGNED* ]]; then echo "# $signature"; fi
-  printf '%s\n' "$sums"
-} >"$dist/SHA256SUMS$draft"
+printf '# %s\n%s\n' "$signature" "$sums" >"$dist/SHA256SUMS$draft"
 say "$signature"
 say "$origin"

@@ -10,9 +10,9 @@ build=$2 work=$(mktemp -d -p "$TAVREL_TMP") failed=0
 # The version before: another program (a stand-in) and another seed.
 old=$build/tests/packaging/old-$1
 mkdir -p "$old/generated"
-sed 's/^\(#define TAVREL_VERSION "\).*/\12.0.2"/' "$build/generated/version.h" >"$old/generated/version.h"
-cp "$build/generated/product.nsh" "$old/generated/"
-sed 's/^TIMEOUT=.*/TIMEOUT=50/' "$build/generated/korsa.ini" >"$old/generated/korsa.ini"
+cp "$build"/generated/{product.*,korsa.ini} "$old/generated/"
+sed -i -E '/TAVREL_VERSION/s/[0-9.]+/2.0.2/' "$old"/generated/product.*
+sed -i 's/^TIMEOUT=60/TIMEOUT=50/' "$old/generated/korsa.ini"
 old_setup=$("$repo/packaging/installer.sh" "$old" "$build/demo/standin/15.0.2.5/Qrt.exe")
 new_setup=$("$repo/packaging/installer.sh" "$build")
 version=${new_setup#*Utility-} version=${version%-setup.exe}
@@ -134,8 +134,7 @@ check 'a downgrade keeps a changed korsa.ini' 0 'old /S' '~entry' '~'programs/QR
 mkdir "$drive/closed" && chmod a-w "$drive/closed"
 check 'a failed move changes nothing' 2 'says cannot.be.written.to.C: /S /D=C:\closed'
 check 'the reason is that of the failing folder' 2 'says x.cannot.be.created.*error.5 /S /D=C:\closed\x'
-check 'a missing drive' 2 'says folder.Q:.does.not.exist /S /D=Q:\nowhere'
-for options in '/D=relative\x' '/D="C:\x y"' '/D=C:\windows\explorer.exe\x' '/D=C:/x' "/D=C:\\"; do
+for options in '/D=Q:\a.missing.drive' '/D=relative\x' '/D="C:\x y"' '/D=C:\windows\explorer.exe\x' '/D=C:/x' "/D=C:\\"; do
   check "$options is refused" 2 "says full.path /S $options"
 done
 for options in '/S /d=C:\x' /s --silent; do check "$options is refused" 2 "says Unknown.option $options"; done

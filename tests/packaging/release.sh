@@ -75,7 +75,7 @@ grep -qxF '!define PROGRAM_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OIC
 # What is published, of a build with scripts as programs for Linux: a release, again under another umask, a signed draft.
 mkdir -p build/{release/generated,release/demo/standin/15.0.2.5,host}
 cp "$1"/{QRTTavrelUtility,packcheck,logcheck}.exe build/release/
-cp "$1"/generated/{version.h,product.*,korsa.ini,deploy.ps1} build/release/generated/
+cp "$1"/generated/{product.*,korsa.ini,deploy.ps1} build/release/generated/
 cp "$1/demo/standin/15.0.2.5/Qrt.exe" build/release/demo/standin/15.0.2.5/
 for tool in packcheck logcheck; do echo "$tool" >build/host/$tool; done
 echo '- Changed.' >changes
@@ -86,13 +86,12 @@ pack() {
 "$repo/packaging/installer.sh" build/release >/dev/null
 (unset TAVREL_SIGN_CERTIFICATE && pack released && umask 077 && pack again)
 cmp released/SHA256SUMS again/SHA256SUMS || fail "the umask changes what is published"
-sed -i 's/^\(#define TAVREL_VERSION .*\)"/\1-DRAFT"/' build/release/generated/version.h
+sed -i -E "s/(TAVREL_VERSION.*[0-9])/\1-DRAFT/" build/release/generated/product.*
 "$repo/packaging/installer.sh" build/release >/dev/null
 pack drafted
 
 (cd released && sha256sum --quiet -c SHA256SUMS) || fail "wrong sums"
-version=$(sed -n 's/.*\(VERSION\) "\(.*\)-DRAFT"/\2/p' build/release/generated/version.h)
-name=QRTTavrelUtility-$version
+name=$(. "$1/generated/product.sh" && echo "QRTTavrelUtility-$TAVREL_VERSION")
 grep -q UNSIGNED released/NOTES.md && grep -q UNSIGNED released/SHA256SUMS || fail "does not say UNSIGNED"
 grep -q 'DRAFT of commit 7777' drafted/NOTES-DRAFT.md && ! grep -q UNSIGNED drafted/* || fail "wrong notes of a signed draft"
 grep -qx -- '- Changed.' released/NOTES.md && ! grep -q DRAFT released/NOTES.md || fail "wrong notes of a release"
