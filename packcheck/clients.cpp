@@ -41,11 +41,11 @@ Client AskClient(const Published& published, const Version& product) {
                             .product_level = level,
                             .product_build = build};
   const Decision decision = Decide(facts);
-  Client client{.product = product,
-                .answer = {.offered = decision.offered.value_or(false),
-                           .exit_code = decision.exit_code,
-                           .record_deleted = decision.delete_record},
-                .log = {}};
+  Client client{{.offered = decision.offered.value_or(false),
+                 .exit_code = decision.exit_code,
+                 .record_deleted = decision.delete_record},
+                DottedText(product),
+                {}};
   if (published.record)
     client.log = {std::wstring(update_texts::kRecordFound), std::wstring(update_texts::kRecordRead)};
   if (decision.delete_record) client.log.emplace_back(update_texts::kRecordDeleted);
@@ -53,27 +53,24 @@ Client AskClient(const Published& published, const Version& product) {
   return client;
 }
 
-Version VersionOf(ClientNumber client) {
+std::set<Version> Thresholds(const Published& published) {
   const std::wstring_view major = identity::kProductVersion;
-  const auto number = [](std::int64_t value) { return static_cast<std::uint16_t>(value); };
-  return {number(text::ParseDecimal(major)), number(text::ParseDecimal(major.substr(major.find(L'.') + 1))),
-          number(client >> 16), number(client & 0xFFFF)};
-}
-
-std::set<ClientNumber> Thresholds(const Published& published) {
-  std::set<ClientNumber> found{0};
+  const std::int32_t first = text::ParseDecimal(major);
+  const std::int32_t second = text::ParseDecimal(major.substr(major.find(L'.') + 1));
+  std::set<Version> found;
   const auto add = [&](std::int64_t level, std::int64_t build) {
+    const auto number = [](std::int64_t value) { return static_cast<std::uint16_t>(value); };
     if (IsVersionNumber(level) && IsVersionNumber(build))
-      found.insert(static_cast<ClientNumber>(level << 16 | build));
+      found.insert({number(first), number(second), number(level), number(build)});
   };
+  add(0, 0);
   const std::int64_t newest = published.newest.level;
   add(newest, 0);
   add(newest, published.newest.build);
   add(newest + 1, 0);
   // The decision compares the record's version with the folded one, in which ten builds count like a level.
-  const Version zero = VersionOf(0);
   const std::int64_t ahead = std::int64_t{ParseRecordVersion(published.record.value_or(L"")).value_or(0)} -
-                             text::FoldVersion(zero[0], zero[1], 0, 0);
+                             text::FoldVersion(first, second, 0, 0);
   for (std::int64_t level = 0; level * 10 < ahead && IsVersionNumber(level); ++level) {
     add(level, ahead - level * 10);
     add(level + 1, 0);

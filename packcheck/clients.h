@@ -12,12 +12,12 @@
 /// What clients read in a list, and what they do.
 namespace packcheck {
 
-/// The last two numbers of a client's version, as level × 65536 + build.
-using ClientNumber = std::uint32_t;
-
 constexpr bool IsVersionNumber(std::int64_t number) {
   return number >= 0 && number <= 0xFFFF;
 }
+
+/// A version as "15.0.2.5".
+std::string DottedText(const Version& version);
 
 inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
@@ -33,11 +33,9 @@ Published ReadPublished(std::string_view list, std::optional<std::string_view> r
 
 Client AskClient(const Published& published, const Version& product);
 
-/// The version of such a client of this product version (15.0).
-Version VersionOf(ClientNumber client);
-
-/// Clients at which the answer may change; between two neighbours it is the same.
-std::set<ClientNumber> Thresholds(const Published& published);
+/// Clients of this product version (15.0), from the first one on, at which the answer may change; between two
+/// neighbours it is the same.
+std::set<Version> Thresholds(const Published& published);
 
 /// The warnings of a list, whose bytes `published` was read from.
 std::vector<Warning> FindWarnings(std::string_view list, const Published& published);

@@ -15,22 +15,11 @@ using console::Json;
 JSON_OF(Answer, offered, exit_code, record_deleted)
 JSON_OF(Warning, code, name, text)
 
-static void to_json(Json& json, const Row& row) {
-  json = {{"from", DottedText(row.from)}};
-  json.update(Json(row.answer));
-}
-
-static void to_json(Json& json, const Client& client) {
-  json = {{"product", DottedText(client.product)}};
-  json.update(Json(client.answer));
-  json["log"] = client.log;
-}
+JSON_OF(Row, from, offered, exit_code, record_deleted)
+JSON_OF(Client, product, offered, exit_code, record_deleted, log)
 
 static void to_json(Json& json, const Change& change) {
-  json = {{"from", DottedText(change.from)},
-          {"to", DottedText(change.to)},
-          {"old", change.before},
-          {"new", change.after}};
+  json = {{"from", change.from}, {"to", change.to}, {"old", change.before}, {"new", change.after}};
 }
 
 JSON_OF(Report, heading, packs, dropped, newest, client, table, warnings)
@@ -82,16 +71,15 @@ std::string Shown(const Answer& answer) {
 }
 
 std::string AnswerWithLog(const Client& client) {
-  std::string text = "Client " + DottedText(client.product) + ": updates are " + Shown(client.answer) + "\n";
+  std::string text = "Client " + client.product + ": updates are " + Shown(client) + "\n";
   for (const std::wstring& entry : client.log) text += "  | " + console::Printable(entry) + "\n";
   return text;
 }
 
 std::string Table(const std::vector<Row>& table) {
   return Padded("Client version", kAnswerColumn) + "updates\n" +
-         First(kRowsShown, table, "; --json shows all, --product one client", [](const Row& row) {
-           return Padded("from " + DottedText(row.from), kAnswerColumn) + Shown(row.answer);
-         });
+         First(kRowsShown, table, "; --json shows all, --product one client",
+               [](const Row& row) { return Padded("from " + row.from, kAnswerColumn) + Shown(row); });
 }
 
 std::string Warnings(const std::vector<Warning>& warnings) {
@@ -122,8 +110,8 @@ std::string AsText(const Comparison& comparison) {
                                      : Padded("Client versions", kChangeColumn) + "updates\n") +
          First(kRowsShown, comparison.changes, "; --json shows all",
                [](const Change& change) {
-                 return Padded(DottedText(change.from) + " to " + DottedText(change.to), kChangeColumn) +
-                        Shown(change.before) + " -> " + Shown(change.after);
+                 return Padded(change.from + " to " + change.to, kChangeColumn) + Shown(change.before) +
+                        " -> " + Shown(change.after);
                }) +
          "\nThe new list has " + (count == 0 ? "no" : std::to_string(count)) + " warning" +
          (count == 1 ? "" : "s") + (count == 0 ? ".\n" : "; see them without --compare.\n");

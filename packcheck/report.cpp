@@ -1,6 +1,5 @@
 #include "packcheck/report.h"
 
-#include <iterator>
 #include <set>
 
 #include "packcheck/clients.h"
@@ -10,12 +9,17 @@ namespace {
 
 std::vector<Row> Table(const Published& published) {
   std::vector<Row> table;
-  for (const ClientNumber number : Thresholds(published)) {
-    const Client client = AskClient(published, VersionOf(number));
-    if (table.empty() || table.back().answer != client.answer)
-      table.push_back({.from = client.product, .answer = client.answer});
+  for (const Version& version : Thresholds(published)) {
+    const Answer answer = AskClient(published, version);
+    if (table.empty() || table.back() != answer) table.push_back({answer, DottedText(version)});
   }
   return table;
+}
+
+/// The last version before this one; before the first client comes the last one.
+Version Before(Version version) {
+  if (version[3]-- == 0) --version[2];
+  return version;
 }
 
 }  // namespace
@@ -42,28 +46,22 @@ Report Examine(std::string_view list, std::optional<std::string_view> record,
 
 Comparison Compare(std::string_view before, std::string_view after, std::optional<std::string_view> record) {
   const Published old_list = ReadPublished(before, record), new_list = ReadPublished(after, record);
-  std::set<ClientNumber> thresholds = Thresholds(old_list);
+  std::set<Version> thresholds = Thresholds(old_list);
   thresholds.merge(Thresholds(new_list));
   Comparison comparison{.changes = {}, .warnings = FindWarnings(after, new_list).size()};
   std::vector<Change>& changes = comparison.changes;
-  bool continues = false;  // the last change reaches up to this threshold
-  for (auto i = thresholds.begin(); i != thresholds.end(); ++i) {
-    const auto next = std::next(i);
-    // Before the first client comes the last one.
-    const ClientNumber last = (next == thresholds.end() ? 0 : *next) - 1;
-    const Change change{.from = VersionOf(*i),
-                        .to = VersionOf(last),
-                        .before = AskClient(old_list, VersionOf(*i)).answer,
-                        .after = AskClient(new_list, VersionOf(*i)).answer};
-    const bool differs = change.before != change.after;
-    if (differs && continues && changes.back().before == change.before &&
-        changes.back().after == change.after) {
-      changes.back().to = change.to;
-    } else if (differs) {
-      changes.push_back(change);
+  for (const Version& version : thresholds) {
+    const Change change{.from = DottedText(version),
+                        .to = DottedText(Before(*thresholds.begin())),
+                        .before = AskClient(old_list, version),
+                        .after = AskClient(new_list, version)};
+    if (!changes.empty()) {
+      if (changes.back().before == change.before && changes.back().after == change.after) continue;
+      changes.back().to = DottedText(Before(version));
     }
-    continues = differs;
+    changes.push_back(change);
   }
+  std::erase_if(changes, [](const Change& change) { return change.before == change.after; });
   return comparison;
 }
 

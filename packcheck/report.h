@@ -17,9 +17,6 @@ namespace packcheck {
 /// The file version of a client, that is of its product's executable.
 using Version = std::array<std::uint16_t, 4>;
 
-/// A version as "15.0.2.5".
-std::string DottedText(const Version& version);
-
 struct Answer {
   bool offered = false;
   int exit_code = 0;
@@ -28,17 +25,15 @@ struct Answer {
   bool operator==(const Answer&) const = default;
 };
 
-/// The answer that one client gets, and the entries of its comparison in its log.
-struct Client {
-  Version product{};
-  Answer answer;
+/// The answer that a client of this version ("15.0.2.5") gets, and the entries of its comparison in its log.
+struct Client : Answer {
+  std::string product;
   std::vector<std::wstring> log;
 };
 
 /// From this version on, up to that of the next row, clients get this answer.
-struct Row {
-  Version from{};
-  Answer answer;
+struct Row : Answer {
+  std::string from;
 };
 
 struct Warning {
@@ -66,7 +61,7 @@ std::vector<std::string> WarningCodes();
 
 /// A range of client versions, `from` and `to` included, that get another answer from the second list.
 struct Change {
-  Version from{}, to{};
+  std::string from, to;
   Answer before, after;
 };
 

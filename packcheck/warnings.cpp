@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <array>
 #include <map>
+#include <span>
 
 #include "console/text.h"
 #include "packcheck/clients.h"
@@ -94,10 +96,20 @@ bool IsNumber(std::wstring_view field) {
   return !field.empty() && field.find_first_not_of(L"0123456789") == field.npos;
 }
 
-/// Whether both of a pack's fields are numbers. Clients read them up to the first other character.
-bool HasNumbers(std::wstring_view name) {
+bool IsInRange(std::wstring_view number) {
+  return IsVersionNumber(text::ParseDecimal(number));
+}
+
+/// Whether a number has neither a sign nor a leading zero.
+bool IsPlain(std::wstring_view number) {
+  return std::to_wstring(text::ParseDecimal(number)) == number;
+}
+
+/// A pack's level and build, if both are numbers. Clients read them up to the first other character.
+std::optional<std::array<std::wstring_view, 2>> NumbersIn(std::wstring_view name) {
   const auto fields = SplitPackName(name);
-  return fields && fields->level && IsNumber(*fields->level) && IsNumber(fields->build);
+  if (!fields || !IsNumber(fields->level.value_or(L"")) || !IsNumber(fields->build)) return std::nullopt;
+  return {{*fields->level, fields->build}};
 }
 
 /// Warns of what the names do not show.
@@ -126,11 +138,18 @@ void WarnOfLines(std::string_view list, const Published& published, Warnings& wa
   }
 }
 
-/// Level and build of a pack, as if it were the only one of its list.
-LatestPack NumbersOf(const std::wstring& name) {
-  LatestPack pack;
-  FindLatestPack({L"", name}, pack);
-  return pack;
+/// The newest of the packs that are newer than `newest`, which then gets its level and build; null when none
+/// is. Each pack is read as if it were the only one of its list.
+const std::wstring* FindNewer(std::span<const std::wstring> packs, LatestPack& newest) {
+  const std::wstring* found = nullptr;
+  for (const std::wstring& name : packs) {
+    LatestPack pack;
+    FindLatestPack({L"", name}, pack);
+    if (!IsNewer(pack, newest.level, newest.build)) continue;
+    newest = pack;
+    found = &name;
+  }
+  return found;
 }
 
 /// The shortest record that names every pack. A name that is part of another one needs no entry.
@@ -151,17 +170,10 @@ std::optional<Version> FirstOfferedOlder(const Published& published) {
   recorded.record = RecordOf(published.sections);
   // This record covers the list, so only its version can cause an offer.
   if (!ParseRecordVersion(*recorded.record)) return std::nullopt;
-  LatestPack highest;
-  for (auto name = published.sections.begin() + 1; name != published.sections.end(); ++name) {
-    const LatestPack pack = NumbersOf(*name);
-    if (IsNewer(pack, highest.level, highest.build)) highest = pack;
-  }
-  std::set<ClientNumber> candidates = Thresholds(recorded);
-  if (IsVersionNumber(highest.level) && IsVersionNumber(highest.build))
-    candidates.insert(static_cast<ClientNumber>(highest.level << 16 | highest.build));
-  for (const ClientNumber candidate : candidates) {
-    const Version version = VersionOf(candidate);
-    if (!IsNewer(highest, version[2], version[3]) && AskClient(recorded, version).answer.offered)
+  recorded.newest = {};
+  FindNewer(std::span(published.sections).subspan(1), recorded.newest);
+  for (const Version& version : Thresholds(recorded)) {
+    if (!IsNewer(recorded.newest, version[2], version[3]) && AskClient(recorded, version).offered)
       return version;
   }
   return std::nullopt;
@@ -170,39 +182,19 @@ std::optional<Version> FirstOfferedOlder(const Published& published) {
 void WarnOfLost(const Published& published, Warnings& warnings) {
   if (published.lost.empty()) return;
   LatestPack newest = published.newest;
-  std::wstring missed;
-  for (const std::wstring& name : published.lost) {
-    const LatestPack pack = NumbersOf(name);
-    if (!IsNewer(pack, newest.level, newest.build)) continue;
-    newest = pack;
-    missed = name;
-  }
-  if (missed.empty()) return Warn(warnings, "beyond-limit", published.lost.front());
-  Warn(warnings, "newest-beyond-limit", missed);
+  const std::wstring* missed = FindNewer(published.lost, newest);
+  if (missed == nullptr) return Warn(warnings, "beyond-limit", published.lost.front());
+  Warn(warnings, "newest-beyond-limit", *missed);
 }
 
 void WarnOfWhole(const Published& published, Warnings& warnings) {
   const std::vector<std::wstring>& sections = published.sections;
   if (sections.empty()) return Warn(warnings, "no-sections");
-  if (HasNumbers(sections.front())) Warn(warnings, "heading-is-pack", sections.front());
+  if (NumbersIn(sections.front())) Warn(warnings, "heading-is-pack", sections.front());
   if (sections.size() == 1) return Warn(warnings, "only-heading", sections.front());
   if (!IsNewer(published.newest, 0, 0)) Warn(warnings, "never-offered");
   if (const auto client = FirstOfferedOlder(published))
     Warn(warnings, "offers-older", console::DecodeText(DottedText(*client)));
-}
-
-/// Of a pack with two numbers.
-void WarnOfNumbers(std::wstring_view name, Warnings& warnings) {
-  const auto fields = SplitPackName(name);
-  if (!fields || !fields->level) return;
-  bool in_range = true, plain = true;
-  for (const std::wstring_view field : {*fields->level, fields->build}) {
-    const std::int32_t value = text::ParseDecimal(field);
-    in_range = in_range && IsVersionNumber(value);
-    plain = plain && std::to_wstring(value) == field;
-  }
-  if (!in_range) return Warn(warnings, "out-of-range", name);
-  if (!plain) Warn(warnings, "number-form", name);
 }
 
 void WarnOfPack(std::wstring_view name, Warnings& warnings) {
@@ -210,11 +202,14 @@ void WarnOfPack(std::wstring_view name, Warnings& warnings) {
   const std::wstring_view beginning = name.substr(0, prefix.size()), rest = name.substr(beginning.size());
   const bool has_prefix = text::EqualsIgnoreCase(beginning, prefix);
   const auto underscores = has_prefix ? std::count(rest.begin(), rest.end(), L'_') : 1;
+  const auto numbers = NumbersIn(name);
   // Clients would read "Varnexa15_0_7" as level 0, build 7.
-  if (underscores == 0 || !HasNumbers(name)) {
+  if (underscores == 0 || !numbers) {
     Warn(warnings, "no-numbers", name);
-  } else {
-    WarnOfNumbers(name, warnings);
+  } else if (!std::all_of(numbers->begin(), numbers->end(), IsInRange)) {
+    Warn(warnings, "out-of-range", name);
+  } else if (!std::all_of(numbers->begin(), numbers->end(), IsPlain)) {
+    Warn(warnings, "number-form", name);
   }
   if (underscores > 1) Warn(warnings, "extra-number", name);
   if (beginning != prefix) Warn(warnings, has_prefix ? "prefix-case" : "other-product", name);

@@ -60,8 +60,8 @@ Text Compared(View in) {
       packcheck::Compare(Bytes(files[0]), Bytes(files[1]),
                          files[2].empty() ? std::nullopt : std::optional<std::string_view>(record));
   for (const auto& change : comparison.changes) {
-    text += packcheck::DottedText(change.from) + " to " + packcheck::DottedText(change.to) + " " +
-            shown(change.before) + " > " + shown(change.after) + ", ";
+    text +=
+        change.from + " to " + change.to + " " + shown(change.before) + " > " + shown(change.after) + ", ";
   }
   return WidenBytes(text + std::to_string(comparison.warnings));
 }
