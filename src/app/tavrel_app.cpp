@@ -33,19 +33,15 @@ BOOL CQRTTavrelUtilityApp::InitInstance() {
 
   CustomCommandInfo command_info;
   ParseCommandLine(command_info);
-  if (command_info.regular_mode != 0) {
-    ResolveSettingsFile();
-    ShowSheet();
-    return 0;
-  }
-  if (!check_updates) return 0;
+  const bool regular = command_info.regular_mode != 0;
+  if (!regular && !check_updates) return 0;
   ResolveSettingsFile();
-  if (RunStartUpCheck()) {
-    LaunchedFromPatchCheck = true;
+  LaunchedFromPatchCheck = !regular && RunStartUpCheck();
+  if (regular || LaunchedFromPatchCheck) {
     ShowSheet();
-    return 0;
+  } else {
+    DatedLog().OpenSystemLog();
   }
-  DatedLog().OpenSystemLog();
   return 0;
 }
 

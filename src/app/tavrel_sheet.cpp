@@ -24,7 +24,6 @@ std::wstring AboutText() {
 CTavrelSheet::CTavrelSheet(RunState& run)
     : CPropertySheet(identity::kWindowTitle),
       SheetUpdateCheck(run),
-      run_(run),
       patch_page_(run, *this),
       log_page_(*this) {
   AddPage(patch_page_);

@@ -25,7 +25,6 @@ class CTavrelSheet : public CPropertySheet, public SheetUpdateCheck {
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
 
  private:
-  RunState& run_;
   PatchApply patch_page_;
   CLogTrace log_page_;
 };
