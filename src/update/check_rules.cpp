@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 
-#include "product/identity.h"
 #include "text/text.h"
 #include "update/update_texts.h"
+#include "version.h"
 
 namespace {
 
@@ -13,21 +13,6 @@ namespace {
 constexpr int kWithRecord = 1;
 constexpr int kEmptyRecordOrList = 2;
 constexpr int kWithoutRecord = 3;
-
-void Offer(Decision& decision) {
-  decision.offered = true;
-  decision.entries.push_back(update_texts::kDetailsFound[static_cast<std::size_t>(decision.exit_code)]);
-}
-
-void OfferNothing(Decision& decision) {
-  decision.offered = false;
-  decision.entries.push_back(update_texts::kDetailsNotFound[static_cast<std::size_t>(decision.exit_code)]);
-}
-
-void OfferNothingNewer(Decision& decision) {
-  OfferNothing(decision);
-  decision.entries.push_back(update_texts::kMatching);
-}
 
 }  // namespace
 
@@ -109,27 +94,21 @@ Decision Decide(const CheckFacts& facts) {
   decision.exit_code = !facts.record                 ? kWithoutRecord
                        : record.empty() || !has_pack ? kEmptyRecordOrList
                                                      : kWithRecord;
-  if (!has_pack) {
-    if (!facts.record) decision.entries.push_back(update_texts::kRecordMissing);
-    OfferNothing(decision);
-    return decision;
-  }
-  if (decision.exit_code == kWithRecord &&
-      CountRecordedPacks(facts.sections, record) == facts.sections.size() - 1) {
-    if (facts.product_version >= facts.record_version) {
-      OfferNothingNewer(decision);
-      return decision;
-    }
-    decision.delete_record = true;
-    Offer(decision);
-    return decision;
-  }
-  if (facts.product_level.empty() || facts.product_build.empty()) return decision;
-  if (IsNewer(facts.latest, text::ParseDecimal(facts.product_level),
-              text::ParseDecimal(facts.product_build))) {
-    Offer(decision);
+  const bool recorded = decision.exit_code == kWithRecord &&
+                        CountRecordedPacks(facts.sections, record) + 1 == facts.sections.size();
+  if (recorded) {
+    decision.delete_record = facts.product_version < facts.record_version;
+    decision.offered = decision.delete_record;
+  } else if (has_pack) {
+    if (facts.product_level.empty() || facts.product_build.empty()) return decision;
+    decision.offered = IsNewer(facts.latest, text::ParseDecimal(facts.product_level),
+                               text::ParseDecimal(facts.product_build));
   } else {
-    OfferNothingNewer(decision);
+    decision.offered = false;
+    if (!facts.record) decision.entries.push_back(update_texts::kRecordMissing);
   }
+  const auto& details = *decision.offered ? update_texts::kDetailsFound : update_texts::kDetailsNotFound;
+  decision.entries.push_back(details[static_cast<std::size_t>(decision.exit_code)]);
+  if (has_pack && !*decision.offered) decision.entries.push_back(update_texts::kMatching);
   return decision;
 }
