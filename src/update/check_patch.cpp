@@ -17,10 +17,24 @@ CCheckPatch::CCheckPatch(RunState& run) : UpdateEngine(run, *this, kStartUpCheck
   const bool first_check = g_nUpdateCheckCount == 0;
   if (!first_check) Append(update_texts::kRetry);
   Append(update_texts::kEntriesStart);
-  ReadFacts(first_check);
+  IdentifyRegistryMode();
+  ReadUpdateSettings();
+  ReadTagOne();
+  ReadTagTwo();
+  ReadTagThree();
+  ReadInstallPath();
+  if (first_check && !GetInstallPath().empty()) {
+    ReadProductFileVersion();
+    run_.ApplyBuildVersionToLog(ProductFileVersion);
+  }
   Append(update_texts::kEntriesEnd);
   Append(update_texts::kUpdatesStart);
-  CheckAvailability();
+  if (TagOne.empty() || TagTwo.empty() || TagThree.empty()) {
+    if (run_.WarnUser) run_.WarnUser(update_texts::kMissingFacts);
+    SetUpdatesAvailable(false);
+  } else {
+    CompareUpdates(TagTwo, TagOne);
+  }
   ++g_nUpdateCheckCount;
   Append(update_texts::kUpdatesEnd);
   g_strPatchMessageText = message_text_;
@@ -47,26 +61,4 @@ void CCheckPatch::SetUpdatesAvailable(bool available) {
 
 void CCheckPatch::ReadUpdateSettings() {
   UpdateEngine::ReadUpdateSettings(run_.SettingsFilePath, run_.UpdateLocUrlMode, WriteBack::defaults);
-}
-
-void CCheckPatch::ReadFacts(bool first_check) {
-  IdentifyRegistryMode();
-  ReadUpdateSettings();
-  ReadTagOne();
-  ReadTagTwo();
-  ReadTagThree();
-  ReadInstallPath();
-  if (first_check && !GetInstallPath().empty()) {
-    ReadProductFileVersion();
-    run_.ApplyBuildVersionToLog(ProductFileVersion);
-  }
-}
-
-void CCheckPatch::CheckAvailability() {
-  if (TagOne.empty() || TagTwo.empty() || TagThree.empty()) {
-    if (run_.WarnUser) run_.WarnUser(update_texts::kMissingFacts);
-    SetUpdatesAvailable(false);
-    return;
-  }
-  CompareUpdates(TagTwo, TagOne);
 }

@@ -25,8 +25,6 @@ class CCheckPatch final : LogSink, public UpdateEngine {
 
  private:
   void Append(std::wstring_view entry) override;
-  void ReadFacts(bool first_check);
-  void CheckAvailability();
 
   RunState& run_;
   std::wstring message_text_;

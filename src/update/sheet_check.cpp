@@ -23,35 +23,14 @@ void SheetUpdateCheck::RunUpdateCheck() {
   engine.IdentifyRegistryMode();
   engine.ReadUpdateSettings(run_.SettingsFilePath, facts_.UpdateLocUrlMode,
                             UpdateSettings::WriteBack::nothing);
-  if (!CheckProductVersion(engine)) return;
-  ReadEntries(engine);
-  Append(update_texts::kEntriesEnd);
-  Append(update_texts::kUpdatesStart);
-  Compare(engine);
-  ++SheetCheckCount;
-  Append(update_texts::kUpdatesEnd);
-}
-
-void SheetUpdateCheck::ClearStatus() {
-  for (std::wstring* text : {&SheetTagOne, &SheetTagTwo, &SheetInstallPath, &SheetTagThree,
-                             &SheetClientVersion, &SheetErrorText, &facts_.InstallPath, &facts_.IconPath}) {
-    text->clear();
-  }
-  SheetUpdatesAvailable = false;
-  SheetCheckFailed = false;
-}
-
-bool SheetUpdateCheck::CheckProductVersion(UpdateEngine& engine) {
   engine.ReadClientVersion();
   SheetClientVersion = engine.ClientVersion;
   g_bProductInstalled = SheetClientVersion == identity::kProductVersion;
-  if (g_bProductInstalled) return true;
-  Append(update_texts::kVersionNotFound);
-  Append(update_texts::kEntriesEnd);
-  return false;
-}
-
-void SheetUpdateCheck::ReadEntries(UpdateEngine& engine) {
+  if (!g_bProductInstalled) {
+    Append(update_texts::kVersionNotFound);
+    Append(update_texts::kEntriesEnd);
+    return;
+  }
   engine.ReadTagOne();
   engine.ReadTagTwo();
   engine.ReadTagThree();
@@ -64,15 +43,25 @@ void SheetUpdateCheck::ReadEntries(UpdateEngine& engine) {
     engine.ReadProductFileVersion();
     ApplyBuildVersionToLog(engine.ProductFileVersion);
   }
-}
-
-void SheetUpdateCheck::Compare(UpdateEngine& engine) {
+  Append(update_texts::kEntriesEnd);
+  Append(update_texts::kUpdatesStart);
   if (SheetTagTwo.empty() || SheetTagOne.empty() || SheetInstallPath.empty()) {
     Append(update_texts::kEntriesNotFound);
-    return;
+  } else {
+    engine.CompareUpdates(SheetTagTwo, SheetTagOne);
+    SheetUpdatesAvailable = engine.m_bUpdatesAvailable;
+    SheetCheckFailed = engine.m_bCheckFailed;
+    SheetErrorText = engine.m_strErrorText;
   }
-  engine.CompareUpdates(SheetTagTwo, SheetTagOne);
-  SheetUpdatesAvailable = engine.m_bUpdatesAvailable;
-  SheetCheckFailed = engine.m_bCheckFailed;
-  SheetErrorText = engine.m_strErrorText;
+  ++SheetCheckCount;
+  Append(update_texts::kUpdatesEnd);
+}
+
+void SheetUpdateCheck::ClearStatus() {
+  for (std::wstring* text : {&SheetTagOne, &SheetTagTwo, &SheetInstallPath, &SheetTagThree,
+                             &SheetClientVersion, &SheetErrorText, &facts_.InstallPath, &facts_.IconPath}) {
+    text->clear();
+  }
+  SheetUpdatesAvailable = false;
+  SheetCheckFailed = false;
 }

@@ -6,8 +6,6 @@
 #include "log/sheet_log.h"
 #include "settings/run_state.h"
 
-class UpdateEngine;
-
 /// The interactive check of the main sheet, its status and its log. The status lives as long as the sheet.
 class SheetUpdateCheck : public SheetLog {
  public:
@@ -27,13 +25,11 @@ class SheetUpdateCheck : public SheetLog {
   /// Does nothing after a start-up check in this process.
   void RunUpdateCheck();
 
+ protected:
+  RunState& run_;
+
  private:
   void ClearStatus();
-  /// Sets and returns `g_bProductInstalled`; logs two more entries when it is false.
-  bool CheckProductVersion(UpdateEngine& engine);
-  void ReadEntries(UpdateEngine& engine);
-  void Compare(UpdateEngine& engine);
 
-  RunState& run_;
   KeptFacts facts_;  ///< of the interactive checks; the start-up checks have those of the RunState
 };
