@@ -34,10 +34,6 @@ std::wstring SystemMessage(unsigned long error) {
   return std::wstring(text::Trim({buffer, length}));
 }
 
-std::wstring ErrorNumber(unsigned long error) {
-  return text::FormatDecimal(error);
-}
-
 std::wstring FormatLocalTime(const wchar_t* format) {
   // Not from the C runtime, whose conversion ends the program for a clock that is set before 1970.
   SYSTEMTIME now{};

@@ -14,8 +14,6 @@ std::wstring FromAnsi(std::string_view bytes);
 /// The system's message for the error code `error`, without line breaks at its end. Empty when the system
 /// knows none, or one of more than 1023 characters.
 std::wstring SystemMessage(unsigned long error);
-/// `error` as unsigned decimal.
-std::wstring ErrorNumber(unsigned long error);
 
 /// The local time as wcsftime formats it with `format`, with English names; empty when that has more than 127
 /// characters. Knows no day of the year (%j, %U, %W) and no time zone (%z).

@@ -25,6 +25,6 @@ inline constexpr std::wstring_view kLogFolder = L"\\" TAVREL_PRODUCT "\\" TAVREL
 /// Update host when the settings name none.
 inline constexpr std::wstring_view kDefaultUpdateHost = L"" TAVREL_UPDATE_HOST;
 /// Address of the connectivity probe.
-inline constexpr std::wstring_view kProbeAddress = L"" TAVREL_PROBE_ADDRESS;
+inline constexpr wchar_t kProbeAddress[] = L"" TAVREL_PROBE_ADDRESS;
 
 }  // namespace identity

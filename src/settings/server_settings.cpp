@@ -6,7 +6,6 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/profile.h"
-#include "platform/system_text.h"
 #include "product/identity.h"
 #include "settings/option.h"
 #include "settings/settings_texts.h"
@@ -98,6 +97,6 @@ bool ServerSettings::CopyServerSettingsFromInstallFolder(const std::wstring& des
   }
   const DWORD error = GetLastError();
   LogAndNote(failure);
-  LogAndNote(std::wstring(log_texts::kError).append(platform::ErrorNumber(error)));
+  LogAndNote(std::wstring(log_texts::kError).append(text::FormatDecimal(error)));
   return false;
 }

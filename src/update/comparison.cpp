@@ -22,22 +22,19 @@ void UpdateEngine::CompareUpdates(const std::wstring& productIconPath,
   NetworkErrorCodes.assign(update_texts::kNetworkErrorCodes.begin(), update_texts::kNetworkErrorCodes.end());
   ReadProductVersionNumber();
   UpdateSections.clear();
-  const std::wstring record =
+  const std::wstring record_path =
       std::wstring(text::SplitAtLastBackslash(productIconPath).folder).append(kRecordFile);
   // Looked for before the exchange, because an update that runs meanwhile may write the record.
-  const bool has_record = platform::FileExists(record);
+  const bool has_record = platform::FileExists(record_path);
   DownloadUpdateList(UpdateSections);
-  DecideOffer(record, has_record);
-}
-
-void UpdateEngine::DecideOffer(const std::wstring& record_path, bool has_record) {
-  if (UpdateSections.size() > 1) FindLatestPack();
+  const bool has_pack = UpdateSections.size() > 1;
+  if (has_pack) FindLatestPack();
   std::optional<std::wstring> record;
   if (has_record) {
     log_.Append(variant_.record_found);
     record = ReadInstalledRecord(record_path);
-    const std::size_t packs = UpdateSections.empty() ? 0 : UpdateSections.size() - 1;
-    if (packs != 0 && CountRecordedPacks(UpdateSections, *record) == packs) ReadRecordVersion(*record);
+    if (has_pack && CountRecordedPacks(UpdateSections, *record) + 1 == UpdateSections.size())
+      ReadRecordVersion(*record);
   }
   const Decision decision = Decide({.sections = UpdateSections,
                                     .latest = {.level = LatestLevel, .build = LatestBuild},
@@ -81,5 +78,5 @@ void UpdateEngine::DeleteRecord(const std::wstring& path) {
   const DWORD error = GetLastError();
   log_.Append(error == ERROR_ACCESS_DENIED ? update_texts::kRecordDenied : update_texts::kRecordNotDeleted);
   if (error == ERROR_ACCESS_DENIED) return;
-  log_.Append(std::wstring(log_texts::kError).append(platform::ErrorNumber(error)));
+  log_.Append(std::wstring(log_texts::kError).append(text::FormatDecimal(error)));
 }

@@ -8,7 +8,6 @@
 #include <array>
 
 #include "platform/http.h"
-#include "platform/system_text.h"
 #include "product/identity.h"
 #include "text/text.h"
 #include "update/list_file.h"
@@ -77,12 +76,13 @@ void UpdateEngine::FailWith(std::wstring_view error_text) {
   log_.Append(m_strErrorText);
 }
 
-void UpdateEngine::ReportFailure(std::wstring_view message, unsigned long error) {
+bool UpdateEngine::ReportFailure(std::wstring_view message, unsigned long error, std::wstring_view advice) {
   log_.Append(message);
   SetCheckFailed(true);
-  const std::wstring code = platform::ErrorNumber(error);
+  std::wstring code = text::FormatDecimal(error);
   MatchNetworkErrorCode(code);
-  FailWith(code);
+  FailWith(code.append(advice));
+  return false;
 }
 
 void UpdateEngine::DownloadUpdateList(std::vector<std::wstring>& sections) {
@@ -94,7 +94,10 @@ void UpdateEngine::DownloadUpdateList(std::vector<std::wstring>& sections) {
     FailWith(update_texts::kMismatch);
     return;
   }
-  if (!ProbeConnection()) return;
+  if (!wininet::InternetCheckConnectionW(identity::kProbeAddress, FLAG_ICC_FORCE_CONNECTION, 0)) {
+    ReportFailure(update_texts::kProbeFailed, GetLastError(), update_texts::kCheckNetwork);
+    return;
+  }
   std::wstring pending_error;
   if (!FetchToFile(path, file, pending_error)) return;
   log_.Append(update_texts::kCompleted);
@@ -110,41 +113,26 @@ void UpdateEngine::DownloadUpdateList(std::vector<std::wstring>& sections) {
   SetErrorText(pending_error);
 }
 
-bool UpdateEngine::ProbeConnection() {
-  const std::wstring address(identity::kProbeAddress);
-  if (wininet::InternetCheckConnectionW(address.c_str(), FLAG_ICC_FORCE_CONNECTION, 0)) return true;
-  const std::wstring code = platform::ErrorNumber(GetLastError());
-  log_.Append(update_texts::kProbeFailed);
-  SetCheckFailed(true);
-  MatchNetworkErrorCode(code);
-  FailWith(std::wstring(code).append(update_texts::kCheckNetwork));
-  return false;
-}
-
 bool UpdateEngine::FetchToFile(const std::wstring& path, ListFile& file, std::wstring& pending_error) {
-  const auto fail = [this](std::wstring_view message) {
-    ReportFailure(message, GetLastError());
-    return false;
-  };
   // For this process; Wine accepts the option and keeps the cookies.
   DWORD cookies = kStoreNoCookies;
   wininet::InternetSetOptionW(nullptr, INTERNET_OPTION_SUPPRESS_BEHAVIOR, &cookies, sizeof cookies);
   ExchangeProgress progress;
   const platform::UniqueInternet root(
       wininet::InternetOpenW(variant_.agent, INTERNET_OPEN_TYPE_DIRECT, nullptr, nullptr, 0));
-  if (!root) return fail(update_texts::kOpenFailed);
+  if (!root) return ReportFailure(update_texts::kOpenFailed, GetLastError());
 
   // With zero or less every exchange would fail at once or wait for ever.
   DWORD timeout = static_cast<DWORD>(TimeoutMs > 0 ? TimeoutMs : kDefaultTimeoutMs);
   if (!wininet::InternetSetOptionW(root.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout)) {
     const DWORD error = GetLastError();
     log_.Append(update_texts::kOptionStatus);
-    log_.Append(platform::ErrorNumber(error));
+    log_.Append(text::FormatDecimal(error));
   }
 
   const platform::UniqueInternet connection(wininet::InternetConnectW(
       root.get(), UpdateLocation.c_str(), INTERNET_DEFAULT_HTTP_PORT, L"", L"", INTERNET_SERVICE_HTTP, 0, 0));
-  if (!connection) return fail(update_texts::kConnectFailed);
+  if (!connection) return ReportFailure(update_texts::kConnectFailed, GetLastError());
   // Wine 8 ignores the time-out on the root handle. A failure is not logged a second time.
   wininet::InternetSetOptionW(connection.get(), INTERNET_OPTION_RECEIVE_TIMEOUT, &timeout, sizeof timeout);
 
@@ -152,13 +140,13 @@ bool UpdateEngine::FetchToFile(const std::wstring& path, ListFile& file, std::ws
   const platform::UniqueInternet request(wininet::HttpOpenRequestW(
       connection.get(), L"GET", path.c_str(), nullptr, nullptr, accepted,
       INTERNET_FLAG_RELOAD | INTERNET_FLAG_EXISTING_CONNECT, reinterpret_cast<DWORD_PTR>(&progress)));
-  if (!request) return fail(update_texts::kOpenRequestFailed);
+  if (!request) return ReportFailure(update_texts::kOpenRequestFailed, GetLastError());
   // WinInet treats a redirection to a name without dots as the local intranet, where it would log on with the
   // user's credentials. Wine, and Windows before Internet Explorer 8, do not know the option.
   wininet::InternetSetOptionW(request.get(), INTERNET_OPTION_SUPPRESS_SERVER_AUTH, nullptr, 0);
   wininet::InternetSetStatusCallbackW(request.get(), OnStatus);
   if (!wininet::HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0))
-    return fail(update_texts::kSendRequestFailed);
+    return ReportFailure(update_texts::kSendRequestFailed, GetLastError());
   if (!CheckStatus(request.get(), pending_error)) return false;
   return CopyBody(request.get(), progress, file);
 }
@@ -173,22 +161,15 @@ bool UpdateEngine::CheckStatus(void* request, std::wstring& pending_error) {
     log_.Append(update_texts::kFound);
     return true;
   }
-  if (queried && status == kStatusNotFound) {
-    ReportFailure(update_texts::kNotFound, status);
-    return false;
-  }
-  pending_error = platform::ErrorNumber(queried ? status : 0);
+  if (queried && status == kStatusNotFound) return ReportFailure(update_texts::kNotFound, status);
+  pending_error = text::FormatDecimal(queried ? status : 0);
   log_.Append(update_texts::kStatusCode);
   log_.Append(pending_error);
-  if (!queried) ReportFailure(update_texts::kStatusFailed, error);
-  return queried != FALSE;
+  return queried || ReportFailure(update_texts::kStatusFailed, error);
 }
 
 bool UpdateEngine::CopyBody(void* request, const ExchangeProgress& progress, ListFile& file) {
-  if (!file.Create()) {
-    ReportFailure(update_texts::kFileFailed, GetLastError());
-    return false;
-  }
+  if (!file.Create()) return ReportFailure(update_texts::kFileFailed, GetLastError());
   for (std::size_t copied = 0;;) {
     std::array<char, kReadBlock> block{};
     DWORD available = 0, read = 0;
@@ -196,21 +177,17 @@ bool UpdateEngine::CopyBody(void* request, const ExchangeProgress& progress, Lis
     // available.
     if (!wininet::InternetQueryDataAvailable(request, &available, 0, 0) ||
         !wininet::InternetReadFile(request, block.data(),
-                                   available == 0 ? kReadBlock : std::min(available, kReadBlock), &read)) {
-      ReportFailure(update_texts::kFileReadFailed, GetLastError());
-      return false;
-    }
+                                   available == 0 ? kReadBlock : std::min(available, kReadBlock), &read))
+      return ReportFailure(update_texts::kFileReadFailed, GetLastError());
     if (read == 0) break;
     copied += read;
     const bool late = progress.IsLate();
     if (late || copied > kListSizeLimit) {
-      ReportFailure(update_texts::kFileReadFailed, late ? ERROR_INTERNET_TIMEOUT : ERROR_FILE_TOO_LARGE);
-      return false;
+      return ReportFailure(update_texts::kFileReadFailed,
+                           late ? ERROR_INTERNET_TIMEOUT : ERROR_FILE_TOO_LARGE);
     }
-    if (!file.Write({block.data(), read})) {
-      ReportFailure(update_texts::kFileWriteFailed, GetLastError());
-      return false;
-    }
+    if (!file.Write({block.data(), read}))
+      return ReportFailure(update_texts::kFileWriteFailed, GetLastError());
   }
   file.Close();
   return true;

@@ -5,9 +5,9 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/profile.h"
-#include "product/identity.h"
 #include "text/text.h"
 #include "update/section_names.h"
+#include "version.h"
 
 using platform::OpenShared;
 

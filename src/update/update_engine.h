@@ -75,14 +75,12 @@ class UpdateEngine : public RegisteredDataEntries, public UpdateSettings {
  private:
   // The bool functions return false after a failure, which they have logged and stored. `request` is a
   // HINTERNET. `pending_error` receives a status that is neither 200 nor 404, in decimal.
-  bool ProbeConnection();
   bool FetchToFile(const std::wstring& path, ListFile& file, std::wstring& pending_error);
   bool CheckStatus(void* request, std::wstring& pending_error);
   bool CopyBody(void* request, const ExchangeProgress& progress, ListFile& file);
-  void ReportFailure(std::wstring_view message, unsigned long error);
+  /// Logs and stores a failure, with `advice` after its code. Returns false.
+  bool ReportFailure(std::wstring_view message, unsigned long error, std::wstring_view advice = {});
   void FailWith(std::wstring_view error_text);
-  /// `has_record`: the record was there before the exchange.
-  void DecideOffer(const std::wstring& record_path, bool has_record);
   void DeleteRecord(const std::wstring& path);
 
   const CheckVariant variant_;
