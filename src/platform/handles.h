@@ -62,21 +62,21 @@ class UniqueHandle {
   Handle handle_ = Traits::Invalid();
 };
 
-/// `close`: the function that closes the handle. `invalid`: the value that reports a failure.
-template <class Type, auto close, std::intptr_t invalid = 0>
+/// `close`: what closes the handle when it is called. `invalid`: the value that reports a failure.
+template <class Type, auto& close, std::intptr_t invalid = 0>
 struct HandleTraits {
   using Handle = Type;
   static Handle Invalid() { return reinterpret_cast<Handle>(invalid); }
   static void Close(Handle handle) { close(handle); }
 };
 
-using UniqueKernelHandle = UniqueHandle<HandleTraits<HANDLE, &CloseHandle>>;
-using UniqueFile = UniqueHandle<HandleTraits<HANDLE, &CloseHandle, -1>>;
+using UniqueKernelHandle = UniqueHandle<HandleTraits<HANDLE, CloseHandle>>;
+using UniqueFile = UniqueHandle<HandleTraits<HANDLE, CloseHandle, -1>>;
 using UniqueSnapshot = UniqueFile;
-using UniqueFind = UniqueHandle<HandleTraits<HANDLE, &FindClose, -1>>;
-using UniqueRegistryKey = UniqueHandle<HandleTraits<HKEY, &RegCloseKey>>;
-using UniqueBrush = UniqueHandle<HandleTraits<HBRUSH, &DeleteObject>>;
-using UniqueFont = UniqueHandle<HandleTraits<HFONT, &DeleteObject>>;
-using UniqueSid = UniqueHandle<HandleTraits<PSID, &FreeSid>>;
+using UniqueFind = UniqueHandle<HandleTraits<HANDLE, FindClose, -1>>;
+using UniqueRegistryKey = UniqueHandle<HandleTraits<HKEY, RegCloseKey>>;
+using UniqueBrush = UniqueHandle<HandleTraits<HBRUSH, DeleteObject>>;
+using UniqueFont = UniqueHandle<HandleTraits<HFONT, DeleteObject>>;
+using UniqueDescriptor = UniqueHandle<HandleTraits<PSECURITY_DESCRIPTOR, LocalFree>>;
 
 }  // namespace platform

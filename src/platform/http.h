@@ -32,12 +32,7 @@ inline Function<decltype(&::InternetSetStatusCallbackW)> InternetSetStatusCallba
 
 namespace platform {
 
-struct InternetTraits {
-  using Handle = HINTERNET;
-  static Handle Invalid() { return nullptr; }
-  static void Close(Handle handle) { wininet::InternetCloseHandle(handle); }
-};
 /// Root handle, connection or request of WinInet. Declare them in this order: they must be closed in reverse.
-using UniqueInternet = UniqueHandle<InternetTraits>;
+using UniqueInternet = UniqueHandle<HandleTraits<HINTERNET, wininet::InternetCloseHandle>>;
 
 }  // namespace platform

@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include <sddl.h>
 #include <shlobj.h>
 #include <shlwapi.h>
 #include <wininet.h>
@@ -153,10 +154,7 @@ const Functions& Watched() {
     WATCH(0, Codes(288), L"", ReleaseMutex);
     // Token and security.
     WATCH(0, Codes(5), L"+object", OpenThreadToken, OpenProcessToken, DuplicateToken);
-    WATCH(0, Codes(8), L"+sid", AllocateAndInitializeSid);
-    WATCH(0, Codes(), L"-sid", FreeSid);
-    WATCH(0, Codes(5), L"", InitializeAcl, AddAccessAllowedAce, InitializeSecurityDescriptor, AccessCheck,
-          SetSecurityDescriptorDacl, SetSecurityDescriptorGroup, SetSecurityDescriptorOwner);
+    WATCH(0, Codes(5), L"", ConvertStringSecurityDescriptorToSecurityDescriptorW, AccessCheck);
 #undef WATCH
     return watched;
   }();
