@@ -18,27 +18,22 @@ std::wstring KeyPath(bool mode_one, const wchar_t* below_root, std::wstring_view
   return std::wstring(mode_one ? kModeOneRoot : L"SOFTWARE").append(below_root).append(name);
 }
 
-std::wstring MakerKey(bool mode_one) {
-  return KeyPath(mode_one, L"\\" TAVREL_MAKER "\\" TAVREL_PRODUCT "\\", identity::kProductVersion);
-}
-
-std::wstring UninstallKey(bool mode_one) {
-  return KeyPath(mode_one, L"\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\", identity::kProductLabel);
-}
-
 }  // namespace
 
 void KeptFacts::BuildMakerKeyPath() {
-  MakerKeyPath = MakerKey(RegistryModeOne);
+  MakerKeyPath =
+      KeyPath(RegistryModeOne, L"\\" TAVREL_MAKER "\\" TAVREL_PRODUCT "\\", identity::kProductVersion);
 }
 
 void KeptFacts::BuildUninstallKeyPath() {
-  UninstallKeyPath = UninstallKey(RegistryModeOne);
+  UninstallKeyPath =
+      KeyPath(RegistryModeOne, L"\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\", identity::kProductLabel);
 }
 
 void RegisteredDataEntries::Report(std::wstring_view text, std::int32_t code) {
   if (text.empty()) return;
   log_.Append(text);
+  if (code == ERROR_SUCCESS) return;
   log_.Append(std::wstring(log_texts::kError).append(text::FormatDecimal(code)));
 }
 
@@ -91,57 +86,41 @@ void RegisteredDataEntries::ReadInstallPathLogged() {
 }
 
 void RegisteredDataEntries::Read(const RegisteredReader& reader, std::wstring& field) {
-  const Reading reading = ReadFirst(reader, field);
-  if (reading == Reading::missing && reader.falls_back && facts_.RegistryModeOne) {
-    ReadAlternative(reader, field);
+  if (ReadKey(reader, field) != ERROR_FILE_NOT_FOUND) return;
+  if (!reader.falls_back || !facts_.RegistryModeOne) return;
+  const RegisteredReader alternative{.maker_key = reader.maker_key,
+                                     .value = reader.value,
+                                     .open_failed = reader.alternative_open_failed,
+                                     .open_missing = reader.alternative_open_failed,
+                                     .completed = reader.alternative_completed,
+                                     .empty = reader.alternative_empty,
+                                     .query_failed = reader.alternative_query_failed,
+                                     .query_missing = reader.alternative_query_failed};
+  SetMode(false);
+  if (ReadKey(alternative, field) == ERROR_SUCCESS) {
+    log_.Append(registered_texts::kModeTwo);
+  } else {
+    SetMode(true);
   }
 }
 
-RegisteredDataEntries::Reading RegisteredDataEntries::ReadFirst(const RegisteredReader& reader,
-                                                                std::wstring& field) {
+std::int32_t RegisteredDataEntries::ReadKey(const RegisteredReader& reader, std::wstring& field) {
   LSTATUS error = ERROR_SUCCESS;
   const platform::UniqueRegistryKey key =
       platform::OpenMachineKey(reader.maker_key ? facts_.MakerKeyPath : facts_.UninstallKeyPath, error);
   if (!key) {
-    const bool missing = error == ERROR_FILE_NOT_FOUND;
-    Report(missing ? reader.open_missing : reader.open_failed, error);
-    return missing ? Reading::missing : Reading::failed;
+    Report(error == ERROR_FILE_NOT_FOUND ? reader.open_missing : reader.open_failed, error);
+    return error;
   }
   std::wstring value;
   error = platform::QueryText(key.get(), reader.value, value);
   if (error != ERROR_SUCCESS) {
-    const bool missing = error == ERROR_FILE_NOT_FOUND;
-    Report(missing ? reader.query_missing : reader.query_failed, error);
-    return missing ? Reading::missing : Reading::failed;
+    Report(error == ERROR_FILE_NOT_FOUND ? reader.query_missing : reader.query_failed, error);
+    return error;
   }
-  Store(value, field, reader.completed, reader.empty);
-  return Reading::done;
-}
-
-void RegisteredDataEntries::ReadAlternative(const RegisteredReader& reader, std::wstring& field) {
-  LSTATUS error = ERROR_SUCCESS;
-  const platform::UniqueRegistryKey key =
-      platform::OpenMachineKey(reader.maker_key ? MakerKey(false) : UninstallKey(false), error);
-  if (!key) {
-    Report(reader.alternative_open_failed, error);
-    return;
-  }
-  std::wstring value;
-  error = platform::QueryText(key.get(), reader.value, value);
-  if (error != ERROR_SUCCESS) {
-    Report(reader.alternative_query_failed, error);
-    return;
-  }
-  Store(value, field, reader.alternative_completed, reader.alternative_empty);
-  log_.Append(registered_texts::kModeTwo);
-  SetMode(false);
-}
-
-void RegisteredDataEntries::Store(const std::wstring& value, std::wstring& field, std::wstring_view found,
-                                  std::wstring_view empty) {
   if (!value.empty()) field = value;
-  const std::wstring_view text = value.empty() ? empty : found;
-  if (!text.empty()) log_.Append(text);
+  Report(value.empty() ? reader.empty : reader.completed, error);
+  return error;
 }
 
 std::wstring RegisteredDataEntries::FindProductExecutable() const {

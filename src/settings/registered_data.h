@@ -68,15 +68,12 @@ class RegisteredDataEntries {
   LogSink& log_;
 
  private:
-  enum class Reading { done, missing, failed };
-
   void SetMode(bool mode_one);
   void Read(const RegisteredReader& reader, std::wstring& field);
-  Reading ReadFirst(const RegisteredReader& reader, std::wstring& field);
-  void ReadAlternative(const RegisteredReader& reader, std::wstring& field);
+  /// Reads the present mode's key and logs the result, which it returns: a system error code.
+  std::int32_t ReadKey(const RegisteredReader& reader, std::wstring& field);
+  /// Logs `text`, unless it is empty, and a code that is not 0.
   void Report(std::wstring_view text, std::int32_t code);
-  void Store(const std::wstring& value, std::wstring& field, std::wstring_view found,
-             std::wstring_view empty);
   std::wstring FindProductExecutable() const;
   std::optional<platform::FileVersion> ReadExecutableVersion() const;
 
