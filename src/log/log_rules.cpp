@@ -18,25 +18,15 @@ void ReplaceBuildLine(std::wstring& log, std::wstring_view build_line, std::wstr
   text::ReplaceAll(log, build_line, line);
 }
 
-std::string WithCrLf(std::string_view text) {
-  std::string result;
-  result.reserve(text.size() + text.size() / 16);
-  for (char c : text) {
-    if (c == '\n') result += '\r';
-    result += c;
-  }
-  return result;
+std::string WithCrLf(std::string text) {
+  text::ReplaceAll(text, "\n", "\r\n");
+  return text;
 }
 
-std::string WithLf(std::string_view bytes) {
-  std::string result;
-  result.reserve(bytes.size() + 1);
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    if (bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n') continue;
-    result += bytes[i];
-  }
-  if (!result.empty() && result.back() != '\n') result += '\n';
-  return result;
+std::string WithLf(std::string text) {
+  text::ReplaceAll(text, "\r\n", "\n");
+  if (!text.empty() && text.back() != '\n') text += '\n';
+  return text;
 }
 
 bool IsLogFileName(std::wstring_view name) {

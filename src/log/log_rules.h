@@ -18,9 +18,9 @@ std::wstring Normalise(std::wstring text);
 void ReplaceBuildLine(std::wstring& log, std::wstring_view build_line, std::wstring_view file_version);
 
 /// Replaces "\n" by "\r\n", as text mode does when it writes a file.
-std::string WithCrLf(std::string_view text);
+std::string WithCrLf(std::string text);
 /// Replaces "\r\n" by "\n", as text mode does when it reads a file, and ends the last line with "\n".
-std::string WithLf(std::string_view bytes);
+std::string WithLf(std::string text);
 
 /// Whether a file's name contains the prefix of this program's log files, case-sensitive, at any position.
 bool IsLogFileName(std::wstring_view name);

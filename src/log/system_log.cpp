@@ -107,7 +107,7 @@ void SystemLog::AppendTo(const std::wstring& folder, const std::wstring& name) {
   // The file may have got its name in this minute. It must not get its own lines once more.
   const std::wstring new_name = NewFileName();
   if (new_name == name) history->clear();
-  CreateFileIn(folder, new_name, log_rules::WithLf(*history));
+  CreateFileIn(folder, new_name, log_rules::WithLf(std::move(*history)));
 }
 
 SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long disposition,
@@ -118,7 +118,7 @@ SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long
   if (!file) return Outcome::not_opened;
   std::string bytes(history);
   bytes += platform::ToUtf8(log_rules::Normalise(PendingText()));
-  if (!platform::AppendAll(file.get(), log_rules::WithCrLf(bytes))) {
+  if (!platform::AppendAll(file.get(), log_rules::WithCrLf(std::move(bytes)))) {
     ReportFailure(GetLastError());
     return Outcome::failed;
   }

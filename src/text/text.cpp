@@ -14,13 +14,6 @@ std::int32_t Saturate(std::int64_t value) {
   return static_cast<std::int32_t>(std::clamp(value, kMin32, kMax32));
 }
 
-// Unicode's White_Space property within the first plane; iswspace depends on the host.
-bool IsWhiteSpace(wchar_t c) {
-  return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
-         (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F ||
-         c == 0x3000;
-}
-
 bool IsDigit(wchar_t c) {
   return c >= L'0' && c <= L'9';
 }
@@ -31,10 +24,10 @@ wchar_t ToLower(wchar_t c) {
 
 }  // namespace
 
-std::wstring_view Trim(std::wstring_view value) {
-  while (!value.empty() && IsWhiteSpace(value.front())) value.remove_prefix(1);
-  while (!value.empty() && IsWhiteSpace(value.back())) value.remove_suffix(1);
-  return value;
+std::wstring_view Trim(std::wstring_view value, std::wstring_view blanks) {
+  const std::size_t start = value.find_first_not_of(blanks);
+  if (start == value.npos) return {};
+  return value.substr(start, value.find_last_not_of(blanks) + 1 - start);
 }
 
 bool EqualsIgnoreCase(std::wstring_view left, std::wstring_view right) {
@@ -75,17 +68,6 @@ std::int32_t SecondsToMilliseconds(std::int32_t seconds) {
 
 std::int32_t FoldVersion(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d) {
   return Saturate(std::int64_t{a} * 1000 + std::int64_t{b} * 100 + std::int64_t{c} * 10 + d);
-}
-
-void ReplaceAll(std::wstring& value, std::wstring_view from, std::wstring_view to) {
-  if (from.empty()) return;
-  std::wstring result;
-  std::size_t start = 0;
-  for (std::size_t found; (found = value.find(from, start)) != std::wstring::npos;) {
-    result.append(value, start, found - start).append(to);
-    start = found + from.size();
-  }
-  if (start != 0) value = result.append(value, start);
 }
 
 SplitPath SplitAtLastBackslash(std::wstring_view path) {

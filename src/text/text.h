@@ -3,12 +3,18 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 /// Text helpers that use no locale and give the same result on every host.
 namespace text {
 
-/// `value` without the white space at both ends.
-std::wstring_view Trim(std::wstring_view value);
+/// Unicode's White_Space property within the first plane; iswspace depends on the host.
+inline constexpr std::wstring_view kWhiteSpace =
+    L"\t\n\v\f\r \x85\xA0\x1680\x2000\x2001\x2002\x2003\x2004\x2005\x2006\x2007\x2008\x2009\x200A\x2028\x2029"
+    L"\x202F\x205F\x3000";
+
+/// `value` without the `blanks` at both ends.
+std::wstring_view Trim(std::wstring_view value, std::wstring_view blanks = kWhiteSpace);
 /// Equality without regard to the case of the 26 Latin letters.
 bool EqualsIgnoreCase(std::wstring_view left, std::wstring_view right);
 /// True for "TRUE" and "FALSE" in any case, without blanks around them.
@@ -27,7 +33,17 @@ std::int32_t SecondsToMilliseconds(std::int32_t seconds);
 std::int32_t FoldVersion(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d);
 
 /// Replaces every `from` in one pass from the start. An empty `from` replaces nothing.
-void ReplaceAll(std::wstring& value, std::wstring_view from, std::wstring_view to);
+template <class Char>
+void ReplaceAll(std::basic_string<Char>& value, std::type_identity_t<std::basic_string_view<Char>> from,
+                std::type_identity_t<std::basic_string_view<Char>> to) {
+  if (from.empty()) return;
+  std::basic_string<Char> result;
+  result.reserve(value.size());
+  std::size_t start = 0;
+  for (std::size_t found; (found = value.find(from, start)) != value.npos; start = found + from.size())
+    result.append(value, start, found - start).append(to);
+  if (start != 0) value = result.append(value, start);
+}
 
 /// A path cut at its last backslash. Without a backslash both parts are empty.
 struct SplitPath {

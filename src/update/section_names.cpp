@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "text/text.h"
+
 namespace {
 
 constexpr std::wstring_view kLineEnds = L"\r\n";
@@ -22,12 +24,6 @@ std::wstring Decode(std::string_view bytes) {
     text += little ? Unit(bytes[i + 1], bytes[i]) : Unit(bytes[i], bytes[i + 1]);
   }
   return text;
-}
-
-std::wstring_view TrimBlanks(std::wstring_view text) {
-  const std::size_t start = text.find_first_not_of(kBlanks);
-  if (start == text.npos) return {};
-  return text.substr(start, text.find_last_not_of(kBlanks) + 1 - start);
 }
 
 }  // namespace
@@ -51,7 +47,7 @@ std::vector<std::wstring> ReadHeadingLines(std::string_view bytes) {
   std::vector<std::wstring> lines;
   for (std::wstring_view rest = text; !rest.empty();) {
     const std::size_t end = std::min(rest.find_first_of(kLineEnds), rest.size());
-    const std::wstring_view line = TrimBlanks(rest.substr(0, end));
+    const std::wstring_view line = text::Trim(rest.substr(0, end), kBlanks);
     if (line.starts_with(L'[')) lines.emplace_back(line);
     rest.remove_prefix(std::min(end + 1, rest.size()));
   }
@@ -61,7 +57,7 @@ std::vector<std::wstring> ReadHeadingLines(std::string_view bytes) {
 std::wstring_view SectionNameIn(std::wstring_view heading_line) {
   const std::size_t end = heading_line.rfind(L']');
   if (end == heading_line.npos) return {};
-  const std::wstring_view name = TrimBlanks(heading_line.substr(1, end - 1));
+  const std::wstring_view name = text::Trim(heading_line.substr(1, end - 1), kBlanks);
   return name.substr(0, name.find(L'\0'));
 }
 
