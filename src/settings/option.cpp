@@ -24,6 +24,12 @@ OptionText ReadOption(const std::wstring& settings_file, const wchar_t* key) {
   return text::IsTrueText(option) ? OptionText::yes : OptionText::no;
 }
 
+OptionText ReadOptionOrRepair(const std::wstring& settings_file, const wchar_t* key, bool value) {
+  const OptionText read = ReadOption(settings_file, key);
+  if (read == OptionText::yes || read == OptionText::no) return read;
+  return RepairOption(settings_file, key, value, key, read);
+}
+
 void WriteOption(const std::wstring& settings_file, const wchar_t* key, bool value) {
   platform::WriteProfileText(settings_file, kSettingsSection, key, TextOf(value));
 }

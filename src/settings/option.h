@@ -13,6 +13,8 @@ enum class OptionText {
 
 /// Reads `key` of the section kSettingsSection; logs nothing.
 OptionText ReadOption(const std::wstring& settings_file, const wchar_t* key);
+/// As ReadOption; replaces a missing or malformed value by `value`, as RepairOption does.
+OptionText ReadOptionOrRepair(const std::wstring& settings_file, const wchar_t* key, bool value);
 /// Writes "TRUE" or "FALSE"; a failure is ignored.
 void WriteOption(const std::wstring& settings_file, const wchar_t* key, bool value);
 /// Writes `value` to `key` unless `read_key` no longer reads as `read`: it is read again while no other

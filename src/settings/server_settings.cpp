@@ -14,20 +14,14 @@
 namespace {
 
 // Creates one level at a time, so that an existing product folder keeps its security.
-bool CreateProfileSettingsFolder() {
-  const std::wstring documents = platform::DocumentsFolder();
-  if (documents.empty()) return false;
-  const std::wstring_view levels = identity::kSettingsFolder;
-  const std::size_t split = levels.find(L'\\', 1) + 1;
-  const std::wstring maker = platform::AppendPath(documents, std::wstring(levels.substr(0, split)));
-  if (maker.empty()) return false;
+bool CreateProfileSettingsFolder(const std::wstring& folder) {
+  const std::wstring maker = folder.substr(0, folder.rfind(L'\\', folder.size() - 2) + 1);
   // Another process of this program may create it at the same moment.
   if (!platform::DirectoryExists(maker) && !CreateDirectoryW(maker.c_str(), nullptr) &&
       GetLastError() != ERROR_ALREADY_EXISTS) {
     return false;
   }
-  const std::wstring versioned = platform::AppendPath(maker, std::wstring(levels.substr(split)));
-  return !versioned.empty() && CreateDirectoryW(versioned.c_str(), nullptr) != FALSE;
+  return CreateDirectoryW(folder.c_str(), nullptr) != FALSE;
 }
 
 /// Empty when the program's own path is not known.
@@ -57,13 +51,12 @@ void ServerSettings::ResolveSettingsFile() {
 }
 
 bool ServerSettings::PrepareServerSettings() {
-  settings_folder_ = GetProfileSettingsFolder();
-  const std::wstring& folder = settings_folder_;
+  const std::wstring& folder = settings_folder_ = GetProfileSettingsFolder();
   if (folder.empty()) {
     LogAndNote(settings_texts::kFolderPathEmpty);
     return true;
   }
-  if (!platform::DirectoryExists(folder) && CreateProfileSettingsFolder()) {
+  if (!platform::DirectoryExists(folder) && CreateProfileSettingsFolder(folder)) {
     LogAndNote(settings_texts::kFolderCreated);
   }
   if (!platform::DirectoryExists(folder)) return true;
@@ -76,11 +69,7 @@ bool ServerSettings::PrepareServerSettings() {
     return true;
   }
 
-  constexpr auto key = settings_texts::kCheckUpdatesKey;
-  OptionText check = ReadOption(file, key);
-  if (check == OptionText::missing || check == OptionText::malformed)
-    check = RepairOption(file, key, true, key, check);
-  return check != OptionText::no;
+  return ReadOptionOrRepair(file, settings_texts::kCheckUpdatesKey, true) != OptionText::no;
 }
 
 bool ServerSettings::CopyServerSettingsFromInstallFolder(const std::wstring& destination) {

@@ -36,12 +36,9 @@ void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool&
     update_loc_url_mode = false;
   }
 
-  constexpr auto ignore_key = settings_texts::kIgnorePatchErrorKey;
-  OptionText ignore = ReadOption(settings_file, ignore_key);
-  if ((ignore == OptionText::missing || ignore == OptionText::malformed) &&
-      write_back == WriteBack::defaults) {
-    ignore = RepairOption(settings_file, ignore_key, false, ignore_key, ignore);
-  }
+  constexpr auto key = settings_texts::kIgnorePatchErrorKey;
+  const OptionText ignore = write_back == WriteBack::defaults ? ReadOptionOrRepair(settings_file, key, false)
+                                                              : ReadOption(settings_file, key);
   IgnorePatchError = ignore == OptionText::yes;
 
   const std::wstring timeout_value = Read(settings_file, settings_texts::kTimeoutKey);

@@ -11,10 +11,7 @@ void UpdateOptions::LoadUpdateOptions(const std::wstring& settings_file) {
   m_bSettingsFileKnown = true;
   m_strSettingsFile = settings_file;
 
-  OptionText check = ReadOption(settings_file, kCheckUpdatesKey);
-  if (check == OptionText::missing || check == OptionText::malformed) {
-    check = RepairOption(settings_file, kCheckUpdatesKey, true, kCheckUpdatesKey, check);
-  }
+  const OptionText check = ReadOptionOrRepair(settings_file, kCheckUpdatesKey, true);
   m_bCheckOnStartup = check == OptionText::no ? 0 : 1;
 
   OptionText hide = ReadOption(settings_file, kIgnorePatchErrorKey);
