@@ -71,7 +71,6 @@ bool CQRTTavrelUtilityApp::RunStartUpCheck() {
 void CQRTTavrelUtilityApp::ShowSheet() {
   CTavrelSheet sheet(*this);
   SetMainWindow(&sheet);
-  sheet.SetActivePage(CTavrelSheet::kPatchUpdatePage);
   sheet.Run();
   SetMainWindow(nullptr);
 }

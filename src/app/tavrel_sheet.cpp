@@ -22,13 +22,12 @@ std::wstring AboutText() {
 }  // namespace
 
 CTavrelSheet::CTavrelSheet(RunState& run)
-    : CPropertySheet(identity::kWindowTitle),
+    : CPropertySheet(identity::kWindowTitle, IDI_APP),
       SheetUpdateCheck(run),
       patch_page_(run, *this),
       log_page_(*this) {
   AddPage(patch_page_);
   AddPage(log_page_);
-  SetIcon(IDI_APP);
 }
 
 INT_PTR CTavrelSheet::Run() {
@@ -58,7 +57,7 @@ bool CTavrelSheet::OnCommand(int id) {
     case kHelpCommand:
       return true;
     default:
-      return CPropertySheet::OnCommand(id);
+      return false;
   }
 }
 

@@ -9,9 +9,6 @@
 /// The program's main window. Owns its pages, and status and log of the interactive check.
 class CTavrelSheet : public CPropertySheet, public SheetUpdateCheck {
  public:
-  // Pages in the order of their tabs.
-  static constexpr int kPatchUpdatePage = 0, kLogPage = 1;
-
   /// `run` outlives the sheet.
   explicit CTavrelSheet(RunState& run);
 

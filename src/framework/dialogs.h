@@ -4,7 +4,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 /// Shows `text` in a modal message box and returns the button pressed (0 when it could not be shown). `flags`
 /// are those of the Windows call. An empty `title` means the application's. The owner of the box is the

@@ -13,8 +13,9 @@ platform::SystemFunction<decltype(&::EnableThemeDialogTexture)> EnableDialogText
 
 constexpr UINT kFocusMessage = WM_APP + 0x3FFE;
 
-/// Escape or Alt+F4. Keys come as system keys while no control has the focus.
-bool IsClosingKey(const MSG& message) {
+/// Escape, Alt+F4 or the end of the thread. Keys come as system keys while no control has the focus.
+bool IsClosing(const MSG& message) {
+  if (message.message == WM_QUIT) return true;
   if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
   const bool alt = (HIWORD(message.lParam) & KF_ALTDOWN) != 0;
   const WPARAM key = alt ? VK_F4 : VK_ESCAPE;
@@ -49,11 +50,11 @@ void CPropertyPage::NotifySiblings() {
 
 void CPropertyPage::DiscardInput() {
   MSG message;
-  while (PeekMessageW(&message, Handle(), WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, PM_REMOVE)) {
-  }
   bool leave = false;
-  while (PeekMessageW(&message, nullptr, WM_KEYFIRST, WM_KEYLAST, PM_REMOVE)) {
-    leave = leave || IsClosingKey(message);
+  // Both also return WM_QUIT.
+  while (PeekMessageW(&message, Handle(), WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, PM_REMOVE) ||
+         PeekMessageW(&message, nullptr, WM_KEYFIRST, WM_KEYLAST, PM_REMOVE)) {
+    leave = leave || IsClosing(message);
   }
   if (leave) PostMessageW(sheet_->Handle(), WM_CLOSE, 0, 0);
 }
@@ -79,7 +80,9 @@ bool CPropertyPage::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESUL
       OnSetActive();
       return true;
     default:
-      return ReflectColor(message, wparam, lparam, result);
+      if (!IsColorMessage(message)) return false;
+      result = reinterpret_cast<LRESULT>(ReflectColor(message, wparam, lparam));
+      return result != 0;
   }
 }
 

@@ -69,7 +69,6 @@ bool CPropertySheet::Create() {
   header.hInstance = instance;
   header.pszCaption = title_.c_str();
   header.nPages = static_cast<UINT>(pages.size());
-  header.nStartPage = static_cast<UINT>(start_page_);
   header.ppsp = pages.data();
   const INT_PTR created = CreateSheet(&header);
   if (created == -1) return false;
@@ -87,11 +86,8 @@ void CPropertySheet::RunLoop() {
     MSG message;
     if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) Dispatch(message);
     if (result_) return;
-    if (Handle() == nullptr) {
-      EndDialog(IDCANCEL);
-    } else if (PropSheet_GetCurrentPageHwnd(Handle()) == nullptr) {  // closed by the user
-      EndDialog(PropSheet_GetResult(Handle()) > 0 ? IDOK : IDCANCEL);
-    }
+    // Without a current page, the user has closed the sheet.
+    if (Handle() == nullptr || PropSheet_GetCurrentPageHwnd(Handle()) == nullptr) EndDialog(IDCANCEL);
   }
 }
 
@@ -105,7 +101,6 @@ void CPropertySheet::Dispatch(MSG& message) {
 }
 
 void CPropertySheet::ShowIcon() {
-  if (icon_id_ == 0) return;
   const HICON taskbar_icon = SharedIcon(icon_id_, SM_CXICON, SM_CYICON);
   const HICON title_icon = SharedIcon(icon_id_, SM_CXSMICON, SM_CYSMICON);
   SendMessageW(Handle(), WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(taskbar_icon));
@@ -115,10 +110,6 @@ void CPropertySheet::ShowIcon() {
   SetWindowLongPtrW(Handle(), GWL_EXSTYLE, style & ~static_cast<LONG_PTR>(WS_EX_DLGMODALFRAME));
   SetWindowPos(Handle(), nullptr, 0, 0, 0, 0,
                SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
-bool CPropertySheet::OnCommand(int) {
-  return false;
 }
 
 bool CPropertySheet::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {

@@ -18,17 +18,14 @@ class CPropertySheet : public CWnd {
   /// Command that F1 sends to the sheet.
   static constexpr int kHelpCommand = 57670;
 
-  explicit CPropertySheet(std::wstring_view title) : title_(title) {}
+  /// `icon_id`: resource identifier of the icon in the title bar and in the taskbar.
+  CPropertySheet(std::wstring_view title, int icon_id) : title_(title), icon_id_(icon_id) {}
 
   /// Adds a page after those added before. `page` must outlive DoModal.
   void AddPage(CPropertyPage& page);
-  /// The page shown first, counted from 0.
-  void SetActivePage(int index) { start_page_ = index; }
-  /// Resource identifier of the icon in the title bar and in the taskbar; 0: none.
-  void SetIcon(int icon_id) { icon_id_ = icon_id; }
 
-  /// Shows the sheet and returns when it has ended: IDOK, IDCANCEL or the value given to EndDialog. Returns
-  /// -1 when the sheet cannot be shown.
+  /// Shows the sheet with its first page and returns when it has ended: the value given to EndDialog,
+  /// IDCANCEL when the user has closed it, -1 when it cannot be shown.
   INT_PTR DoModal();
   /// Ends DoModal with `result` after the current message.
   void EndDialog(INT_PTR result);
@@ -38,7 +35,7 @@ class CPropertySheet : public CWnd {
   virtual void OnInitDialog() = 0;
   /// A command of a button of the sheet itself, of the system menu below 0xF000, or of F1 (kHelpCommand).
   /// True: handled.
-  virtual bool OnCommand(int id);
+  virtual bool OnCommand(int id) = 0;
 
   bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) override;
 
@@ -51,7 +48,6 @@ class CPropertySheet : public CWnd {
 
   std::wstring title_;
   std::vector<CPropertyPage*> pages_;
-  int start_page_ = 0;
-  int icon_id_ = 0;
+  int icon_id_;
   std::optional<INT_PTR> result_;  ///< nothing while the sheet is open
 };

@@ -41,12 +41,6 @@ void CWnd::Detach() {
   handle_ = nullptr;
 }
 
-CWnd* CWnd::FromHandle(HWND window) {
-  DWORD_PTR object = 0;
-  if (window == nullptr || !GetSubclass(window, &CWnd::Procedure, kSubclassId, &object)) return nullptr;
-  return reinterpret_cast<CWnd*>(object);
-}
-
 std::wstring CWnd::Text() const {
   if (handle_ == nullptr) return {};
   std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(handle_)) + 1, L'\0');
@@ -79,14 +73,6 @@ void CWnd::PaintBeforeBlocking() {
   PeekMessageW(&message, handle_, kUnusedMessage, kUnusedMessage, PM_NOREMOVE);
 }
 
-bool CWnd::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
-  return ReflectColor(message, wparam, lparam, result);
-}
-
-HBRUSH CWnd::OnReflectedColor(UINT, HDC) {
-  return nullptr;
-}
-
 LRESULT CWnd::Default(UINT message, WPARAM wparam, LPARAM lparam) {
   return CallDefault(handle_, message, wparam, lparam);
 }
@@ -99,13 +85,10 @@ void CWnd::EndWaitCursor() {
   SetCursor(LoadCursorW(nullptr, IDC_ARROW));
 }
 
-bool CWnd::ReflectColor(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
-  if (message < WM_CTLCOLORMSGBOX || message > WM_CTLCOLORSTATIC) return false;
-  CWnd* control = FromHandle(reinterpret_cast<HWND>(lparam));
-  if (control == nullptr) return false;
-  const HBRUSH brush = control->OnReflectedColor(message, reinterpret_cast<HDC>(wparam));
-  result = reinterpret_cast<LRESULT>(brush);
-  return brush != nullptr;
+HBRUSH CWnd::ReflectColor(UINT message, WPARAM wparam, LPARAM lparam) {
+  DWORD_PTR object = 0;
+  if (!GetSubclass(reinterpret_cast<HWND>(lparam), &CWnd::Procedure, kSubclassId, &object)) return nullptr;
+  return reinterpret_cast<CWnd*>(object)->OnReflectedColor(message, reinterpret_cast<HDC>(wparam));
 }
 
 LRESULT CALLBACK CWnd::Procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,

@@ -16,8 +16,6 @@ class CWnd {
   /// Subclasses `window`. False, and no change, when the window does not exist or belongs to another thread.
   bool Attach(HWND window);
   void Detach();
-  /// The object attached to `window`; null when there is none.
-  static CWnd* FromHandle(HWND window);
 
   /// Null while no window is attached; every call below then does nothing.
   HWND Handle() const { return handle_; }
@@ -34,15 +32,17 @@ class CWnd {
 
  protected:
   /// Called for each message before the window's own procedure. True: handled, `result` is the answer.
-  virtual bool OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result);
+  virtual bool OnMessage(UINT /*message*/, WPARAM /*wparam*/, LPARAM /*lparam*/, LRESULT& /*result*/) {
+    return false;
+  }
   /// A WM_CTLCOLOR… message that the parent sent back to this control. Returns the brush for it; null leaves
   /// it to the parent's default.
-  virtual HBRUSH OnReflectedColor(UINT message, HDC context);
+  virtual HBRUSH OnReflectedColor(UINT /*message*/, HDC /*context*/) { return nullptr; }
 
   /// The window's own processing of a message.
   LRESULT Default(UINT message, WPARAM wparam, LPARAM lparam);
-  /// Sends a parent's WM_CTLCOLOR… message to the object of the control that it concerns.
-  static bool ReflectColor(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result);
+  /// Sends a parent's WM_CTLCOLOR… message to the object of the control that it concerns; returns its brush.
+  static HBRUSH ReflectColor(UINT message, WPARAM wparam, LPARAM lparam);
 
   /// Shows the hourglass until EndWaitCursor or until the next message that sets a cursor.
   static void BeginWaitCursor();

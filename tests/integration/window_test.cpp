@@ -99,7 +99,7 @@ TEST_CASE_FIXTURE(Program, "a screen reader is told the result, and the log page
   const ImportHook<ShellExecuteW> shell(
       "ShellExecuteW", [&](auto, auto, auto file, auto...) { return opened += file, HINSTANCE{}; });
   Sheet sheet(run);
-  sheet.steps = {[&] { sheet.ShowPage(Sheet::kLogPage); },
+  sheet.steps = {[&] { sheet.ShowPage(1); },
                  [&] {
                    std::wstring log(10000, L'\0');
                    log.resize(GetDlgItemTextW(sheet.Page(), IDC_LOG_TEXT, log.data(), 10000));
@@ -143,9 +143,9 @@ TEST_CASE_FIXTURE(Program, "the texts follow the system's colours and stay reada
                                Theme{{kBlack, kWhite, kBlue}, kWhite, RGB(0, 102, 204)},
                                Theme{{kGrey, kWhite, kGrey}, kBlack, kWhite}}) {
       SetSysColors(3, kElements, theme.colors);
-      sheet.ShowPage(Sheet::kPatchUpdatePage);
+      sheet.ShowPage(0);
       CHECK(sheet.Colors(IDC_MESSAGE) == std::pair(theme.colors[0], theme.message));
-      sheet.ShowPage(Sheet::kLogPage);
+      sheet.ShowPage(1);
       CHECK(sheet.Colors(IDC_LOG_FILE) == std::pair(theme.colors[0], theme.link));
     }
     SetSysColors(3, kElements, usual);
