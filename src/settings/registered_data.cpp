@@ -123,18 +123,13 @@ std::int32_t RegisteredDataEntries::ReadKey(const RegisteredReader& reader, std:
   return error;
 }
 
-std::wstring RegisteredDataEntries::FindProductExecutable() const {
+std::optional<platform::FileVersion> RegisteredDataEntries::ReadExecutableVersion() const {
   // The second name is another file only in a folder with case-sensitive names.
   for (const wchar_t* name : {L"" TAVREL_IMAGE, L"" TAVREL_IMAGE_LOWER}) {
-    std::wstring path = GetInstallPath().append(L"\\").append(name);
-    if (platform::FileExists(path)) return path;
+    const std::wstring path = GetInstallPath().append(L"\\").append(name);
+    if (platform::FileExists(path)) return platform::ReadFileVersion(path);
   }
-  return {};
-}
-
-std::optional<platform::FileVersion> RegisteredDataEntries::ReadExecutableVersion() const {
-  const std::wstring path = FindProductExecutable();
-  return path.empty() ? std::nullopt : platform::ReadFileVersion(path);
+  return std::nullopt;
 }
 
 void RegisteredDataEntries::ReadProductFileVersion() {

@@ -74,7 +74,6 @@ class RegisteredDataEntries {
   std::int32_t ReadKey(const RegisteredReader& reader, std::wstring& field);
   /// Logs `text`, unless it is empty, and a code that is not 0.
   void Report(std::wstring_view text, std::int32_t code);
-  std::wstring FindProductExecutable() const;
   std::optional<platform::FileVersion> ReadExecutableVersion() const;
 
   std::optional<platform::FileVersion> executable_version_;  ///< nothing until it has been read

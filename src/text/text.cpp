@@ -14,10 +14,6 @@ std::int32_t Saturate(std::int64_t value) {
   return static_cast<std::int32_t>(std::clamp(value, kMin32, kMax32));
 }
 
-bool IsDigit(wchar_t c) {
-  return c >= L'0' && c <= L'9';
-}
-
 wchar_t ToLower(wchar_t c) {
   return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
 }
@@ -51,7 +47,7 @@ std::int32_t ParseDecimal(std::wstring_view value) {
   }
   std::int64_t number = 0;
   for (wchar_t c : value) {
-    if (!IsDigit(c)) break;
+    if (c < L'0' || c > L'9') break;
     number = std::min(number * 10 + (c - L'0'), kMax32 + 1);
   }
   return Saturate(negative ? -number : number);

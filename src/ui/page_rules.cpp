@@ -50,11 +50,10 @@ PageState DecidePageState(const PageResults& results) {
 }
 
 std::optional<std::wstring> SavedLogPath(std::wstring_view path) {
-  const std::size_t backslash = path.rfind(L'\\');
-  const std::wstring_view name = backslash == std::wstring_view::npos ? path : path.substr(backslash + 1);
+  // Without a backslash the whole path, because npos + 1 is 0.
+  const std::wstring_view name = path.substr(path.rfind(L'\\') + 1);
   const std::size_t dot = name.rfind(L'.');
-  std::wstring result(path);
-  if (dot == std::wstring_view::npos) return result += kExtension;
+  if (dot == name.npos) return std::wstring(path).append(kExtension);
   if (name.substr(dot) != kExtension) return std::nullopt;
-  return result;
+  return std::wstring(path);
 }

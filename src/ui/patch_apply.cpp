@@ -22,7 +22,7 @@ constexpr UINT kFirstCheckMessage = WM_APP + 1;
 PatchApply::PatchApply(RunState& run, SheetUpdateCheck& sheet)
     : CPropertyPage(IDD_UPDATES), run_(run), sheet_(sheet) {}
 
-void PatchApply::AttachControls() {
+void PatchApply::OnInitDialog() {
   AttachControl(IDC_INSTALL, m_btnInstall);
   AttachControl(IDC_RETRY, m_btnRetry);
   AttachControl(IDC_MESSAGE, m_ctlMessage);
@@ -30,14 +30,14 @@ void PatchApply::AttachControls() {
   AttachControl(IDC_HIDE_NETWORK_ERRORS, m_chkHideNetworkErrors);
   AttachControl(IDC_NOTE, m_ctlNote);
   AttachControl(IDC_CONTINUE, m_btnContinue);
-}
-
-void PatchApply::OnInitDialog() {
-  AttachControls();
   LoadUpdateOptions(run_.SettingsFilePath);
   m_bInteractiveMode = !run_.LaunchedFromPatchCheck;
   if (!m_bInteractiveMode) {
-    TakeStartUpResult();
+    m_bLastCheckFailed = run_.CheckFailed;
+    m_strLastCheckError = g_strPatchErrorText;
+    m_bLastUpdatesFound = g_bUpdatesAvailable;
+    TakeUpdaterPath(run_.IconPath);
+    sheet_.AppendSheetLine(g_strPatchMessageText);
     UpdatePageState();
     PostFocus();
     run_.DatedLog().OpenSystemLog();
@@ -129,17 +129,9 @@ void PatchApply::OnInstallUpdates() {
   CWinApp::Current()->ExitInstance();
 }
 
-void PatchApply::TakeStartUpResult() {
-  m_bLastCheckFailed = run_.CheckFailed;
-  m_strLastCheckError = g_strPatchErrorText;
-  TakeUpdaterPath(run_.IconPath);
-  if (g_bUpdatesAvailable) m_bLastUpdatesFound = true;
-  sheet_.AppendSheetLine(g_strPatchMessageText);
-}
-
 void PatchApply::OnRetry() {
-  ClearBeforeCheck();
-  m_bInteractiveMode = !run_.LaunchedFromPatchCheck;
+  ShowState({});
+  Sheet().PaintBeforeBlocking();
   if (m_bInteractiveMode) {
     sheet_.RunUpdateCheck();
     TakeUpdaterPathFromSheet();
@@ -195,14 +187,8 @@ void PatchApply::ShowState(const PageState& state) {
   m_btnRetry.Enable(state.retry_enabled);
   m_btnContinue.Enable(state.continue_offered);
   m_btnContinue.Show(state.continue_offered);
-  m_ctlMessage.m_crText = RGB(0, 0, 0);
-  m_ctlMessage.RedrawNow();
+  m_ctlMessage.SetLinkColor(RGB(0, 0, 0));
   m_ctlMessage.SetText(state.text);
-}
-
-void PatchApply::ClearBeforeCheck() {
-  ShowState({});
-  Sheet().PaintBeforeBlocking();
 }
 
 void PatchApply::ShowResult() {

@@ -35,8 +35,6 @@ class PatchApply : public CPropertyPage, private UpdateOptions {
   void OnContinueWithoutUpdates();
   void OnFirstCheck();
 
-  void AttachControls();
-  void TakeStartUpResult();
   void RetryPatchCheck();
   void TakeUpdaterPath(const std::wstring& executable);
   void TakeUpdaterPathFromSheet();
@@ -45,7 +43,6 @@ class PatchApply : public CPropertyPage, private UpdateOptions {
 
   void UpdatePageState();
   void ShowState(const PageState& state);
-  void ClearBeforeCheck();
   /// After a check: shows its result, writes its log to the dated file, and refreshes the other page.
   void ShowResult();
 
