@@ -34,14 +34,9 @@ Var Message
   Quit
 !macroend
 
-!macro WrongUse text
-  SetSilent silent
-  !insertmacro Fail ${EXIT_FAILED} "${text}"
-!macroend
-
-; Out: $R0 the last option, which begins with ${last}, or "".
-!macro CommandLine un last usage
-Function ${un}CheckCommandLine
+; The beginning of .onInit and un.onInit. Out: $R0 the last option, which begins with ${last}, or "".
+!macro CheckStart last usage
+  SetShellVarContext all
   ; $CMDLINE ends before /D= and _?=.
   System::Call 'kernel32::GetCommandLineW() p .r0'
   System::Call 'shlwapi::PathGetArgsW(p r0) w .R0'
@@ -64,9 +59,12 @@ Function ${un}CheckCommandLine
   ${ElseIf} $R0 != ""
   ${AndIf} $0 S!= "${last}"
   ${AndIf} $1 S!= '"_?=' ; NSIS ignores it in quotes, and has started a copy of the uninstaller without it.
-    !insertmacro WrongUse "Unknown option: $R0. /? alone shows the options."
+    SetSilent silent ; An unattended script may have forgotten /S.
+    !insertmacro Fail ${EXIT_FAILED} "Unknown option: $R0. /? alone shows the options."
   ${EndIf}
-FunctionEnd
+  UserInfo::GetAccountType
+  Pop $0
+  ${If} $0 != "Admin"
+    !insertmacro Fail ${EXIT_RIGHTS} "Only an administrator can install or remove the ${NAME}."
+  ${EndIf}
 !macroend
-!insertmacro CommandLine "" "/D=" "${USAGE}"
-!insertmacro CommandLine "un." "_?=" "${UN_USAGE}"

@@ -6,7 +6,7 @@
 !define LOG_FOLDER "${LOG_PARENT}\${TAVREL_FOLDER}"
 !define NOTICE "${LOG_FOLDER}\README.txt"
 
-; Access lists, in the order of this file: SY the system, BA administrators, BU ordinary users, S-1-3-4 a file's owner.
+; Access lists: SY the system, BA administrators, BU ordinary users, CO who makes a folder or file in it.
 ; Folders of the program: users read and execute.
 !define PROGRAM_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)"
 ; The log folder while it is prepared.
@@ -14,14 +14,8 @@
 ; The folder above it, which the product may use too: users may add files and folders, as in ProgramData, and control
 ; those that they added. They may not delete or rename those of others.
 !define PARENT_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)(A;CI;0x6;;;BU)(A;OICIIO;GA;;;CO)"
-; The log folder: users list it and create files (0x1200ab), but no folders. They read and write all files, and only
-; administrators delete a file or change its rights (0x12019f = FILE_GENERIC_READ | FILE_GENERIC_WRITE). The right to
-; append is not enough: the utility opens its log with GENERIC_WRITE and cuts off an entry that did not fit on the disk.
-!define LOG_RIGHTS "O:BAD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;;0x1200ab;;;BU)(A;OIIO;0x12019f;;;BU)(A;OIIO;0x12019f;;;S-1-3-4)"
-!define NOTICE_RIGHTS "O:BAD:P(A;;FA;;;SY)(A;;FA;;;BA)(A;;0x120089;;;BU)"
+; cmake/product.cmake has the rights that deploy.ps1 gives too.
 
-; The highest folder that CreateProgramFolder has made, or "".
-Var MadeFolder
 Var LogHandle
 Var ParentHandle
 
@@ -43,7 +37,7 @@ Function CreateFolder
 FunctionEnd
 
 ; Creates the highest missing folder of $INSTDIR. It gets its own rights, which the folders below it inherit, because
-; outside Program Files a new folder inherits write access for every user.
+; outside Program Files a new folder inherits write access for every user. Out: $R0 this folder, or "".
 Function CreateProgramFolder
   StrCpy $R0 ""
   StrCpy $0 $INSTDIR
@@ -51,15 +45,13 @@ Function CreateProgramFolder
     StrCpy $R0 $0
     ${GetParent} $0 $0
   ${Loop}
-  ${If} $R0 == ""
-    Return
+  ${If} $R0 != ""
+    StrCpy $R1 "${PROGRAM_RIGHTS}"
+    Call CreateFolder
+    ${If} $3 = 0
+      !insertmacro Fail ${EXIT_FAILED} "The folder $R0 cannot be created (Windows error $0)."
+    ${EndIf}
   ${EndIf}
-  StrCpy $R1 "${PROGRAM_RIGHTS}"
-  Call CreateFolder
-  ${If} $3 = 0
-    !insertmacro Fail ${EXIT_FAILED} "The folder $R0 cannot be created (Windows error $0)."
-  ${EndIf}
-  StrCpy $MadeFolder $R0
 FunctionEnd
 
 ; Sets owner and access list $R1 of the open folder $6, whose path is $R0, but not of its files. (SetSecurityInfo would
@@ -148,7 +140,7 @@ Function PrepareNotice
     Return
   ${EndIf}
   Delete $R0
-  StrCpy $R1 "${NOTICE_RIGHTS}"
+  StrCpy $R1 "${TAVREL_NOTICE_RIGHTS}"
   Call MakeRights
   ; GENERIC_WRITE, not shared, CREATE_NEW, FILE_ATTRIBUTE_NORMAL
   System::Call 'kernel32::CreateFileW(w R0, i 0x40000000, i 0, p r2, i 1, i 0x80, p 0) p .r0'
@@ -188,14 +180,12 @@ Function PrepareLogFolder
   StrCpy $6 $ParentHandle
   StrCpy $R0 "${LOG_PARENT}"
   Call RefuseLink
+  StrCpy $R1 "${PARENT_RIGHTS}"
+  Call SetRights
   StrCpy $6 $LogHandle
   StrCpy $R0 "${LOG_FOLDER}"
   Call RefuseLink
-  StrCpy $R1 "${LOG_RIGHTS}"
-  Call SetRights
-  StrCpy $6 $ParentHandle
-  StrCpy $R0 "${LOG_PARENT}"
-  StrCpy $R1 "${PARENT_RIGHTS}"
+  StrCpy $R1 "${TAVREL_LOG_RIGHTS}"
   Call SetRights
   System::Call 'kernel32::CloseHandle(p $LogHandle)'
   System::Call 'kernel32::CloseHandle(p $ParentHandle)'

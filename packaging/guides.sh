@@ -5,7 +5,6 @@ set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 1 "$@"
 folder=$(realpath -m -- "$1")
-[[ -d $folder ]] || die "no such folder: $1"
 cd "$repo"
 guides=(packaging/index.md CHANGELOG.md SECURITY.md docs/{user,administrator,publisher,log,windows}.md)
 cp --parents docs/pictures/*.png "$folder/"

@@ -69,34 +69,22 @@ VIAddVersionKey ProductVersion "${TAVREL_VERSION}"
 Var OldFolder
 
 !macro Common un
-Function ${un}RequireRights
-  UserInfo::GetAccountType
-  Pop $0
-  ${If} $0 != "Admin"
-    !insertmacro Fail ${EXIT_RIGHTS} "Only an administrator can install or remove the ${NAME}."
-  ${EndIf}
-FunctionEnd
-
 ; Waits until the utility in the folder $R0 can be opened for writing, which no running program can. It tries for five
 ; seconds, because a virus scanner may hold the file for a moment.
 Function ${un}WaitForUtility
   again:
-  StrCpy $1 0
-  ${Do}
-    ${IfNot} ${FileExists} "$R0\${IMAGE}"
-      Return
-    ${EndIf}
+  ${For} $1 1 10
     SetFileAttributes "$R0\${IMAGE}" NORMAL
     ; GENERIC_WRITE, not shared, OPEN_EXISTING
     System::Call 'kernel32::CreateFileW(w "$R0\${IMAGE}", i 0x40000000, i 0, p 0, i 3, i 0, p 0) p .r2 ? e'
     Pop $0
     ${If} $2 <> -1
+    ${OrIfNot} ${FileExists} "$R0\${IMAGE}"
       System::Call 'kernel32::CloseHandle(p r2)'
       Return
     ${EndIf}
     Sleep 500
-    IntOp $1 $1 + 1
-  ${LoopUntil} $1 = 10
+  ${Next}
   ${If} $0 <> 32 ; ERROR_SHARING_VIOLATION
     !insertmacro Fail ${EXIT_FAILED} "$R0\${IMAGE} cannot be written (Windows error $0)."
   ${EndIf}
@@ -133,18 +121,17 @@ FunctionEnd
 
 ; Chooses $INSTDIR: the folder of /D=, else of the installed utility, else of the product, else the default folder.
 Function .onInit
-  SetShellVarContext all
-  Call CheckCommandLine
+  !insertmacro CheckStart "/D=" "${USAGE}"
   ${If} $R0 != ""
     StrCpy $R0 $R0 "" 3
     System::Call 'shlwapi::PathRemoveBackslashW(w R0R0)'
     ; NSIS does not take a folder that it does not accept, and removes characters that no path holds.
     ${If} $R0 == ""
     ${OrIf} $R0 != $INSTDIR
-      !insertmacro WrongUse "/D= takes the full path of a folder on a drive or network folder that exists, with backslashes, without quotes, and not below a file: $R0"
+      SetSilent silent
+      !insertmacro Fail ${EXIT_FAILED} "/D= takes the full path of a folder on a drive or network folder that exists, with backslashes, without quotes, and not below a file: $R0"
     ${EndIf}
   ${EndIf}
-  Call RequireRights
   ${If} $INSTDIR == ""
     ReadRegStr $INSTDIR HKLM "Software\${TAVREL_MAKER}\${TAVREL_PRODUCT}\${TAVREL_PRODUCT_VERSION}" "Installpath"
     ${If} $INSTDIR == ""
@@ -154,28 +141,28 @@ Function .onInit
   ${EndIf}
 FunctionEnd
 
-; One uninstall entry means one installation: installing in another folder moves it.
-Function FindOldFolder
+; What must be done before a file is written. One uninstall entry means one installation: installing in another folder
+; moves it.
+Section
+  StrCpy $R0 $INSTDIR
+  Call WaitForUtility
   ReadRegStr $OldFolder HKLM "${ENTRY}" "InstallLocation"
   ${If} $OldFolder == $INSTDIR
   ${OrIfNot} ${FileExists} "$OldFolder\${IMAGE}"
     StrCpy $OldFolder ""
-    Return
+  ${Else}
+    StrCpy $R0 $OldFolder
+    Call WaitForUtility
+    Delete "$OldFolder\${IMAGE}.new"
   ${EndIf}
-  StrCpy $R0 $OldFolder
-  Call WaitForUtility
-  Delete "$OldFolder\${IMAGE}.new"
-FunctionEnd
+  Call PrepareLogFolder
+SectionEnd
 
 ; The program. The new files are complete before the first of them replaces an old one, so a full disk damages no
 ; installation.
-Section
+Section "-" FILES
   ; The size, in KiB, of what NSIS does not count: the uninstaller and korsa.ini.
   AddSize 64
-  StrCpy $R0 $INSTDIR
-  Call WaitForUtility
-  Call FindOldFolder
-  Call PrepareLogFolder
   Call CreateProgramFolder
   StrCpy $0 0
   ClearErrors
@@ -199,8 +186,8 @@ Section
     Delete "$INSTDIR\${IMAGE}.new"
     Delete "$INSTDIR\${UNINSTALLER}.new"
     SetOutPath $TEMP
-    ${If} $MadeFolder != ""
-      RMDir /r $MadeFolder
+    ${If} $R0 != ""
+      RMDir /r $R0
     ${EndIf}
     !insertmacro Fail ${EXIT_FAILED} "The files cannot be written to $INSTDIR."
   ${EndIf}
@@ -258,7 +245,7 @@ Section
   WriteRegStr HKLM "${ENTRY}" "InstallLocation" $INSTDIR
   WriteRegStr HKLM "${ENTRY}" "UninstallString" '"$INSTDIR\${UNINSTALLER}"'
   WriteRegStr HKLM "${ENTRY}" "QuietUninstallString" '"$INSTDIR\${UNINSTALLER}" /S'
-  SectionGetSize 0 $0
+  SectionGetSize ${FILES} $0
   WriteRegDWORD HKLM "${ENTRY}" "EstimatedSize" $0
   WriteRegDWORD HKLM "${ENTRY}" "NoModify" 1
   WriteRegDWORD HKLM "${ENTRY}" "NoRepair" 1
@@ -270,9 +257,7 @@ Section
 SectionEnd
 
 Function un.onInit
-  SetShellVarContext all
-  Call un.CheckCommandLine
-  Call un.RequireRights
+  !insertmacro CheckStart "_?=" "${UN_USAGE}"
 FunctionEnd
 
 Section Uninstall

@@ -9,16 +9,35 @@
 set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 4 "$@"
-for file in "$1/release/generated/product.sh" "$4"; do [[ -r $file ]] || die "cannot read $file"; done
 packaging=$repo/packaging build=$(realpath -- "$1") dist=$(realpath -m -- "$2") commit=$3 changes=$(<"$4")
 export TZ=UTC LC_ALL=C.UTF-8
 . "$build/release/generated/product.sh"
-version=$TAVREL_VERSION
-name=QRTTavrelUtility-$version
+name=QRTTavrelUtility-$TAVREL_VERSION
 setup=$dist/$name-setup.exe
 content=$dist/$name
 draft=
-if [[ $version == *-DRAFT ]]; then draft=-DRAFT; fi
+if [[ $TAVREL_VERSION == *-DRAFT ]]; then draft=-DRAFT; fi
+
+# Prints the notices for the third-party code in the released programs: the copyright files of the Debian packages from
+# which that code comes.
+notices() {
+  cat <<'EOT'
+Third-party notices
+
+The programs of this release contain code of the projects below. Each is followed by the copyright file of the
+package that the code came with. Such a file covers all of its project, also parts that the programs do not contain.
+EOT
+  # A line for each package: its name and version, a tab, the libraries that it has, with their licences.
+  jq -r '[.components[] | select(.type == "library")] | group_by(.purl)[] |
+    (.[0].purl | sub(".*/"; "") | sub("@.*"; "")) + " " + .[0].version + "\t" +
+      (map(.name + ": " + .description + " (" + .licenses[0].expression + ")") | join("\\n======== "))' "$dist/$name.cdx.json" |
+    while IFS=$'\t' read -r package libraries; do
+      printf '\n\n======== %b\n======== Debian package %s\n\n' "$libraries" "$package"
+      cat "/usr/share/doc/${package% *}/copyright"
+    done
+  printf '\n\n======== GNU General Public License 3\n\n'
+  cat /usr/share/common-licenses/GPL-3
+}
 
 # trial/ is for the guide docs/windows.md: a stand-in of the product, and a list for the server.
 programs=(QRTTavrelUtility.exe packcheck.exe logcheck.exe trial/Qrt.exe)
@@ -42,8 +61,7 @@ if [[ -n ${TAVREL_SIGN_CERTIFICATE-} ]]; then
   "$packaging/sign.sh" "$build/release/$name-setup.exe"
 fi
 cp "$build/release/$name-setup.exe" "$setup"
-nsis=$(makensis -VERSION)
-nsis=${nsis#v}
+nsis=$(dpkg-query --show --showformat '${Version}' nsis)
 origin="The installer was made with NSIS $nsis."
 # Its temporary folder: CVE-2026-42171, in 3.06.1 to 3.11.
 if dpkg --compare-versions "$nsis" lt 3.12; then
@@ -51,16 +69,16 @@ if dpkg --compare-versions "$nsis" lt 3.12; then
   origin+=' SYSTEM. Deploy with the zip instead (docs/administrator.html).'
 fi
 
-(cd "$content" && "$packaging/bill-of-materials.sh" "$TAVREL_MAKER" "$version" "$commit" "$SOURCE_DATE_EPOCH" \
+(cd "$content" && "$packaging/bill-of-materials.sh" "$TAVREL_MAKER" "$TAVREL_VERSION" "$commit" "$SOURCE_DATE_EPOCH" \
   "${programs[@]}" linux/{packcheck,logcheck} deploy.ps1 "$setup") >"$dist/$name.cdx.json"
-"$packaging/notices.sh" "$dist/$name.cdx.json" >"$content/THIRD-PARTY-NOTICES.txt"
+notices >"$content/THIRD-PARTY-NOTICES.txt"
 # The zip has the modes of its files, which would depend on the umask.
 chmod -R u=rwX,go=rX "$content"
 find "$content" -exec touch --no-dereference --date="@$SOURCE_DATE_EPOCH" {} +
 (cd "$dist" && find "$name" | sort | zip -q -X "$name.zip" -@)
 rm -r "$content"
 {
-  printf '# %s %s\n\n' "$TAVREL_TITLE" "$version"
+  printf '# %s %s\n\n' "$TAVREL_TITLE" "$TAVREL_VERSION"
   if [[ -n $draft ]]; then printf 'DRAFT of commit %s, not a release.\n\n' "$commit"; fi
   printf '%s\n\n' 'Made for Windows 7 SP1 to 11. Tested under Wine only, never on a real Windows.' "$signature" "$origin" "$changes"
 } >"$dist/NOTES$draft.md"

@@ -145,6 +145,7 @@ check move 0 'new /S /D=C:\Tools\Ütility 2' '~entry' -programs{,/QRT15{,/exe,/i
 check 'a changed korsa.ini moves along' 0 moved_seed
 ln -s "Tools/Ütility 2" "$drive/link"
 check 'another name of the same folder is no move' 0 'new /S /D=C:\link'
+check 'without /D= it stays in its folder' 0 'new /S'
 echo mine >"$drive/Tools/Ütility 2/mine.txt"
 check 'the removal leaves foreign files' 0 remove_quoted -entry -menu{,/link} -Tools/Ütility\ 2/{exe,un} \
   -logs/QRT15/README.txt
