@@ -7,7 +7,6 @@
 
 #include "platform/folders.h"
 #include "resource.h"
-#include "support/text.h"
 
 namespace {
 

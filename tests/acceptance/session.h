@@ -18,7 +18,6 @@
 #include "acceptance/driver.h"
 #include "product/identity.h"
 #include "resource.h"
-#include "support/text.h"
 #include "ui/ui_texts.h"
 
 /// Where Wine looks how to find libraries of the utility.

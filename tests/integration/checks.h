@@ -13,7 +13,6 @@
 #include "settings/registered_texts.h"
 #include "support/http_server.h"
 #include "support/machine.h"
-#include "support/text.h"
 #include "update/check_patch.h"
 #include "update/process_state.h"
 #include "update/sheet_check.h"

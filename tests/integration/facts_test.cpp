@@ -14,9 +14,7 @@
 #include "settings/run_state.h"
 #include "settings/settings_texts.h"
 #include "settings/update_settings.h"
-#include "support/import_hook.h"
 #include "support/machine.h"
-#include "support/text.h"
 
 using namespace registered_texts;
 using namespace settings_texts;

@@ -14,7 +14,6 @@
 #include "platform/sharing.h"
 #include "platform/system_text.h"
 #include "support/machine.h"
-#include "support/text.h"
 
 using namespace support;
 

@@ -7,7 +7,6 @@
 #include "platform/sharing.h"
 #include "settings/run_state.h"
 #include "settings/update_settings.h"
-#include "support/import_hook.h"
 #include "support/machine.h"
 #include "ui/update_options.h"
 

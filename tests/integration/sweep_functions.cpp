@@ -10,9 +10,8 @@
 #include <tuple>
 #include <type_traits>
 
-#include "support/import_hook.h"
+#include "support/machine.h"
 #include "support/table.h"
-#include "support/text.h"
 #include "sweep.h"
 #include "text/text.h"
 

@@ -14,7 +14,6 @@
 #include "settings/run_state.h"
 #include "support/http_server.h"
 #include "support/machine.h"
-#include "support/text.h"
 #include "sweep.h"
 #include "text/text.h"
 #include "update/check_patch.h"

@@ -18,9 +18,7 @@
 #include "framework/dialogs.h"
 #include "platform/system_library.h"
 #include "resource.h"
-#include "support/import_hook.h"
 #include "support/machine.h"
-#include "support/text.h"
 #include "ui/ui_texts.h"
 #include "update/process_state.h"
 

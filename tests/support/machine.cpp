@@ -6,14 +6,13 @@
 #include <wininet.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <utility>
-
-#include "support/text.h"
 
 namespace fs = std::filesystem;
 
@@ -83,6 +82,13 @@ std::wstring KeyOf(const std::wstring& root) {
 }
 
 }  // namespace
+
+const char* WineVersion() {
+  using Function = const char*(__cdecl*)();
+  const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
+  const auto version = std::bit_cast<Function>(GetProcAddress(ntdll, "wine_get_version"));
+  return version == nullptr ? nullptr : version();
+}
 
 void MakeFolder(const std::wstring& path) {
   fs::create_directories(path);

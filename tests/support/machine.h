@@ -2,17 +2,22 @@
 
 #include <windows.h>
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/handles.h"
+#include "platform/system_text.h"
 #include "product/identity.h"
 #include "support/import_hook.h"
 
 namespace support {
+
+inline constexpr auto& Utf8 = platform::ToUtf8;
+
+/// Wine's version, such as "8.0"; null on Windows.
+const char* WineVersion();
 
 // --- Files. Paths are Windows paths. A failure ends the test or the program with a message.
 void MakeFolder(const std::wstring& path);  ///< with every folder above it
