@@ -28,34 +28,20 @@ Text Decode(const std::uint8_t* data, std::size_t size) {
   return result;
 }
 
-Text TakeFirst(std::vector<Text>& parts) {
-  if (parts.empty()) return {};
-  Text first = parts.front();
-  parts.erase(parts.begin());
-  return first;
-}
-
 bool Contains(View text, View part) {
   return text.find(part) != text.npos;
-}
-
-// A pack above all others is the newest, wherever the list ends.
-void Packs(const Text& in) {
-  std::vector<Text> sections = Split(in);
-  LatestPack latest;
-  FindLatestPack(sections, latest);
-  sections.resize(std::max<std::size_t>(sections.size(), 2));
-  sections.push_back(L"P_2147483647_2147483647");
-  FindLatestPack(sections, latest);
-  assert(latest.level == INT32_MAX && latest.build == INT32_MAX);
 }
 
 // The record ("-": none), the two numbers of the executable (one of them missing: unknown), the list.
 void Decisions(const Text& in) {
   std::vector<Text> list = Split(in);
-  const Text record = TakeFirst(list), level = TakeFirst(list), build = TakeFirst(list);
+  list.resize(std::max<std::size_t>(list.size(), 3));
+  const Text record = list[0], level = list[1], build = list[2];
+  list.erase(list.begin(), list.begin() + 3);
+  LatestPack latest;
+  FindLatestPack(list, latest);
   CheckFacts facts{.sections = list,
-                   .latest = {.level = 2, .build = 7},
+                   .latest = latest,
                    .record = record,
                    .record_version = ParseRecordVersion(record).value_or(0),
                    .product_version = 15027,
@@ -67,11 +53,16 @@ void Decisions(const Text& in) {
          (CountRecordedPacks(list, record) + 1 == list.size() && facts.record_version > 15027));
   assert(!decision.offered.value_or(false) || list.size() > 1);
   assert(decision.entries.empty() == !decision.offered);
+  // A pack above all others is the newest, wherever the list ends.
+  list.resize(std::max<std::size_t>(list.size(), 2));
+  list.push_back(L"P_2147483647_2147483647");
+  FindLatestPack(list, latest);
+  assert(latest.level == INT32_MAX && latest.build == INT32_MAX);
 }
 
 void Requests(const Text& in) {
-  std::vector<Text> parts = Split(in);
-  const Text host = TakeFirst(parts), address = TakeFirst(parts);
+  const std::size_t bar = in.find(L'|');
+  const View host = View(in).substr(0, bar), address = View(in).substr(bar == in.npos ? 0 : bar + 1);
   const auto path = RequestPath(address, host);
   assert(path.has_value() == Contains(address, host));
   assert(!path || path->empty() || address.ends_with(*path));
@@ -155,6 +146,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Text in = Decode(data, size);
   if (std::getenv("TAVREL_SHOW")) std::puts(("row " + Literal(in)).c_str());
   std::fflush(stdout);
-  for (const auto parse : {Packs, Decisions, Requests, Lists, Logs, LogRuns}) parse(in);
+  for (const auto parse : {Decisions, Requests, Lists, Logs, LogRuns}) parse(in);
   return 0;
 }
