@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 
 #include "log/log_rules.h"
 #include "logcheck/log_reader.h"
@@ -120,9 +121,13 @@ void LogRuns(const Text& in) {
   assert(shown[0] == shown[1]);
 }
 
-void WriteSeed(const char* folder, const std::string& input) {
+constexpr void (*kParsers[])(const Text&) = {Decisions, Requests, Lists, Logs, LogRuns};
+
+/// A seed for each parser.
+void WriteSeeds(const char* folder, const std::string& input) {
   static int number = 0;
-  std::ofstream(folder + ("/" + std::to_string(++number)), std::ios::binary) << input;
+  for (char parser = 0; parser < std::ssize(kParsers); ++parser)
+    std::ofstream(folder + ("/" + std::to_string(++number)), std::ios::binary) << parser << input;
 }
 
 }  // namespace
@@ -132,20 +137,21 @@ extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
   const char* folder = std::getenv("TAVREL_SEEDS");
   if (folder == nullptr) return 0;
   for (const char* table : {"unit/rows.txt", "unit/section_names.txt"}) {
-    for (const Row& row : ReadTable(table)) WriteSeed(folder, Bytes(row.input));
+    for (const Row& row : ReadTable(table)) WriteSeeds(folder, Bytes(row.input));
   }
   for (const logcheck::TextGroup& group : logcheck::TextGroups()) {
     std::string log;
     for (const logcheck::Text& text : group.texts) log += Bytes(text.text) + " 2\n";
-    WriteSeed(folder, log);
+    WriteSeeds(folder, log);
   }
   return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const Text in = Decode(data, size);
+  if (size == 0) return 0;
+  const Text in = Decode(data + 1, size - 1);
   if (std::getenv("TAVREL_SHOW")) std::puts(("row " + Literal(in)).c_str());
   std::fflush(stdout);
-  for (const auto parse : {Decisions, Requests, Lists, Logs, LogRuns}) parse(in);
+  kParsers[*data % std::size(kParsers)](in);
   return 0;
 }
