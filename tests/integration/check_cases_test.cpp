@@ -153,11 +153,12 @@ TEST_CASE("a check logs each step and its failure, and its results say the same"
 }
 
 TEST_CASE("a record that cannot be read or deleted is logged with the reason") {
+  const std::wstring held = platform::SystemMessage(ERROR_SHARING_VIOLATION);
   const struct {
     Obstacle (*obstacle)(Process&);
     Log log;  ///< entries about the record
   } rows[] = {
-      {HELD(record), {kHeldMessage, kRecordReadFailed, kDetailsFound[2]}},
+      {HELD(record), {held, kRecordReadFailed, kDetailsFound[2]}},
       {FAILING(DeleteFileW, 5), {kRecordRead, kRecordDenied, kDetailsFound[1]}},
       {FAILING(DeleteFileW, 32), {kRecordRead, kRecordNotDeleted, L"Error : 32", kDetailsFound[1]}},
   };

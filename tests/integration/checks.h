@@ -35,7 +35,6 @@ inline const bool kOnWindows = WineVersion() == nullptr;
 inline const std::wstring kHeaderTimeOut = kOnWindows ? L"12002" : L"12030";
 inline const std::wstring kBodyTimeOut = kOnWindows ? L"12002" : L"10060";
 inline constexpr std::wstring_view kMismatchError = L" Error : Server settings INI information mismatch.";
-inline const std::wstring kHeldMessage = platform::SystemMessage(ERROR_SHARING_VIOLATION);
 
 inline std::string Text(const Log& log) {
   std::string text;

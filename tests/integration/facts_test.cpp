@@ -152,7 +152,7 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
   const struct {
     const wchar_t* folders = L"";  ///< what is there below Documents
     Lines user = nullptr, seed = nullptr;
-    bool lost = false, unwritable = false, held = false, checks = true;
+    bool lost = false, unwritable = false, held = false, held_for_a_moment = false, checks = true;
     Lines after = nullptr;
     Log log{};
   } rows[] = {
@@ -162,21 +162,26 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
       {.seed = "A=b", .lost = true, .log = {kFolderPathEmpty}},
       {.seed = "A=b", .unwritable = true},
       {.seed = kNever, .held = true, .log = {kFolderCreated, kCopyFailed, L"Error : 32", kValidationFailed}},
+      {.seed = kNever, .held_for_a_moment = true, .checks = false, .after = kNever, .log = made},
       {.user = kNever, .seed = "CHECKUPDATES=TRUE", .checks = false, .after = kNever, .log = exists},
       {.user = "CHECKUPDATES=true", .after = "CHECKUPDATES=true", .log = exists},
       {.user = "CHECKUPDATES=no", .after = "CHECKUPDATES=TRUE", .log = exists},
       {.user = kNever, .held = true, .after = kNever, .log = exists},
+      {.user = kNever, .held_for_a_moment = true, .checks = false, .after = kNever, .log = exists},
       {.folders = L"\\Varnexa\\QRT15\\korsa.ini", .log = exists},
   };
   for (const auto& row : rows) {
     CAPTURE(&row - rows);
-    platform::g_nWaitLeftMs = 0;
+    platform::g_nWaitLeftMs = row.held_for_a_moment ? platform::kWaitMs : 0;
     Machine machine;
     MakeFolder(machine.Documents() + row.folders);
     if (row.user != nullptr) machine.WriteSettings(std::string(row.user) + "\r\n");
     if (row.seed != nullptr) WriteBytes(SeedOf(machine), *FileOf(row.seed));
     std::optional<ShareLock> holder;
-    if (row.held) holder.emplace(row.user != nullptr ? machine.SettingsFile() : SeedOf(machine));
+    const std::wstring source = row.user != nullptr ? machine.SettingsFile() : SeedOf(machine);
+    if (row.held) holder.emplace(source);
+    std::optional<HeldForAMoment> momentary;
+    if (row.held_for_a_moment) momentary.emplace(source);
     std::optional<ImportHook<CreateDirectoryW>> refused_folder;
     if (row.unwritable) refused_folder.emplace("CreateDirectoryW", 5);
     std::optional<ImportHook<SHGetFolderPathW>> no_documents;
@@ -204,21 +209,6 @@ TEST_CASE("a settings folder and file that another start makes at the same momen
   });
   RunState run;
   CHECK(!run.PrepareServerSettings());
-}
-
-TEST_CASE("settings files that another process holds for a moment are read all the same") {
-  Machine machine;
-  platform::g_nWaitLeftMs = platform::kWaitMs;
-  WriteBytes(SeedOf(machine), *FileOf("CHECKUPDATES=FALSE|UPDATE_LOC=a.example"));
-  {
-    const HeldForAMoment holder(SeedOf(machine));
-    CHECK_FALSE(RunState().PrepareServerSettings());
-  }
-  const HeldForAMoment holder(machine.SettingsFile());
-  UpdateSettings settings;
-  bool url_mode = false;
-  settings.ReadUpdateSettings(machine.SettingsFile(), url_mode, UpdateSettings::WriteBack::nothing);
-  CHECK(settings.UpdateLocation == L"a.example");
 }
 
 TEST_CASE(

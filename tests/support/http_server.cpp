@@ -96,7 +96,7 @@ void HttpServer::Serve(std::uintptr_t client) {
   const HttpReply reply = answer_();
   if (!Pause(reply.pause_ms) || !Send(client, reply.bytes)) return;
   const DWORD start = GetTickCount();
-  while (!reply.tail.empty() && GetTickCount() - start < reply.tail_ms && Pause(reply.tail_pause_ms) &&
+  while (!reply.tail.empty() && GetTickCount() - start < 10000 && Pause(reply.tail_pause_ms) &&
          Send(client, reply.tail)) {
   }
   if (reply.silent) Ready(client, POLLRDNORM);

@@ -16,9 +16,9 @@ struct HttpReply {
   std::string bytes;      ///< status line, headers and body
   unsigned pause_ms = 0;  ///< wait before them
   /// Sent after `bytes` again and again, each time after a pause, until the client closes the connection or
-  /// `tail_ms` have passed.
+  /// ten seconds have passed.
   std::string tail{};
-  unsigned tail_pause_ms = 0, tail_ms = 60000;
+  unsigned tail_pause_ms = 0;
   /// The connection then stays open without data, until the client closes it or three seconds have passed.
   bool silent = false;
 };

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 #include <utility>
 
 namespace fs = std::filesystem;
@@ -20,9 +21,7 @@ namespace support {
 namespace {
 
 void Need(bool done, const std::wstring& what) {
-  if (done) return;
-  std::fprintf(stderr, "test set-up failed (error %lu): %s\n", GetLastError(), Utf8(what).c_str());
-  std::exit(3);
+  if (!done) throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), Utf8(what));
 }
 
 platform::UniqueRegistryKey CreateKey(HKEY root, const std::wstring& path) {

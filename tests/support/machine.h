@@ -19,7 +19,7 @@ inline constexpr auto& Utf8 = platform::ToUtf8;
 /// Wine's version, such as "8.0"; null on Windows.
 const char* WineVersion();
 
-// --- Files. Paths are Windows paths. A failure ends the test or the program with a message.
+// --- Files. Paths are Windows paths. A failure is thrown.
 void MakeFolder(const std::wstring& path);  ///< with every folder above it
 void WriteBytes(const std::wstring& path, std::string_view bytes);
 std::optional<std::string> ReadBytes(const std::wstring& path);
