@@ -79,7 +79,6 @@ Input Read(const std::filesystem::path& path, std::size_t limit) {
     input.error =
         NameOf(path) + " is larger than " + std::to_string(limit >> 20) + " MiB; is it the right file?";
   }
-  if (!input.error.empty()) input.bytes.clear();
   return input;
 }
 

@@ -8,7 +8,7 @@
 
 namespace console {
 
-/// The bytes of an input, or the error that prevented reading them.
+/// The bytes of an input, or the error that prevented reading all of them.
 struct Input {
   std::string bytes;
   /// Empty after success; otherwise the cause and a remedy, safe on a terminal, without a line end.

@@ -6,15 +6,13 @@
 set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
 
+check_usage 1 "$@"
 build=yes
-case ${1-} in
-  --help | -h) usage; exit ;;
-  --configure) build=no; shift ;;
-  -*) die "unknown option: $1; scripts/build.sh --help tells more" ;;
-esac
+if [[ $1 == --configure ]]; then
+  build=no
+  shift
+fi
 preset=${1-}
-[[ -n $preset ]] || die "names no preset; scripts/build.sh --help tells more"
-shift
 cd "$repo"
 cmake --list-presets | grep -qF "\"$preset\"" || die "unknown preset: $preset; cmake --list-presets names them"
 tree=$build_root/$preset
@@ -26,4 +24,4 @@ if [[ ! -e $tree/build.ninja ]] &&
 fi
 [[ $build == yes ]] || exit 0
 say "Building the preset '$preset' in $tree"
-exec cmake --build "$tree" ${1:+--target "$@"}
+exec cmake --build "$tree" ${2:+--target "${@:2}"}

@@ -42,10 +42,7 @@ initialise_prefix() {
   done
 }
 
-if [[ ${1-} == --help ]]; then
-  usage
-  exit
-fi
+check_usage 1 "$@"
 [[ -n ${TAVREL_SANDBOX-} ]] || die "scripts/sandbox.sh starts this script"
 if [[ $1 == --initialise-prefix ]]; then
   initialise_prefix

@@ -1,10 +1,10 @@
 #!/bin/bash
-# Usage: scripts/setup.sh [--downgrade] [--with PACKAGE]…
+# Usage: scripts/setup.sh [--downgrade]
 #
-# Installs what building, running and testing need, and each PACKAGE, where it is missing: on Debian 12 and 13, as root
-# or with sudo for apt and dpkg alone; on other systems with apt it tries. Where everything is there it does nothing. At
-# the end it says how sandboxes are isolated on this machine, or why none is possible. Outside a container it replaces
-# a package by an older one only with --downgrade.
+# Installs what building, running and testing need, where it is missing: on Debian 12 and 13, as root or with sudo for
+# apt and dpkg alone; on other systems with apt it tries. Where everything is there it does nothing. At the end it says
+# how sandboxes are isolated on this machine, or why none is possible. Outside a container it replaces a package by an
+# older one only with --downgrade.
 #
 # TAVREL_HAVE_PACKAGES  1: install nothing; all packages are installed, possibly under other names
 # TAVREL_BUILD_ROOT     folder for everything that is built, and for the log (default: build)
@@ -12,20 +12,14 @@ set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/lib.sh"
 
 downgrade=no
-more_packages=()
-while (($#)); do
-  case $1 in
-    --downgrade) downgrade=yes; shift ;;
-    --with)
-      (($# > 1)) || die "--with needs a package"
-      more_packages+=("$2")
-      shift 2 ;;
+for argument; do
+  case $argument in
+    --downgrade) downgrade=yes ;;
     --help | -h) usage; exit ;;
-    *) die "unknown argument: $1; scripts/setup.sh --help tells more" ;;
+    *) die "unknown argument: $argument; scripts/setup.sh --help tells more" ;;
   esac
 done
 packages=(
-  "${more_packages[@]}"
   # build and checks
   cmake ninja-build g++ g++-mingw-w64-i686-posix doctest-dev nlohmann-json3-dev libcli11-dev libutfcpp-dev
   clang libclang-rt-dev clang-format clang-tidy shellcheck yamllint
@@ -34,8 +28,8 @@ packages=(
   bubblewrap libnss-wrapper libnss-wrapper:i386 psmisc
   wine wine32:i386 wine64 fonts-wine libxrender1:i386 libxcursor1:i386 libxrandr2:i386
   xvfb xdotool imagemagick nginx
-  # installer and release
-  nsis osslsigncode zip jq pandoc
+  # installer and release, benchmark
+  nsis osslsigncode zip jq pandoc datamash
 )
 log=$build_root/setup.log
 

@@ -41,7 +41,7 @@ packaging/installer.sh nothing
 packaging/pack.sh
 packaging/sign.sh nothing
 scripts/end-sandbox.sh
-scripts/in-sandbox.sh
+scripts/in-sandbox.sh --initialise-prefix
 tests/console.sh
 tests/delivery.sh
 tests/packaging/installer.sh

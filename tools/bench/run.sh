@@ -17,7 +17,7 @@ if [[ -z ${TAVREL_SANDBOX-} ]]; then
     [[ -f $program ]] || die "no program: $program"
     programs+=("$(realpath -- "$program")")
   done
-  "$repo/scripts/setup.sh" --with datamash
+  "$repo/scripts/setup.sh"
   "$repo/scripts/build.sh" release QRTTavrelUtility standins floor measure >&2
   # On one processor, because requests to the Wine server across two make times scatter by a third.
   processor=$(taskset --cpu-list --pid $$ | grep -o '[0-9]*$')
