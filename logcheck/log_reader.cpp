@@ -26,18 +26,13 @@ View Trim(View value) {
   return value.substr(0, value.find_last_not_of(kBlanks) + 1);
 }
 
-std::wstring_view FirstLine(std::wstring_view text) {
-  return text.substr(0, text.find(L'\n'));
-}
-
 /// The text whose first line is `line`; null for another line.
 const Text* FindText(View line) {
   static const auto texts = [] {
     std::map<std::string, const Text*, std::less<>> map;
     for (const TextGroup& group : TextGroups()) {
       for (const Text& text : group.texts) {
-        if (text.role != Role::header || text.text == log_texts::kHeaderRule)
-          map.emplace(Narrow(FirstLine(text.text)), &text);
+        if (text.role != Role::header) map.emplace(Narrow(text.text.substr(0, text.text.find(L'\n'))), &text);
       }
     }
     return map;
@@ -122,7 +117,7 @@ void LogReader::TakeLine(View line) {
 
 void LogReader::TakePart(View line) {
   const std::string rule = Narrow(log_texts::kHeaderRule);
-  // A header was appended to a torn line.
+  // Before the rule nothing stands, or a torn line to which a header was appended.
   if (line.ends_with(rule)) return TakeLine(line.substr(0, line.size() - rule.size()));
   if (TakeRest(line) || TakeHeader(line)) return;
   // A time stands before an error of the log file, and a message or code can stand after it.
@@ -138,7 +133,6 @@ void LogReader::TakePart(View line) {
 
 /// A check begins with the entry of a retry, otherwise with its first frame line.
 void LogReader::TakeEntry(const Text& text, View line, View rest) {
-  if (text.role == Role::header) return;
   if (size_ > kRunLimit) EndRun();
   has_run_ = true;
   const bool retry = text.text == update_texts::kRetry;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <regex>
 #include <string>
 #include <system_error>
@@ -114,8 +115,7 @@ class LogCheck {
     if (IsKnown(path)) return true;
     bool has_run = false;
     logcheck::Run last;
-    shown_ = logcheck::Outcome::offered;
-    named_shown_ = false;
+    shown_.reset();
     logcheck::LogReader reader([&](logcheck::Run& run) {
       if (!named && run.checks.empty() && !run.utility && !run.time) return;
       has_run = true;
@@ -130,7 +130,8 @@ class LogCheck {
       shown_ = logcheck::Outcome::no_check;
       if (IsText()) Print(ShownName(path) + "  no run of the utility\n");
     }
-    if (shown_ != logcheck::Outcome::offered && shown_ != logcheck::Outcome::none) Worsen(console::kFound);
+    const auto shown = shown_.value_or(logcheck::Outcome::none);
+    if (shown != logcheck::Outcome::offered && shown != logcheck::Outcome::none) Worsen(console::kFound);
     return has_run || !error.empty();
   }
 
@@ -139,9 +140,8 @@ class LogCheck {
     const logcheck::Outcome outcome = run.LastVerdict().outcome;
     if (!options_.outcome.empty() && options_.outcome != NameOf(outcome)) return;
     if (run.time.value_or("") < options_.since) return;
-    if (outcome != logcheck::Outcome::no_check || !named_shown_) shown_ = outcome;
-    if (IsText() && !named_shown_) Print(ShownName(path));
-    named_shown_ = true;
+    if (IsText() && !shown_) Print(ShownName(path));
+    if (outcome != logcheck::Outcome::no_check || !shown_) shown_ = outcome;
     run.file = console::PrintablePath(path);
     if (options_.summary) return summary_.Add(run);
     Print(options_.json ? console::JsonLine(run) : AsText(run) + "\n");
@@ -157,9 +157,7 @@ class LogCheck {
   const Options& options_;
   logcheck::Summary summary_;
   std::multimap<std::pair<std::uintmax_t, std::filesystem::file_time_type>, Path> known_;
-  // Of the current file:
-  bool named_shown_ = false;                              ///< a run was shown
-  logcheck::Outcome shown_ = logcheck::Outcome::offered;  ///< of the last check that was shown
+  std::optional<logcheck::Outcome> shown_;  ///< of the current file's last check that was shown
   int status_ = console::kClean;
 };
 
@@ -170,8 +168,7 @@ int console::RunTool(const std::vector<std::string>& arguments) {
       "Tells what happened in the runs of the update utility, from its logs, and what to do.\n"
       "Exit status, of the runs that are shown: 0; 1 when the last check of a file is neither 'offered' nor "
       "'none', or a file\nhas no check; 2 after wrong use, for a file or folder that cannot be read, and for "
-      "a "
-      "folder without a log.",
+      "a folder without a log.",
       "logcheck");
   Options options;
   std::vector<std::string> outcomes;

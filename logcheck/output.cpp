@@ -1,7 +1,9 @@
 #include "logcheck/output.h"
 
 #include <algorithm>
+#include <iomanip>
 #include <span>
+#include <sstream>
 #include <string_view>
 
 #include "console/text.h"
@@ -135,27 +137,25 @@ std::vector<SummaryRow> Summary::Rows() const {
 }
 
 std::string Summary::AsText() const {
-  const auto column = [](std::size_t number) {
-    const std::string text = std::to_string(number);
-    return std::string(7 - std::min<std::size_t>(text.size(), 7), ' ') + text;
-  };
-  std::string text = "First seen        Last seen           Runs  Files  Outcome\n";
+  std::ostringstream text;
+  text << "First seen        Last seen           Runs  Files  Outcome\n";
   std::size_t runs = 0;
   std::set<std::string> files;
   for (const SummaryRow& row : Rows()) {
     runs += row.runs;
     files.insert(row.files.begin(), row.files.end());
-    text += ShownTime(row.first) + "  " + ShownTime(row.last) + column(row.runs) + column(row.files.size()) +
-            "  " + ShownOutcome(row.outcome, row.error) + "\n";
+    text << ShownTime(row.first) << "  " << ShownTime(row.last) << std::setw(7) << row.runs << std::setw(7)
+         << row.files.size() << "  " << ShownOutcome(row.outcome, row.error) << "\n";
     for (const auto& [advice, count] : row.advice)
-      text += Wrapped(std::to_string(count) + ": " + Printable(advice), 4);
+      text << Wrapped(std::to_string(count) + ": " + Printable(advice), 4);
     std::size_t shown = 0;
     for (const std::string& file : row.files) {
-      if (shown++ < kFilesShown) text += "      " + file + "\n";
+      if (shown++ < kFilesShown) text << "      " << file << "\n";
     }
-    if (shown > kFilesShown) text += "      and " + Plural(shown - kFilesShown, "file") + " more\n";
+    if (shown > kFilesShown) text << "      and " << Plural(shown - kFilesShown, "file") << " more\n";
   }
-  return text + Plural(runs, "run") + " in " + Plural(files.size(), "file") + "\n";
+  text << Plural(runs, "run") << " in " << Plural(files.size(), "file") << "\n";
+  return text.str();
 }
 
 }  // namespace logcheck
