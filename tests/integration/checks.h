@@ -87,6 +87,8 @@ struct Process {
     run.WriteRunHeader();
     sheet.WriteRegularRunHeader();
   }
+  ~Process() { CHECK(UnknownLines(Log()) == 0); }
+
   const std::wstring& Log() const { return interactive ? sheet.SheetLogText() : run.LogText(); }
   /// The log behind the header.
   std::string Entries() const { return Utf8(Log().substr(Log().find(kEntriesStart))); }

@@ -110,6 +110,7 @@ TEST_CASE("registered data: a reader reads its key or the alternative one, and l
     if (row.one == refused) refusal.emplace("RegOpenKeyExW", 5, LSTATUS{5});
     (data.*row.reader.read)();
     CHECK(Utf8(run.LogText()) == Utf8(Entries(row.log)));
+    CHECK(UnknownLines(run.LogText()) == 0);
     // One of the values is new, or none.
     const std::wstring values = data.TagOne + data.TagThree + data.ClientVersion + run.InstallPath;
     CHECK(values.size() == (row.found ? 3 * 3 + 127 : 4 * 3));
@@ -124,6 +125,7 @@ TEST_CASE("registered data: a reader reads its key or the alternative one, and l
   const ImportHook<RegOpenKeyExW> refusal("RegOpenKeyExW", 5, LSTATUS{5});
   CHECK_FALSE(Data(run, run).IdentifyRegistryMode());
   CHECK(run.LogText() == Entries({kModeFailed, L"Error : 5"}));
+  CHECK(UnknownLines(run.LogText()) == 0);
 }
 
 TEST_CASE("registered data: a value that is stored in another way is read up to its first null") {
@@ -191,6 +193,7 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
     holder.reset();
     CHECK(ReadBytes(machine.SettingsFile()) == FileOf(row.after));
     CHECK(Utf8(run.LogText()) == Utf8(Entries(row.log)));
+    CHECK(UnknownLines(run.LogText()) == 0);
     CHECK(Utf8(run.NotesText()) == Utf8(Entries(row.log, L"\n")));
   }
 }

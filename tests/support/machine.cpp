@@ -15,6 +15,8 @@
 #include <system_error>
 #include <utility>
 
+#include "logcheck/log_reader.h"
+
 namespace fs = std::filesystem;
 
 namespace support {
@@ -87,6 +89,14 @@ const char* WineVersion() {
   const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
   const auto version = std::bit_cast<Function>(GetProcAddress(ntdll, "wine_get_version"));
   return version == nullptr ? nullptr : version();
+}
+
+std::size_t UnknownLines(const std::wstring& log) {
+  std::size_t count = 0;
+  logcheck::LogReader reader([&](const logcheck::Run& run) { count += run.unknown_lines; });
+  reader.Read(Utf8(log));
+  reader.End();
+  return count;
 }
 
 void MakeFolder(const std::wstring& path) {

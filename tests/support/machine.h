@@ -19,6 +19,9 @@ inline constexpr auto& Utf8 = platform::ToUtf8;
 /// Wine's version, such as "8.0"; null on Windows.
 const char* WineVersion();
 
+/// The number of lines of a log that logcheck does not know.
+std::size_t UnknownLines(const std::wstring& log);
+
 // --- Files. Paths are Windows paths. A failure is thrown.
 void MakeFolder(const std::wstring& path);  ///< with every folder above it
 void WriteBytes(const std::wstring& path, std::string_view bytes);
