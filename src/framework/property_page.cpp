@@ -51,7 +51,7 @@ void CPropertyPage::NotifySiblings() {
 void CPropertyPage::DiscardInput() {
   MSG message;
   bool leave = false;
-  // Both also return WM_QUIT.
+  // On Windows, both also return WM_QUIT.
   while (PeekMessageW(&message, Handle(), WM_LBUTTONDOWN, WM_LBUTTONDBLCLK, PM_REMOVE) ||
          PeekMessageW(&message, nullptr, WM_KEYFIRST, WM_KEYLAST, PM_REMOVE)) {
     leave = leave || IsClosing(message);

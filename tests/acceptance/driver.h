@@ -2,25 +2,83 @@
 
 #include <windows.h>
 
-#include <functional>
-#include <set>
-#include <string>
+#include <tlhelp32.h>
 
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/folders.h"
+#include "resource.h"
 #include "support/http_server.h"
 #include "support/machine.h"
 
 inline constexpr DWORD kLongestWaitMs = 20000;
 
+/// A list on the server with one pack: 15.0.2.7.
+inline constexpr char kOnePack[] = "[Update Packs for Versions]\r\n15.0=\r\n[Varnexa15_0_2_7]\r\nSize=1\r\n";
+
+inline bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds = kLongestWaitMs) {
+  const ULONGLONG end = GetTickCount64() + milliseconds;
+  while (!condition()) {
+    if (GetTickCount64() >= end) return false;
+    Sleep(10);
+  }
+  return true;
+}
+
+/// SendMessage's result; 0 when the program does not answer.
+inline LRESULT Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) {
+  DWORD_PTR result = 0;
+  SendMessageTimeoutW(window, message, wparam, lparam, SMTO_NORMAL, kLongestWaitMs, &result);
+  return static_cast<LRESULT>(result);
+}
+
+/// Text of a window of another process, in UTF-8, lines ended by "\n".
+inline std::string WindowText(HWND window) {
+  std::wstring text(65536, L'\0');
+  const auto buffer = reinterpret_cast<LPARAM>(text.data());
+  text.resize(static_cast<std::size_t>(Ask(window, WM_GETTEXT, text.size(), buffer)));
+  std::erase(text, L'\r');
+  return support::Utf8(text);
+}
+
+inline BOOL CALLBACK AddWindow(HWND window, LPARAM windows) {
+  reinterpret_cast<std::vector<HWND>*>(windows)->push_back(window);
+  return TRUE;
+}
+
+/// The control of a dialog or of one of the pages in it; null if there is none.
+inline HWND Item(HWND dialog, int id) {
+  if (dialog == nullptr) return nullptr;
+  std::vector<HWND> parts;
+  EnumChildWindows(dialog, AddWindow, reinterpret_cast<LPARAM>(&parts));
+  const auto item =
+      std::find_if(parts.begin(), parts.end(), [id](HWND part) { return GetDlgCtrlID(part) == id; });
+  return item == parts.end() ? nullptr : *item;
+}
+
 /// The machine as an installer and a user leave it, in the prefix's own registry and folders: the product at
 /// 15.0.2.5, the utility, its settings and log folder. Each object begins afresh.
 struct InstalledMachine : support::Installation {
-  InstalledMachine();
+  InstalledMachine()
+      : Installation(L"C:\\tavrel-acceptance", platform::DocumentsFolder(), platform::CommonAppDataFolder()) {
+    support::MakeFolder(LogFolder());
+    support::CopyOver(TAVREL_UTILITY, program);
+    PlaceExecutable(L"15.0.2.5");
+    Install(support::Layout::two);
+    WriteSettings("CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
+  }
   ~InstalledMachine() { support::RemoveTree(root_); }
 
-  /// The path of "korsa.ini"; of anything else below the root folder.
-  std::wstring File(const std::wstring& name) const;
+  /// A path below the root folder.
+  std::wstring File(const std::wstring& name) const { return root_ + L"\\" + name; }
   /// The one log file's path and text; empty unless there is exactly one.
-  std::wstring LogFile() const;
+  std::wstring LogFile() const {
+    const std::vector<std::wstring> names = support::FileNames(LogFolder());
+    return names.size() == 1 ? LogFolder() + L"\\" + names[0] : std::wstring();
+  }
   std::string Log() const { return support::ReadBytes(LogFile()).value_or(""); }
   const std::wstring program = File(L"program\\QRTTavrelUtility.exe");
 };
@@ -29,42 +87,78 @@ struct InstalledMachine : support::Installation {
 /// A window that does not appear in time is null; null has no text and counts as disabled and hidden.
 class Run {
  public:
-  explicit Run(const std::wstring& program, const std::wstring& arguments = {});
+  explicit Run(const std::wstring& program, const std::wstring& arguments = {}) {
+    std::wstring command = L"\"" + program + L"\" " + arguments;
+    STARTUPINFOW start{};
+    start.cb = sizeof start;
+    CreateProcessW(program.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
+                   &process_);
+  }
   Run(const Run&) = delete;
-  ~Run();
+  ~Run() {
+    TerminateProcess(process_.hProcess, 99);
+    WaitForSingleObject(process_.hProcess, kLongestWaitMs);
+    CloseHandle(process_.hThread);
+    CloseHandle(process_.hProcess);
+  }
 
   bool Runs() const { return WaitForSingleObject(process_.hProcess, 0) == WAIT_TIMEOUT; }
   /// Waits for the end of the process: "exit code 0", or what the page shows while it runs on.
-  std::string End() const;
+  std::string End() const {
+    DWORD code = 0;
+    if (WaitForSingleObject(process_.hProcess, kLongestWaitMs) != WAIT_OBJECT_0) {
+      return "runs on, showing: " + WindowText(Control(IDC_MESSAGE));
+    }
+    GetExitCodeProcess(process_.hProcess, &code);
+    return "exit code " + std::to_string(code);
+  }
   /// Waits until the program has shown its window and waits for input.
   bool Idle() const { return WaitForInputIdle(process_.hProcess, kLongestWaitMs) == 0; }
   /// Waits until the first page shows a result and all earlier messages are handled. The sheet then has the
   /// keyboard.
-  bool Answered() const;
+  bool Answered() const {
+    const HWND sheet = Sheet(), message = Item(sheet, IDC_MESSAGE);
+    wchar_t start[2];
+    const bool told = WaitUntil([&] { return InternalGetWindowText(message, start, 2) > 0; });
+    Idle();
+    Ask(message, WM_NULL);
+    SetForegroundWindow(sheet);
+    return told && WaitUntil([&] { return GetForegroundWindow() == sheet; });
+  }
   HWND Sheet() const { return Find(true, nullptr); }
   /// Waits for a dialog that is neither the sheet nor `other`: a message box or the save dialog.
   HWND Dialog(HWND other) const { return Find(false, other); }
-  HWND Control(int id) const;
-  /// Names of the libraries that are loaded, without their extension and in lower case.
-  std::set<std::wstring> Libraries() const;
+  HWND Control(int id) const { return Item(Sheet(), id); }
+  /// Whether this library is loaded.
+  bool Has(const wchar_t* library) const {
+    const platform::UniqueSnapshot snapshot(
+        CreateToolhelp32Snapshot(TH32CS_SNAPMODULE, process_.dwProcessId));
+    MODULEENTRY32W module{};
+    module.dwSize = sizeof module;
+    BOOL more = Module32FirstW(snapshot.get(), &module);
+    while (more && lstrcmpiW(module.szModule, library) != 0) more = Module32NextW(snapshot.get(), &module);
+    return more != FALSE;
+  }
 
  private:
-  HWND Find(bool sheet, HWND other) const;
+  HWND Find(bool sheet, HWND other) const {
+    HWND found = nullptr;
+    const auto wanted = [&](HWND window) {
+      DWORD process = 0;
+      GetWindowThreadProcessId(window, &process);
+      const bool dialog = GetClassLongW(window, GCW_ATOM) == reinterpret_cast<DWORD_PTR>(WC_DIALOG);
+      return process == process_.dwProcessId && dialog && window != other && IsWindowVisible(window) &&
+             sheet == (Item(window, IDC_MESSAGE) != nullptr);
+    };
+    WaitUntil([&] {
+      std::vector<HWND> windows;
+      EnumWindows(AddWindow, reinterpret_cast<LPARAM>(&windows));
+      const auto window = std::find_if(windows.begin(), windows.end(), wanted);
+      if (window != windows.end()) found = *window;
+      return found != nullptr;
+    });
+    return found;
+  }
 
   PROCESS_INFORMATION process_{};
 };
-
-bool WaitUntil(const std::function<bool()>& condition, DWORD milliseconds = kLongestWaitMs);
-/// All windows of a class in `parent`, in their order; null parent: the top-level windows.
-std::vector<HWND> WindowsOfClass(HWND parent, const std::wstring& class_name);
-/// SendMessage's result; 0 when the program does not answer.
-LRESULT Ask(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0);
-/// Text of a window of another process, in UTF-8, lines ended by "\n".
-std::string WindowText(HWND window);
-/// Presses keys one after the other and releases them in the reverse order, as a keyboard does.
-void Press(const std::vector<BYTE>& keys);
-/// Clicks in the middle of a window as a mouse does, whether or not it is enabled.
-void PressMouse(HWND window);
-
-/// A list on the server with one pack: 15.0.2.7.
-inline constexpr char kOnePack[] = "[Update Packs for Versions]\r\n15.0=\r\n[Varnexa15_0_2_7]\r\nSize=1\r\n";

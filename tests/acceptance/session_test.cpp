@@ -1,11 +1,22 @@
 #include <doctest.h>
 
-#include <regex>
+#include <windows.h>
 
-#include "acceptance/session.h"
+#include <dlgs.h>
+#include <prsht.h>
+
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <regex>
+#include <set>
+
+#include "acceptance/driver.h"
 #include "app/about_texts.h"
+#include "product/identity.h"
+#include "ui/ui_texts.h"
 #include "update/update_texts.h"
-#include "version.h"
 
 using support::Utf8;
 
@@ -13,6 +24,157 @@ namespace {
 
 constexpr char kFound[] = "Update details found. Exit code 3.";
 constexpr char kRetry[] = "Product Updates Retry Attempted...";
+/// Where Wine looks how to find libraries of the utility.
+constexpr wchar_t kLibraryRules[] = L"Software\\Wine\\AppDefaults\\QRTTavrelUtility.exe\\DllOverrides";
+
+int Count(std::string_view text, std::string_view part) {
+  int count = 0;
+  for (std::size_t at = 0; (at = text.find(part, at)) != text.npos; ++at) ++count;
+  return count;
+}
+
+/// Presses keys one after the other and releases them in the reverse order, as a keyboard does.
+void Press(const std::vector<BYTE>& keys) {
+  for (auto key = keys.begin(); key != keys.end(); ++key) keybd_event(*key, 0, 0, 0);
+  for (auto key = keys.rbegin(); key != keys.rend(); ++key) keybd_event(*key, 0, KEYEVENTF_KEYUP, 0);
+}
+
+void Close(HWND box, int button) {
+  PostMessageW(GetDlgItem(box, button), BM_CLICK, 0, 0);
+  CHECK(WaitUntil([box] { return !IsWindowVisible(box); }));
+}
+
+/// A user, the utility and a server that offers one pack (15.0.2.7) to a product at 15.0.2.5.
+struct Session {
+  InstalledMachine machine;
+  support::HttpReply reply = support::Reply(200, kOnePack);
+  support::HttpServer server{[this] { return reply; }};
+  std::size_t requests = 0;  ///< how many the server had when they were counted last
+  std::optional<Run> run;
+  HWND save_dialog = nullptr;
+  std::string page, log_file;  ///< texts of the log page and the log file when they were looked at last
+
+  Session() { RegDeleteTreeW(HKEY_CURRENT_USER, kLibraryRules); }
+  HWND Control(int id) const { return run->Control(id); }
+  void ShowPage(WPARAM index) const { Ask(run->Sheet(), PSM_SETCURSEL, index); }
+
+  // --- Before a run.
+
+  /// The server answers the next requests with `status` and a list of one pack.
+  void Serve(int status, unsigned pause_ms = 0) {
+    server.Stop();
+    reply = support::Reply(status, kOnePack);
+    reply.pause_ms = pause_ms;
+    server.Start();
+  }
+  void RegisterIcon(const std::wstring& path) {
+    support::SetRegistryText(support::UninstallKey(support::Layout::two), L"DisplayIcon", path);
+  }
+  void Settings(const std::string& lines) {
+    const std::filesystem::path path = machine.SettingsFile();
+    // The utility keeps the settings file open for a moment after it has written it.
+    WaitUntil([&] { return std::ofstream(path, std::ios::app).is_open(); });
+    machine.WriteSettings(lines);
+  }
+
+  // --- What the user does.
+
+  /// Starts the utility and ends one that still runs.
+  void Begin(const wchar_t* arguments = L"") {
+    page.clear();
+    run.reset();
+    requests = server.Requests().size();
+    run.emplace(machine.program, arguments);
+  }
+  void Start(const wchar_t* arguments = L"") {
+    Begin(arguments);
+    Answered();
+  }
+  /// Waits until the page shows a result.
+  void Answered() { REQUIRE(run->Answered()); }
+  /// Waits until the utility waits for the server.
+  void Blocked() {
+    REQUIRE(WaitUntil([&] { return server.Requests().size() > requests; }));
+    requests = server.Requests().size();
+  }
+  void Ended() { CHECK(run->End() == "exit code 0"); }
+  void Click(int id) { PostMessageW(Control(id), BM_CLICK, 0, 0); }
+  /// As a click, whether or not the control is enabled.
+  void Command(int id) { Ask(GetParent(Control(id)), WM_COMMAND, MAKEWPARAM(id, BN_CLICKED)); }
+  void SaveAs(const wchar_t* name) {
+    ShowPage(1);
+    Click(IDC_SAVE_LOG);
+    save_dialog = run->Dialog(nullptr);
+    const std::wstring path = machine.File(name);
+    Ask(GetDlgItem(save_dialog, cmb13), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+    PostMessageW(GetDlgItem(save_dialog, IDOK), BM_CLICK, 0, 0);
+  }
+
+  // --- What has to be seen.
+
+  /// A box with this text; it stays open.
+  HWND Box(std::wstring_view text, std::wstring_view title = identity::kWindowTitle) {
+    constexpr int kTextOfBox = 0xFFFF;
+    const HWND box = run->Dialog(save_dialog);
+    CHECK(WindowText(GetDlgItem(box, kTextOfBox)) == Utf8(text));
+    CHECK(WindowText(box) == Utf8(title));
+    return box;
+  }
+  /// The page shows `text` and the note, and of its buttons this one alone is enabled; 0: none.
+  void Page(std::string_view text, int enabled) {
+    const std::string message = WindowText(Control(IDC_MESSAGE));
+    CHECK_MESSAGE(Count(message, text) == 1, message);
+    CHECK(WindowText(Control(IDC_NOTE)) == Utf8(ui_texts::kNote));
+    for (const int id : {IDC_INSTALL, IDC_RETRY, IDC_CONTINUE}) {
+      CHECK((IsWindowEnabled(Control(id)) != FALSE) == (id == enabled));
+    }
+    CHECK((IsWindowVisible(Control(IDC_CONTINUE)) != FALSE) == (enabled == IDC_CONTINUE));
+    CHECK_FALSE(IsWindowVisible(Control(IDC_HIDE_NETWORK_ERRORS)));
+  }
+  /// Whether the screen shows the control's text, more than one colour along a line where it begins, while
+  /// the utility is blocked.
+  void Painted(int id, bool painted) {
+    RECT area{};
+    GetWindowRect(Control(id), &area);
+    const auto seen = [&] {
+      const HDC screen = GetDC(nullptr);
+      std::set<COLORREF> colors;
+      for (LONG x = area.left + 4; x < area.right - 5; ++x) colors.insert(GetPixel(screen, x, area.top + 8));
+      ReleaseDC(nullptr, screen);
+      return colors.size() > 1;
+    };
+    // The screen shows a drawing a moment later, but long before a slow server answers.
+    CHECK(WaitUntil([&] { return seen() == painted; }, reply.pause_ms / 2));
+  }
+  /// The log page has `text` so many times, and shows where the log file is.
+  void Logged(std::string_view text, int times = 1) {
+    ShowPage(1);
+    page = WindowText(Control(IDC_LOG_TEXT));
+    CHECK(WindowText(Control(IDC_LOG_FILE)) == Utf8(machine.LogFile()));
+    ShowPage(0);
+    CHECK_MESSAGE(Count(page, text) == times, page);
+  }
+  /// Something was added to the log file: this text once, and at the end the checks of the log page.
+  void LogFile(std::string_view text) {
+    const std::string log = machine.Log();
+    REQUIRE(log.starts_with(log_file));
+    // The file has the settings' lines between the header and the first check.
+    const std::size_t first = page.find("=========== Registered Data Entries Check : Start");
+    const std::string checks = page.substr(std::min(first, page.size()));
+    CHECK_MESSAGE(log.ends_with(std::regex_replace(checks, std::regex("\n\n?"), "\r\n")), log);
+    CHECK_MESSAGE(Count(log.substr(log_file.size()), std::string(text) + "\r\n") == 1, log);
+    log_file = log;
+  }
+  void File(const std::wstring& path, const std::string& text) {
+    const auto there = [&] { return support::ReadBytes(path).value_or("none"); };
+    WaitUntil([&] { return there() == text; });
+    CHECK(there() == text);
+  }
+  void SettingsAre(const std::string& lines) { File(machine.SettingsFile(), "[KORSA_URL]\r\n" + lines); }
+  void Shown(int id) {
+    CHECK(WaitUntil([&] { return IsWindowVisible(Control(id)) != FALSE; }));
+  }
+};
 
 }  // namespace
 
@@ -30,12 +192,7 @@ TEST_CASE_FIXTURE(Session, "the argument \"2\" alone asks for the start-up check
   }
 }
 
-TEST_CASE_FIXTURE(Session, "each run logs what the log page shows, and the page keeps its place") {
-  Start(L"/2");
-  Logged(kFound);
-  Click(IDC_CONTINUE);
-  Ended();
-  LogFile("Invoke Mode: Patch verfication.");
+TEST_CASE_FIXTURE(Session, "a run logs what the log page shows, and the page keeps its place") {
   Start();
   Logged(kFound);
   ShowPage(1);
@@ -67,11 +224,9 @@ TEST_CASE_FIXTURE(Session, "a start-up check without a window loads no library t
   machine.WriteSettings("IGNORE_PATCH_ERROR=TRUE\r\n");
   Begin(L"2");
   Blocked();
-  const std::set<std::wstring> loaded = run->Libraries();
-  CHECK(loaded.contains(L"wininet"));
-  for (const wchar_t* name : {L"comctl32", L"comdlg32", L"ole32", L"oleacc", L"uxtheme"}) {
-    CHECK_MESSAGE(!loaded.contains(name), Utf8(name));
-  }
+  CHECK(run->Has(L"wininet.dll"));
+  for (const wchar_t* name : {L"comctl32.dll", L"comdlg32.dll", L"ole32.dll", L"oleacc.dll", L"uxtheme.dll"})
+    CHECK_MESSAGE(!run->Has(name), Utf8(name));
   Ended();
 }
 
@@ -103,9 +258,16 @@ TEST_CASE_FIXTURE(Session, "during a check no old result is painted; only Escape
   Painted(IDC_MESSAGE, false);
   Press({VK_SPACE});
   Press({VK_RETURN});
-  PressMouse(Control(IDC_INSTALL));
+  RECT button{};
+  GetWindowRect(Control(IDC_INSTALL), &button);
+  SetCursorPos(button.left + 9, button.top + 9);
+  for (const DWORD event : {DWORD{MOUSEEVENTF_LEFTDOWN}, DWORD{MOUSEEVENTF_LEFTUP}})
+    mouse_event(event, 0, 0, 0, 0);
   Answered();
   Page("patch updates are available", IDC_INSTALL);
+  Logged(" Error : 404");
+  Logged(kRetry);
+  LogFile(" Error : 404");
   Press({VK_ESCAPE});
   Ended();
   for (const auto& closing : {std::vector<BYTE>{VK_ESCAPE}, {VK_MENU, VK_F4}}) {
@@ -157,7 +319,10 @@ TEST_CASE_FIXTURE(Session, "an update that cannot start says and logs why, also 
 }
 
 TEST_CASE_FIXTURE(Session, "only a Yes ends the product and starts the update; a folder keeps the name") {
-  for (const wchar_t* name : {L"product\\Qrt.exe", L"product\\Qrt.exe", L"QRT.EXE"}) Launch(name);
+  std::deque<Run> products;
+  support::CopyOver(machine.ProductFolder() + L"\\Qrt.exe", machine.File(L"QRT.EXE"));
+  for (const wchar_t* name : {L"product\\Qrt.exe", L"product\\Qrt.exe", L"QRT.EXE"})
+    REQUIRE(products.emplace_back(machine.File(name)).Idle());
   Start();
   Press({VK_RETURN});
   const HWND question = Box(ui_texts::kCloseProduct);
@@ -171,41 +336,29 @@ TEST_CASE_FIXTURE(Session, "only a Yes ends the product and starts the update; a
   Close(Box(ui_texts::kCloseProduct), IDYES);
   Ended();
   CHECK((!products[0].Runs() && !products[1].Runs() && products[2].Runs()));
-  File(L"product\\qrt-arguments.txt", "/update\r\n" + Utf8(machine.ProductFolder()) + "\r\n");
-}
-
-TEST_CASE_FIXTURE(Session, "a retry of an interactive check is on the log page and in the log file") {
-  server.Stop();
-  Start();
-  Logged(kRetry, 0);
-  LogFile("Connect to the server not successful.");
-  Serve(200);
-  Command(IDC_RETRY);
-  Logged(kRetry);
-  LogFile(kFound);
+  File(machine.ProductFolder() + L"\\qrt-arguments.txt",
+       "/update\r\n" + Utf8(machine.ProductFolder()) + "\r\n");
 }
 
 TEST_CASE_FIXTURE(Session, "of start-up checks the log page has the last retry, the log file every one") {
-  server.Stop();
-  Start(L"2");
-  Logged("Connect to the server not successful.");
+  Start(L"/2");
+  Logged(kFound);
   Logged("Invoke Mode: Regular.", 0);
-  Serve(200);
-  Command(IDC_RETRY);
-  Page("application is not installed", IDC_CONTINUE);
   Serve(404);
   Command(IDC_RETRY);
   Page("application is not installed", 0);
   Logged(" Error : 404");
+  Serve(200);
+  Command(IDC_RETRY);
+  Page("application is not installed", IDC_CONTINUE);
   Logged(kRetry);
-  LogFile("Connect to the server not successful.");
+  LogFile("Invoke Mode: Patch verfication.");
+  CHECK(Count(log_file, " Error : 404\r\n") == 1);
+  Click(IDC_CONTINUE);
+  Ended();
 }
 
 TEST_CASE_FIXTURE(Session, "the options are read, repaired, and written by a click") {
-  Settings("CHECKUPDATES= true \r\n");
-  Start();
-  Click(IDC_CHECK_ON_STARTUP);
-  SettingsAre("CHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
   Settings("CHECKUPDATES=false\r\nIGNORE_PATCH_ERROR=true\r\n");
   Start();
   SettingsAre("CHECKUPDATES=false\r\nIGNORE_PATCH_ERROR=true\r\n");
@@ -226,11 +379,11 @@ TEST_CASE_FIXTURE(Session, "the log is saved where the user says, and only a Yes
   Logged(kFound);
   SaveAs(L"log.TXT");
   Close(Box(ui_texts::kBadFileName), IDOK);
-  File(L"log.txt", "none");
+  File(machine.File(L"log.txt"), "none");
   SaveAs(L"have");
   Close(run->Dialog(save_dialog), IDYES);
   Close(Box(ui_texts::kLogSaved), IDOK);
-  File(L"have.txt", std::regex_replace(page, std::regex("\n"), "\r\n"));
+  File(machine.File(L"have.txt"), std::regex_replace(page, std::regex("\n"), "\r\n"));
   support::WriteBytes(machine.File(L"have.txt"), "old");
   const support::ShareLock lock(machine.File(L"have.txt"), FILE_SHARE_READ);
   SaveAs(L"have.txt");
@@ -239,5 +392,5 @@ TEST_CASE_FIXTURE(Session, "the log is saved where the user says, and only a Yes
   SaveAs(L"have.txt");
   Close(run->Dialog(save_dialog), IDNO);
   Close(save_dialog, IDCANCEL);
-  File(L"have.txt", "old");
+  File(machine.File(L"have.txt"), "old");
 }

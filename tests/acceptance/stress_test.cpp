@@ -10,7 +10,6 @@
 
 #include "acceptance/driver.h"
 #include "platform/sharing.h"
-#include "resource.h"
 
 using support::HttpServer;
 using support::ReadBytes;

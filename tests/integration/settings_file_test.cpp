@@ -173,11 +173,11 @@ TEST_CASE("a value that could not be read, or only in part, is read again before
   }
 }
 
-TEST_CASE("the page writes a default that the start could not") {
+TEST_CASE("the page writes the defaults that the start could not") {
   Machine machine;
-  machine.WriteSettings("CHECKUPDATES=maybe\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
+  machine.WriteSettings("CHECKUPDATES=maybe\r\n");
   UpdateOptions options;
   options.LoadUpdateOptions(machine.SettingsFile());
   CHECK(ReadBytes(machine.SettingsFile()) ==
-        "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=TRUE\r\n");
+        "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
 }
