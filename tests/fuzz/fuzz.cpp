@@ -33,25 +33,25 @@ bool Contains(View text, View part) {
   return text.find(part) != text.npos;
 }
 
-// The record ("-": none), the two numbers of the executable (one of them missing: unknown), the list.
+// The record ("-": none), the version of the executable, its third and fourth number, the list.
 void Decisions(const Text& in) {
   std::vector<Text> list = Split(in);
-  list.resize(std::max<std::size_t>(list.size(), 3));
-  const Text record = list[0], level = list[1], build = list[2];
-  list.erase(list.begin(), list.begin() + 3);
+  list.resize(std::max<std::size_t>(list.size(), 4));
+  const Text record = list[0], version = list[1], level = list[2], build = list[3];
+  list.erase(list.begin(), list.begin() + 4);
   LatestPack latest;
   FindLatestPack(list, latest);
   CheckFacts facts{.sections = list,
                    .latest = latest,
                    .record = record,
                    .record_version = ParseRecordVersion(record).value_or(0),
-                   .product_version = 15027,
+                   .product_version = text::ParseDecimal(version),
                    .product_level = level,
                    .product_build = build};
   if (record == L"-") facts.record.reset();
   const Decision decision = Decide(facts);
-  assert(!decision.delete_record ||
-         (CountRecordedPacks(list, record) + 1 == list.size() && facts.record_version > 15027));
+  assert(!decision.delete_record || (CountRecordedPacks(list, record) + 1 == list.size() &&
+                                     facts.record_version > facts.product_version));
   assert(!decision.offered.value_or(false) || list.size() > 1);
   assert(decision.entries.empty() == !decision.offered);
   // A pack above all others is the newest, wherever the list ends.

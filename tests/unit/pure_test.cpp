@@ -66,24 +66,21 @@ Text Compared(View in) {
   return WidenBytes(text + std::to_string(comparison.warnings));
 }
 
-// The record ("-": there is none), the executable's version, the list.
+// The record ("-": there is none), the executable's version, its third and fourth number, the list.
 Text DecideFor(View in) {
   std::vector<Text> sections = Split(in);
-  const Text record = sections[0], version = sections[1];
-  sections.erase(sections.begin(), sections.begin() + 2);
-  std::vector<Text> fields = Split(version, L'.');
-  fields.resize(4);
+  const Text record = sections[0], version = sections[1], level = sections[2], build = sections[3];
+  sections.erase(sections.begin(), sections.begin() + 4);
   LatestPack latest;
   FindLatestPack(sections, latest);
   CheckFacts facts{.sections = sections,
                    .latest = latest,
                    .record = record,
                    .record_version = ParseRecordVersion(record).value_or(0),
-                   .product_level = fields[2],
-                   .product_build = fields[3]};
+                   .product_version = text::ParseDecimal(version),
+                   .product_level = level,
+                   .product_build = build};
   if (record == L"-") facts.record.reset();
-  const auto number = [&](std::size_t field) { return text::ParseDecimal(fields[field]); };
-  if (!version.empty()) facts.product_version = text::FoldVersion(number(0), number(1), number(2), number(3));
   const Decision decision = Decide(facts);
   Text told = std::to_wstring(decision.exit_code);
   told += !decision.offered ? L" as before" : *decision.offered ? L" yes" : L" no";
