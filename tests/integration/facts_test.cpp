@@ -198,14 +198,13 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
 
 TEST_CASE("a settings folder and file that another start makes at the same moment are used") {
   Machine machine;
-  const std::string seed = *FileOf(kNever);
-  WriteBytes(SeedOf(machine), seed);
+  WriteBytes(SeedOf(machine), *FileOf("CHECKUPDATES=TRUE"));
   const ImportHook<CreateDirectoryW> race("CreateDirectoryW", [&](auto path, auto security) {
     if (!std::wstring_view(path).ends_with(L"QRT15\\")) race.original(path, security);
     return race.original(path, security);
   });
   const ImportHook<CreateFileW> file_race("CreateFileW", [&](auto path, auto... all) {
-    if (path == machine.SettingsFile() && !ReadBytes(path)) WriteBytes(path, seed);
+    if (path == machine.SettingsFile() && !ReadBytes(path)) WriteBytes(path, *FileOf(kNever));
     return file_race.original(path, all...);
   });
   RunState run;

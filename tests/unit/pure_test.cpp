@@ -9,7 +9,6 @@
 #include "console/text.h"
 #include "log/log_rules.h"
 #include "packcheck/report.h"
-#include "product/identity.h"
 #include "support/table.h"
 #include "text/text.h"
 #include "ui/page_rules.h"
@@ -89,12 +88,6 @@ Text DecideFor(View in) {
   return told;
 }
 
-Text Joined(const std::vector<Text>& names) {
-  Text joined;
-  for (const Text& name : names) joined.append(L"|").append(name);
-  return joined;
-}
-
 const std::map<Text, Text (*)(View)> kFunctions = {
     {L"Newest", Newest},
     {L"Recorded",
@@ -109,12 +102,6 @@ const std::map<Text, Text (*)(View)> kFunctions = {
      }},
     {L"Decide", DecideFor},
     {L"Request", [](View in) { return Text(RequestPath(in, L"up.example").value_or(L"none")); }},
-    {L"Buffer",
-     [](View in) {
-       std::vector<Text> names;
-       AppendSectionNames(in, names);
-       return Joined(names);
-     }},
     {L"Warnings", Warned},
     {L"Compare", Compared},
     {L"Printable",
@@ -203,15 +190,6 @@ TEST_CASE("the page shows updates, a failure or neither, and the buttons for the
   CHECK(page({.interactive = false, .last_updates_found = true}, false) == with(L"C", kNotInstalled));
 }
 
-// Other programs know these names: the product, its installer, the update server and the readers of the logs.
-TEST_CASE("names that are shared with other programs") {
-  CHECK(View(L"" TAVREL_MAKER) == L"NORVIK Software Inc.");
-  CHECK(identity::kProductLabel == L"Varnexa 15.0");
-  CHECK(identity::kWindowTitle == L"Varnexa 15.0 Tavrel Utility");
-  CHECK(identity::kProductImage == L"Qrt.exe");
-  CHECK(identity::kLogFolder == L"\\Varnexa\\QRT15");
-}
-
 TEST_CASE("lists, records and logs are parsed as their table says") {
   Text function;
   for (const Row& row : ReadTable("unit/rows.txt")) {
@@ -227,8 +205,16 @@ TEST_CASE("lists, records and logs are parsed as their table says") {
 TEST_CASE("the sections of a list have the names that Windows finds, as many as a buffer holds") {
   for (const Row& row : ReadTable("unit/section_names.txt")) {
     const std::vector<Text> names = ReadSectionNames(Bytes(row.input));
-    CHECK(Literal(std::to_wstring(CountWholeNames(names, 8)) + Joined(names)) == Literal(row.result));
+    Text joined = std::to_wstring(CountWholeNames(names, 8));
+    for (const Text& name : names) joined.append(L"|").append(name);
+    CHECK(Literal(joined) == Literal(row.result));
   }
+}
+
+TEST_CASE("the names in a buffer end at the first empty one") {
+  std::vector<Text> names;
+  AppendSectionNames({L"H\0P_1\0\0P_2\0", 11}, names);
+  CHECK(names == std::vector<Text>{L"H", L"P_1"});
 }
 
 TEST_CASE("packs beyond the clients' buffer are a warning, and the newest of all packs is one of its own") {
