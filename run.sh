@@ -51,10 +51,7 @@ done
   die "unknown scene: $scene; ./run.sh --list names them"
 [[ $mode == regular || $mode == patch ]] || die "unknown mode: $mode"
 [[ $arch == win32 || $arch == win64 ]] || die "unknown kind of Windows: $arch"
-if ! [[ $seconds =~ ^[0-9]{1,3}$ ]] || ((10#$seconds > 600)); then
-  die "not a number of seconds from 0 to 600: $seconds"
-fi
-seconds=$((10#$seconds))
+[[ $seconds =~ ^(0|[1-9][0-9]?|[1-5][0-9]{2}|600)$ ]] || die "not a number of seconds from 0 to 600: $seconds"
 # The sandbox can use a display through its socket only, not over the network.
 if [[ $display == desktop ]] &&
   ! [[ $DISPLAY =~ ^(unix)?:([0-9]+) && -S /tmp/.X11-unix/X${BASH_REMATCH[2]} ]]; then
@@ -62,10 +59,7 @@ if [[ $display == desktop ]] &&
   display=virtual
 fi
 only_arch=$(sed -n 's/^arch=//p' "$repo/demo/scenes/$scene")
-if [[ -n $only_arch && $only_arch != "$arch" ]]; then
-  say "This scene needs $only_arch; using that"
-  arch=$only_arch
-fi
+[[ ${only_arch:-$arch} == "$arch" ]] || die "the scene $scene needs --arch $only_arch"
 
 "$repo/scripts/setup.sh"
 "$repo/scripts/build.sh" release QRTTavrelUtility standins
@@ -86,7 +80,6 @@ show() {
   if [[ -s ${1-} ]]; then tr -d '\r' <"$1"; else echo '(none)'; fi
 }
 
-pictures=$(find "$output" -name 'picture-*.png' -printf x)
 show "The utility's log file" "$(find "$output" -name '*.log' ! -name requests.log -print -quit)"
 show "Requests that the update server received" "$output/requests.log"
 show "korsa.ini in the user's Documents folder" "$output/settings.ini"
@@ -95,10 +88,6 @@ if [[ -e $output/started.txt ]]; then
 fi
 printf '\nThe utility ended with exit code %s' "$(<"$output/exit-code")"
 if [[ $display == virtual ]]; then
-  if [[ -n $pictures ]]; then
-    printf ' after showing %d window(s)' "${#pictures}"
-  else
-    printf ' without showing a window'
-  fi
+  printf ' after showing %d window(s)' "$(find "$output" -name 'picture-*.png' | wc -l)"
 fi
 printf '.\nPictures, log file and request log: %s\n' "$output"

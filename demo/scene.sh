@@ -88,12 +88,10 @@ register_product() {
 }
 
 start_server() {
-  local other_hosts
-  other_hosts=$(grep -v ' updates\.varnexa\.example$' "$TAVREL_HOSTS")
-  {
-    printf '%s\n' "$other_hosts"
-    if [[ -n $server_address ]]; then printf '%s updates.varnexa.example\n' "$server_address"; fi
-  } >"$TAVREL_HOSTS"
+  local hosts
+  hosts=$(grep -v ' updates\.varnexa\.example$' "$TAVREL_HOSTS")
+  if [[ -n $server_address ]]; then hosts+=$'\n'"$server_address updates.varnexa.example"; fi
+  printf '%s\n' "$hosts" >"$TAVREL_HOSTS"
   : >"$work/requests.log"
   [[ $server == up ]] || return 0
   sed -e "s|@WORK@|$work|; s|@RATE@|$rate|" "$repo/demo/nginx.conf" >"$work/nginx.conf"

@@ -33,18 +33,14 @@ packages=(
 )
 log=$build_root/setup.log
 
+# An installed package has its architecture in its name, and where that is this machine's also a name without it.
 missing_packages() {
-  local package installed
-  installed=$(dpkg-query --show --showformat '${db:Status-Status} ${Package}:${Architecture}\n' |
-    sed -n 's/^installed //p')
-  for package in "${packages[@]}"; do
-    if [[ $package == *:* ]]; then
-      grep -qxF "$package" <<<"$installed" || printf '%s\n' "$package"
-    else
-      grep -qxE "${package//+/\\+}:(all|$(dpkg --print-architecture))" <<<"$installed" ||
-        printf '%s\n' "$package"
-    fi
-  done
+  local native
+  native=$(dpkg --print-architecture)
+  printf '%s\n' "${packages[@]}" | grep -vxF -f <(
+    dpkg-query --show --showformat '${db:Status-Status} ${Package}:${Architecture}\n' |
+      sed -nE "/^installed /{ s///p; s/:(all|$native)\$//p }"
+  )
 }
 
 as_root() {
