@@ -96,17 +96,12 @@ INT_PTR CALLBACK NoDialog(HWND, UINT, WPARAM, LPARAM) {
   return FALSE;
 }
 
-template <typename Function>
-Function* Load(const wchar_t* library, const char* function) {
-  return reinterpret_cast<Function*>(
-      reinterpret_cast<void*>(GetProcAddress(LoadLibraryW(library), function)));
-}
-
 // Like the utility, it loads the libraries of windows by name.
 void ShowEmptySheet(HINSTANCE instance) {
+  platform::SystemLibrary controls(L"comctl32.dll"), com(L"ole32.dll");
   const INITCOMMONCONTROLSEX classes{sizeof classes, 0xFF};
-  Load<decltype(InitCommonControlsEx)>(L"comctl32.dll", "InitCommonControlsEx")(&classes);
-  Load<decltype(CoInitializeEx)>(L"ole32.dll", "CoInitializeEx")(
+  platform::SystemFunction<decltype(&InitCommonControlsEx)>(controls, "InitCommonControlsEx")(&classes);
+  platform::SystemFunction<decltype(&CoInitializeEx)>(com, "CoInitializeEx")(
       nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
   platform::ReadFileVersion(platform::ModulePath());
   PROPSHEETPAGEW pages[2]{};
@@ -123,7 +118,7 @@ void ShowEmptySheet(HINSTANCE instance) {
   header.pszCaption = L"floor";
   header.nPages = 2;
   header.ppsp = pages;
-  Load<decltype(PropertySheetW)>(L"comctl32.dll", "PropertySheetW")(&header);
+  platform::SystemFunction<decltype(&PropertySheetW)>(controls, "PropertySheetW")(&header);
 }
 
 }  // namespace
