@@ -28,26 +28,25 @@ while (($#)); do
   esac
 done
 
-# picture | scene | mode | seconds before the picture | keys pressed in the middle of that time
+# picture, scene, mode, seconds before the picture, keys pressed in the middle of that time
 table='
-regular-checking       |slow         |regular|1|
-regular-offered        |offered      |regular|3|
-regular-none           |matching     |regular|3|
-regular-not-found      |not-found    |regular|3|
-regular-no-connection  |no-network   |regular|3|
-regular-mismatch       |host-mismatch|regular|3|
-regular-not-installed  |not-installed|regular|3|
-regular-install        |offered      |regular|3|Return
-regular-log            |offered      |regular|3|ctrl+Tab
-patch-offered          |offered      |patch  |3|
-patch-missing-facts    |missing-facts|patch  |3|
-about                  |offered      |regular|4|alt+space Up Return
+regular-checking       slow           regular  1
+regular-offered        offered        regular  3
+regular-none           matching       regular  3
+regular-not-found      not-found      regular  3
+regular-no-connection  no-network     regular  3
+regular-mismatch       host-mismatch  regular  3
+regular-not-installed  not-installed  regular  3
+regular-install        offered        regular  3  Return
+regular-log            offered        regular  3  ctrl+Tab
+patch-offered          offered        patch    3
+patch-missing-facts    missing-facts  patch    3
+about                  offered        regular  4  alt+space Up Return
 '
 if ! [[ $dpi =~ ^[1-9][0-9]{1,2}$ ]] || ((dpi < 96 || dpi > 384)); then
   die "not a number of dots per inch from 96 to 384: $dpi"
 fi
-names=$(sed -n 's/^\([a-z-]*\) *|.*/\1/p' <<<"$table")
-[[ -z $only ]] || grep -qxF -e "$only" <<<"$names" || die "no picture is named '$only'; they are: ${names//$'\n'/ }"
+rows=$(grep "^${only:-[a-z-]*} " <<<"$table") || die "no picture is named '$only' in the table of scripts/pictures.sh"
 
 shots=$build_root/pictures
 
@@ -79,11 +78,9 @@ press_keys() {
   for key in "$@"; do xdotool key "$key"; sleep 0.4; done
 }
 
-take_picture() {
-  local keys=()
-  read -r -a keys <<<"$5"
+take_picture() {  # a row
   say "Picture $1"
-  if ((${#keys[@]})); then press_keys "${keys[@]}" & fi
+  if (($# > 4)); then press_keys "${@:5}" & fi
   timeout --foreground 120 "$repo/demo/scene.sh" "$2" "$3" "$4" "$shots/scene" "$build_root/release"
   wait
   # Keeps the window only; the desktop around it is black.
@@ -104,8 +101,4 @@ if [[ -z ${TAVREL_SANDBOX-} ]]; then
 fi
 . "$build_root/release/generated/product.sh"
 set_up_display >/dev/null
-while IFS='|' read -r name scene mode seconds keys; do
-  name=${name// /}
-  if [[ -z $name || (-n $only && $name != "$only") ]]; then continue; fi
-  take_picture "$name" "${scene// /}" "${mode// /}" "$seconds" "$keys" </dev/null
-done <<<"$table"
+while read -ra row; do take_picture "${row[@]}" </dev/null; done <<<"$rows"
