@@ -8,10 +8,15 @@
 #include "platform/system_text.h"
 #include "product/identity.h"
 
+namespace {
+
+/// The product label followed by " Build Version : NA".
 std::wstring InitialBuildLine() {
   return std::wstring(identity::kProductLabel).append(log_texts::kBuildVersion);
 }
 
+/// The six entries at the head of a run's log, each followed by "\n\n". `invoke_mode` is the end of the last
+/// entry. Contains the local time.
 std::wstring RunHeader(bool administrator, std::wstring_view invoke_mode) {
   std::wstring header;
   const auto add = [&header](std::initializer_list<std::wstring_view> parts) {
@@ -27,6 +32,8 @@ std::wstring RunHeader(bool administrator, std::wstring_view invoke_mode) {
        invoke_mode});
   return header;
 }
+
+}  // namespace
 
 void ActivityLog::AppendLogLine(std::wstring_view text) {
   log_text_.append(text).append(L"\n\n");
@@ -48,4 +55,29 @@ void ActivityLog::WriteRunHeader() {
 void ActivityLog::ApplyBuildVersionToLog(std::wstring_view file_version) {
   log_rules::ReplaceBuildLine(log_text_, build_line_, file_version);
   dated_log_.ApplyBuildVersion(build_line_, file_version);
+}
+
+void SheetLog::AppendSheetLine(std::wstring_view text, bool single) {
+  if (text.empty()) return;
+  sheet_log_.append(text).append(single ? L"\n" : L"\n\n");
+}
+
+void SheetLog::Append(std::wstring_view entry) {
+  if (entry.empty()) return;
+  AppendSheetLine(entry);
+  dated_log_.AppendEntry(entry);
+}
+
+bool SheetLog::WriteRegularRunHeader() {
+  const bool administrator = platform::IsRunningAsAdmin();
+  g_strBuildLine = InitialBuildLine();
+  const std::wstring header = RunHeader(administrator, log_texts::kInvokedByUser);
+  sheet_log_ += header;
+  dated_log_.SetHeader(header);
+  return administrator;
+}
+
+void SheetLog::ApplyBuildVersionToLog(std::wstring_view file_version) {
+  log_rules::ReplaceBuildLine(sheet_log_, g_strBuildLine, file_version);
+  dated_log_.ApplyBuildVersion(g_strBuildLine, file_version);
 }

@@ -2,8 +2,8 @@
 
 #include "framework/dialogs.h"
 #include "framework/property_sheet.h"
+#include "log/activity_log.h"
 #include "log/log_rules.h"
-#include "log/sheet_log.h"
 #include "log/system_log.h"
 #include "platform/files.h"
 #include "platform/sharing.h"

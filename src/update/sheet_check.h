@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "log/sheet_log.h"
+#include "log/activity_log.h"
 #include "settings/run_state.h"
 
 /// The interactive check of the main sheet, its status and its log. The status lives as long as the sheet.

@@ -9,7 +9,6 @@
 
 #include "log/activity_log.h"
 #include "log/log_texts.h"
-#include "log/sheet_log.h"
 #include "platform/administrator.h"
 #include "platform/sharing.h"
 #include "platform/system_text.h"
