@@ -11,7 +11,9 @@ enum class OptionText {
   no
 };
 
-/// Reads `key` of the section kSettingsSection; logs nothing.
+/// The value of `key`, not trimmed, at most 511 characters.
+std::wstring ReadSetting(const std::wstring& settings_file, const wchar_t* key);
+/// Reads a key that should be an option; logs nothing.
 OptionText ReadOption(const std::wstring& settings_file, const wchar_t* key);
 /// As ReadOption; replaces a missing or malformed value by `value`, as RepairOption does.
 OptionText ReadOptionOrRepair(const std::wstring& settings_file, const wchar_t* key, bool value);

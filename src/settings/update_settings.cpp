@@ -1,18 +1,9 @@
 #include "settings/update_settings.h"
 
-#include "platform/profile.h"
 #include "product/identity.h"
 #include "settings/option.h"
 #include "settings/settings_texts.h"
 #include "text/text.h"
-
-namespace {
-
-std::wstring Read(const std::wstring& file, const wchar_t* key) {
-  return platform::ReadProfileText(file, kSettingsSection, key, kSettingsValueCapacity);
-}
-
-}  // namespace
 
 void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool& update_loc_url_mode,
                                         WriteBack write_back) {
@@ -27,8 +18,8 @@ void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool&
 
   // UPDATE_LOC_URL takes precedence over UPDATE_LOC and is trimmed only afterwards. A value of blanks
   // therefore selects the default host, even when UPDATE_LOC is set.
-  const std::wstring url = Read(settings_file, settings_texts::kUpdateLocUrlKey);
-  const std::wstring host = Read(settings_file, settings_texts::kUpdateLocKey);
+  const std::wstring url = ReadSetting(settings_file, settings_texts::kUpdateLocUrlKey);
+  const std::wstring host = ReadSetting(settings_file, settings_texts::kUpdateLocKey);
   if (!url.empty()) update_loc_url_mode = true;
   UpdateLocation = text::Trim(url.empty() ? host : url);
   if (UpdateLocation.empty()) {
@@ -41,7 +32,7 @@ void UpdateSettings::ReadUpdateSettings(const std::wstring& settings_file, bool&
                                                               : ReadOption(settings_file, key);
   IgnorePatchError = ignore == OptionText::yes;
 
-  const std::wstring timeout_value = Read(settings_file, settings_texts::kTimeoutKey);
+  const std::wstring timeout_value = ReadSetting(settings_file, settings_texts::kTimeoutKey);
   const std::wstring_view timeout = text::Trim(timeout_value);
   TimeoutMs = timeout.empty() ? kDefaultTimeoutMs : text::SecondsToMilliseconds(text::ParseDecimal(timeout));
 }

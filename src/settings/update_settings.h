@@ -3,11 +3,6 @@
 #include <cstdint>
 #include <string>
 
-/// Section of korsa.ini that holds every key of this program.
-inline constexpr wchar_t kSettingsSection[] = L"KORSA_URL";
-/// Capacity, in characters, of the buffer that a settings value is read into.
-inline constexpr unsigned kSettingsValueCapacity = 512;
-
 /// In milliseconds; used if the settings have no "TIMEOUT".
 inline constexpr std::int32_t kDefaultTimeoutMs = 60'000;
 
