@@ -38,7 +38,10 @@ BOOL CQRTTavrelUtilityApp::InitInstance() {
   ResolveSettingsFile();
   LaunchedFromPatchCheck = !regular && RunStartUpCheck();
   if (regular || LaunchedFromPatchCheck) {
-    ShowSheet();
+    CTavrelSheet sheet(*this);
+    SetMainWindow(&sheet);
+    sheet.Run();
+    SetMainWindow(nullptr);
   } else {
     DatedLog().OpenSystemLog();
   }
@@ -66,11 +69,4 @@ bool CQRTTavrelUtilityApp::RunStartUpCheck() {
   if (check.m_bNetworkError && check.IgnorePatchError) return false;
   CheckFailed = check.m_bCheckFailed;
   return check.m_bUpdatesAvailable || check.m_bCheckFailed;
-}
-
-void CQRTTavrelUtilityApp::ShowSheet() {
-  CTavrelSheet sheet(*this);
-  SetMainWindow(&sheet);
-  sheet.Run();
-  SetMainWindow(nullptr);
 }

@@ -13,5 +13,4 @@ class CQRTTavrelUtilityApp : public CWinApp, public RunState {
   void InitialiseRunState();
   /// True when the sheet has to show the check's result.
   bool RunStartUpCheck();
-  void ShowSheet();
 };

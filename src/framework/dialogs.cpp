@@ -15,17 +15,14 @@ platform::SystemFunction<decltype(&::GetSaveFileNameW)> GetSaveFile(common_dialo
 
 constexpr std::size_t kLongestPath = 32768;
 
-HWND MessageOwner() {
-  const CWnd* main = CWinApp::Current()->MainWindow();
-  return main == nullptr || main->Handle() == nullptr ? nullptr : GetLastActivePopup(main->Handle());
-}
-
 }  // namespace
 
 int ShowMessage(const std::wstring& text, UINT flags, const std::wstring& title) {
   CWinApp::PrepareWindows();
   const std::wstring& caption = title.empty() ? CWinApp::Current()->Title() : title;
-  const HWND owner = MessageOwner();
+  const CWnd* main = CWinApp::Current()->MainWindow();
+  const bool shown = main != nullptr && main->Handle() != nullptr;
+  const HWND owner = shown ? GetLastActivePopup(main->Handle()) : nullptr;
   // Without an owner, only this flag brings the box in front of the program that started this one.
   if (owner == nullptr) flags |= MB_SETFOREGROUND;
   return MessageBoxW(owner, text.c_str(), caption.c_str(), flags);

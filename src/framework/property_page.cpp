@@ -37,13 +37,6 @@ void CPropertyPage::PostFocus() {
   PostMessageW(Handle(), kFocusMessage, 0, 0);
 }
 
-void CPropertyPage::MoveFocus() const {
-  const HWND control = FocusTarget();
-  if (control == nullptr || !IsWindowVisible(Handle())) return;
-  // Unlike SetFocus, WM_NEXTDLGCTL also updates the default button.
-  SendMessageW(sheet_->Handle(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
-}
-
 void CPropertyPage::NotifySiblings() {
   SendMessageW(sheet_->Handle(), PSM_QUERYSIBLINGS, 0, 0);
 }
@@ -70,7 +63,9 @@ bool CPropertyPage::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESUL
       OnCommand(LOWORD(wparam), HIWORD(wparam));
       return true;
     case kFocusMessage:
-      MoveFocus();
+      // Unlike SetFocus, WM_NEXTDLGCTL also updates the default button.
+      if (IsWindowVisible(Handle()))
+        SendMessageW(sheet_->Handle(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(FocusTarget()), TRUE);
       return true;
     case PSM_QUERYSIBLINGS:
       OnSiblingChanged();

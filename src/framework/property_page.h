@@ -35,8 +35,8 @@ class CPropertyPage : public CWnd {
   virtual void OnInitDialog() = 0;
   /// Called before the page is shown; an override calls the base's.
   virtual void OnSetActive();
-  /// The control, of the page or the sheet, that the user needs next; null: none.
-  virtual HWND FocusTarget() const { return nullptr; }
+  /// The control, of the page or the sheet, that the user needs next.
+  virtual HWND FocusTarget() const = 0;
   /// Called after another page has changed data that this page shows.
   virtual void OnSiblingChanged() {}
   /// Called for a control's notification. `id`: the control. `code`: as in WM_COMMAND.
@@ -47,7 +47,6 @@ class CPropertyPage : public CWnd {
  private:
   friend class CPropertySheet;
 
-  void MoveFocus() const;
   PROPSHEETPAGEW Header(HINSTANCE instance);
   static INT_PTR CALLBACK DialogProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   INT_PTR HandleMessage(UINT message, WPARAM wparam, LPARAM lparam);

@@ -84,19 +84,17 @@ void CPropertySheet::RunLoop() {
     // then delivers.
     MsgWaitForMultipleObjectsEx(0, nullptr, INFINITE, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
     MSG message;
-    if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) Dispatch(message);
+    if (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+      if (message.message == WM_QUIT) {
+        EndDialog(IDCANCEL);
+      } else if (!PropSheet_IsDialogMessage(Handle(), &message)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+      }
+    }
     if (result_) return;
     // Without a current page, the user has closed the sheet.
     if (Handle() == nullptr || PropSheet_GetCurrentPageHwnd(Handle()) == nullptr) EndDialog(IDCANCEL);
-  }
-}
-
-void CPropertySheet::Dispatch(MSG& message) {
-  if (message.message == WM_QUIT) {
-    EndDialog(IDCANCEL);
-  } else if (!PropSheet_IsDialogMessage(Handle(), &message)) {
-    TranslateMessage(&message);
-    DispatchMessageW(&message);
   }
 }
 

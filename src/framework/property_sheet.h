@@ -44,7 +44,6 @@ class CPropertySheet : public CWnd {
   bool Create();
   void ShowIcon();
   void RunLoop();
-  void Dispatch(MSG& message);
 
   std::wstring title_;
   std::vector<CPropertyPage*> pages_;

@@ -77,14 +77,6 @@ LRESULT CWnd::Default(UINT message, WPARAM wparam, LPARAM lparam) {
   return CallDefault(handle_, message, wparam, lparam);
 }
 
-void CWnd::BeginWaitCursor() {
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-}
-
-void CWnd::EndWaitCursor() {
-  SetCursor(LoadCursorW(nullptr, IDC_ARROW));
-}
-
 HBRUSH CWnd::ReflectColor(UINT message, WPARAM wparam, LPARAM lparam) {
   DWORD_PTR object = 0;
   if (!GetSubclass(reinterpret_cast<HWND>(lparam), &CWnd::Procedure, kSubclassId, &object)) return nullptr;

@@ -44,10 +44,6 @@ class CWnd {
   /// Sends a parent's WM_CTLCOLOR… message to the object of the control that it concerns; returns its brush.
   static HBRUSH ReflectColor(UINT message, WPARAM wparam, LPARAM lparam);
 
-  /// Shows the hourglass until EndWaitCursor or until the next message that sets a cursor.
-  static void BeginWaitCursor();
-  static void EndWaitCursor();
-
   /// Keeps the handle without subclassing, for dialog pages, whose messages arrive by the dialog procedure.
   void Adopt(HWND window) { handle_ = window; }
 

@@ -27,8 +27,7 @@ std::wstring_view Trim(std::wstring_view value, std::wstring_view blanks) {
 }
 
 bool EqualsIgnoreCase(std::wstring_view left, std::wstring_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](wchar_t a, wchar_t b) { return ToLower(a) == ToLower(b); });
+  return std::ranges::equal(left, right, {}, ToLower, ToLower);
 }
 
 bool IsTrueText(std::wstring_view value) {

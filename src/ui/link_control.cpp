@@ -40,10 +40,6 @@ COLORREF ReadableOnFace(COLORREF color, COLORREF other) {
   return std::abs(difference) >= kReadableDifference ? color : other;
 }
 
-bool IsOpenKey(WPARAM key) {
-  return key == VK_SPACE || key == VK_RETURN;
-}
-
 int TextWidth(HWND window, HFONT font, const std::wstring& text) {
   const WindowContext context(window);
   const HGDIOBJ previous = SelectObject(context.get(), font);
@@ -124,7 +120,7 @@ bool CLogFileLink::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT
       return true;
     }
     case WM_KEYDOWN:
-      if (!IsOpenKey(wparam)) return false;
+      if (wparam != VK_SPACE && wparam != VK_RETURN) return false;
       OpenText();
       return true;
     case WM_SETFOCUS:

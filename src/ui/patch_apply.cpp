@@ -108,7 +108,7 @@ void PatchApply::BuildUpdaterCommand() {
 
 void PatchApply::OnInstallUpdates() {
   // When nothing is launched, the next message that sets the cursor ends the wait cursor.
-  BeginWaitCursor();
+  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
   const std::wstring obstacle = LaunchObstacle(m_strUpdaterFolder, m_strUpdaterFile);
   if (!obstacle.empty()) {
     sheet_.Append(obstacle);
@@ -124,7 +124,7 @@ void PatchApply::OnInstallUpdates() {
   BuildUpdaterCommand();
   LaunchUpdate(m_strUpdaterFolder, m_strUpdaterCommand);
   EndDialog(IDOK);
-  EndWaitCursor();
+  SetCursor(LoadCursorW(nullptr, IDC_ARROW));
   UpdatePageState();
   CWinApp::Current()->ExitInstance();
 }

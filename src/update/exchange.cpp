@@ -71,17 +71,13 @@ void UpdateEngine::SetErrorText(std::wstring_view text) {
   if (!text.empty()) m_strErrorText.append(update_texts::kErrorPrefix).append(text);
 }
 
-void UpdateEngine::FailWith(std::wstring_view error_text) {
-  SetErrorText(error_text);
-  log_.Append(m_strErrorText);
-}
-
 bool UpdateEngine::ReportFailure(std::wstring_view message, unsigned long error, std::wstring_view advice) {
   log_.Append(message);
   SetCheckFailed(true);
   std::wstring code = text::FormatDecimal(error);
   MatchNetworkErrorCode(code);
-  FailWith(code.append(advice));
+  SetErrorText(code.append(advice));
+  log_.Append(m_strErrorText);
   return false;
 }
 
@@ -91,7 +87,8 @@ void UpdateEngine::DownloadUpdateList(std::vector<std::wstring>& sections) {
   if (path.empty()) {
     log_.Append(update_texts::kInvalidTagThree);
     SetCheckFailed(true);
-    FailWith(update_texts::kMismatch);
+    SetErrorText(update_texts::kMismatch);
+    log_.Append(m_strErrorText);
     return;
   }
   if (!wininet::InternetCheckConnectionW(identity::kProbeAddress, FLAG_ICC_FORCE_CONNECTION, 0)) {

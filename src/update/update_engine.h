@@ -80,7 +80,6 @@ class UpdateEngine : public RegisteredDataEntries, public UpdateSettings {
   bool CopyBody(void* request, const ExchangeProgress& progress, ListFile& file);
   /// Logs and stores a failure, with `advice` after its code. Returns false.
   bool ReportFailure(std::wstring_view message, unsigned long error, std::wstring_view advice = {});
-  void FailWith(std::wstring_view error_text);
   void DeleteRecord(const std::wstring& path);
 
   const CheckVariant variant_;
