@@ -29,7 +29,6 @@ menu="$drive/ProgramData/Microsoft/Windows/Start Menu/Programs/Varnexa"
 settings=$drive/users/$(id -un)/Documents/Varnexa
 
 quietly() { "$@" >/dev/null 2>&1; }
-window() { xdotool search --onlyvisible --name 'Varnexa 15.0 Tavrel Utility'; }
 entry() { wine reg query "$uninstall Tavrel Utility" "${view[@]}" 2>/dev/null; }
 is_gone() { ! quietly "$1"; }
 
@@ -69,12 +68,12 @@ remove() {
   timeout 60 wine "$(find "$drive" -name QRTTavrelUtility-uninstall.exe)" "$@" || return
   [[ $* == *_\?=* ]] || wait_until 60 is_gone entry
 }
+has_log() { find "$logs" -name '*.log' | grep -q .; }
+# The installed program writes its log, and copies the user's settings from the installed korsa.ini.
 start_utility() {
-  (cd "$programs/QRT15" && exec wine QRTTavrelUtility.exe) & utility=$! && wait_until 60 quietly window
+  (cd "$programs/QRT15" && exec wine QRTTavrelUtility.exe) & utility=$!
+  wait_until 60 has_log && cmp "$programs/QRT15/korsa.ini" "$settings/QRT15/korsa.ini"
 }
-# While a check blocks the window, taskkill's WM_CLOSE can be lost: ask again.
-has_closed() { quietly wine taskkill /im QRTTavrelUtility.exe || true; ! kill -0 "$utility" 2>/dev/null; }
-close_utility() { wait_until 60 has_closed; }
 # The utility ends two seconds after the installer has started.
 new_while_closing() { { sleep 2 && kill -KILL "$utility"; } & new /S; }
 moved_seed() { grep -q TIMEOUT=20 "$drive/Tools/Ütility 2/korsa.ini"; }
@@ -106,10 +105,6 @@ VersionMajor=0x${version%%.*}
 VersionMinor=0x0
 END
 }
-# The installed program writes its log, and copies the user's settings from the installed korsa.ini.
-first_start() {
-  start_utility && close_utility && cmp "$programs/QRT15/korsa.ini" "$settings/QRT15/korsa.ini"
-}
 
 for key in "$uninstall Tavrel Utility" "$maker"; do quietly wine reg delete "$key" /f "${view[@]}" || true; done
 rm -rf "$programs" "$logs" "$drive/Tools" "$drive/product" "$drive/link" "$drive/closed" "$menu" "$settings"
@@ -124,8 +119,7 @@ mkdir "$programs/QRT15/QRTTavrelUtility.exe.new"
 check 'a program that cannot be written' 2 'says cannot.be.written.to.C: /S'
 rmdir "$programs/QRT15/QRTTavrelUtility.exe.new"
 check 'the uninstall entry is complete' 0 entry_says
-check 'the installed program works' 0 first_start +logs/QRT15/log +settings{,/QRT15{,/ini}}
-start_utility
+check 'the installed program works' 0 start_utility +logs/QRT15/log +settings{,/QRT15{,/ini}}
 check 'the utility is running' 3 'new /S'
 check 'the utility to be removed is running' 3 "remove /S _?=$(winepath -w "$programs/QRT15")"
 check 'the utility is closed in time' 0 new_while_closing
