@@ -51,14 +51,12 @@ bool CReadOnlyEdit::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESUL
       HideCaret(Handle());
       return true;
     case WM_KEYDOWN:
-      if (!IsSelectAllKey(wparam)) break;
+      if (!IsSelectAllKey(wparam)) return false;
       SendMessageW(Handle(), EM_SETSEL, 0, -1);
       return true;
     case WM_CHAR:
-      if (wparam == kSelectAllCharacter) return true;
-      break;
+      return wparam == kSelectAllCharacter;
     default:
-      break;
+      return CWnd::OnMessage(message, wparam, lparam, result);
   }
-  return CWnd::OnMessage(message, wparam, lparam, result);
 }

@@ -113,16 +113,12 @@ void CPropertySheet::ShowIcon() {
 bool CPropertySheet::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
   switch (message) {
     case WM_COMMAND:
-      if (OnCommand(LOWORD(wparam))) return true;
-      break;
+      return OnCommand(LOWORD(wparam));
     case WM_SYSCOMMAND:
-      if (wparam < kFirstSystemCommand && OnCommand(static_cast<int>(wparam))) return true;
-      break;
+      return wparam < kFirstSystemCommand && OnCommand(static_cast<int>(wparam));
     case WM_HELP:
-      if (OnCommand(kHelpCommand)) return true;
-      break;
+      return OnCommand(kHelpCommand);
     default:
-      break;
+      return CWnd::OnMessage(message, wparam, lparam, result);
   }
-  return CWnd::OnMessage(message, wparam, lparam, result);
 }

@@ -79,7 +79,8 @@ LRESULT CWnd::Default(UINT message, WPARAM wparam, LPARAM lparam) {
 
 HBRUSH CWnd::ReflectColor(UINT message, WPARAM wparam, LPARAM lparam) {
   DWORD_PTR object = 0;
-  if (!GetSubclass(reinterpret_cast<HWND>(lparam), &CWnd::Procedure, kSubclassId, &object)) return nullptr;
+  GetSubclass(reinterpret_cast<HWND>(lparam), &CWnd::Procedure, kSubclassId, &object);
+  if (object == 0) return nullptr;
   return reinterpret_cast<CWnd*>(object)->OnReflectedColor(message, reinterpret_cast<HDC>(wparam));
 }
 

@@ -51,7 +51,8 @@ void ServerSettings::ResolveSettingsFile() {
 }
 
 bool ServerSettings::PrepareServerSettings() {
-  const std::wstring& folder = settings_folder_ = GetProfileSettingsFolder();
+  settings_folder_ = GetProfileSettingsFolder();
+  const std::wstring& folder = settings_folder_;
   if (folder.empty()) {
     LogAndNote(settings_texts::kFolderPathEmpty);
     return true;
@@ -68,7 +69,6 @@ bool ServerSettings::PrepareServerSettings() {
     LogAndNote(settings_texts::kValidationFailed);
     return true;
   }
-
   return ReadOptionOrRepair(file, settings_texts::kCheckUpdatesKey, true) != OptionText::no;
 }
 

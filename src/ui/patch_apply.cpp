@@ -53,16 +53,13 @@ void PatchApply::OnInitDialog() {
 
 bool PatchApply::OnMessage(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
   if (message != kFirstCheckMessage) return CPropertyPage::OnMessage(message, wparam, lparam, result);
-  if (first_check_pending_) OnFirstCheck();
-  return true;
-}
-
-void PatchApply::OnFirstCheck() {
+  if (!first_check_pending_) return true;
   Sheet().PaintBeforeBlocking();
   sheet_.RunUpdateCheck();
   if (g_bProductInstalled) TakeUpdaterPathFromSheet();
   first_check_pending_ = false;
   ShowResult();
+  return true;
 }
 
 void PatchApply::OnSetActive() {
@@ -136,22 +133,18 @@ void PatchApply::OnRetry() {
     sheet_.RunUpdateCheck();
     TakeUpdaterPathFromSheet();
   } else {
-    RetryPatchCheck();
+    const CCheckPatch check(run_);
+    m_bLastCheckFailed = check.m_bCheckFailed;
+    if (check.m_bCheckFailed) m_strLastCheckError = check.m_strErrorText;
+    if (check.m_bUpdatesAvailable) {
+      m_strUpdaterFolder = text::SplitAtLastBackslash(check.TagTwo).folder;
+      // Updates that one check has found stay offered until a later check fails.
+      m_bLastUpdatesFound = true;
+    }
+    sheet_.ClearSheetLog();
+    sheet_.AppendSheetLine(check.MessageText());
   }
   ShowResult();
-}
-
-void PatchApply::RetryPatchCheck() {
-  const CCheckPatch check(run_);
-  m_bLastCheckFailed = check.m_bCheckFailed;
-  if (check.m_bCheckFailed) m_strLastCheckError = check.m_strErrorText;
-  if (check.m_bUpdatesAvailable) {
-    m_strUpdaterFolder = text::SplitAtLastBackslash(check.TagTwo).folder;
-    // Updates that one check has found stay offered until a later check fails.
-    m_bLastUpdatesFound = true;
-  }
-  sheet_.ClearSheetLog();
-  sheet_.AppendSheetLine(check.MessageText());
 }
 
 void PatchApply::TakeUpdaterPath(const std::wstring& executable) {

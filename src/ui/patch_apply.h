@@ -33,9 +33,7 @@ class PatchApply : public CPropertyPage, private UpdateOptions {
   void OnRetry();
   void OnHideNetworkErrors();
   void OnContinueWithoutUpdates();
-  void OnFirstCheck();
 
-  void RetryPatchCheck();
   void TakeUpdaterPath(const std::wstring& executable);
   void TakeUpdaterPathFromSheet();
   /// Sets m_strUpdaterCommand from m_strUpdaterFile.
