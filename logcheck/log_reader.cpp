@@ -180,7 +180,7 @@ bool LogReader::TakeRest(View line) {
 
 /// The run for header line `order` (1 to 4). A new run begins if this line repeats or goes back, or the
 /// current run already has a check.
-Header& LogReader::HeaderField(int order) {
+Run& LogReader::HeaderField(int order) {
   if (has_run_ && (order <= header_ || !run_.checks.empty())) EndRun();
   header_ = order;
   has_run_ = true;
@@ -199,11 +199,11 @@ bool LogReader::TakeHeader(View line) {
     HeaderField(3).product = OrNothing(*product == Narrow(kNotAvailable) ? View() : *product);
   } else if (line.starts_with(Narrow(kAppMode))) {
     const View rights = Trim(line.substr(Narrow(kAppMode).size()));
-    Header& header = HeaderField(4);
+    Run& run = HeaderField(4);
     if (rights.starts_with(Narrow(kAdmin)) || rights.starts_with(Narrow(kUser)))
-      header.administrator = rights.starts_with(Narrow(kAdmin));
-    if (line.ends_with(Narrow(kInvokedByProduct))) header.mode = "start-up";
-    if (line.ends_with(Narrow(kInvokedByUser))) header.mode = "interactive";
+      run.administrator = rights.starts_with(Narrow(kAdmin));
+    if (line.ends_with(Narrow(kInvokedByProduct))) run.mode = "start-up";
+    if (line.ends_with(Narrow(kInvokedByUser))) run.mode = "interactive";
   } else {
     return false;
   }

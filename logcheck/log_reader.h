@@ -23,29 +23,35 @@ struct Entry {
 
 /// A check has also the lines before its first frame line (settings) and after its last (a failed launch). A
 /// frame line is one of the four lines of "=====" that enclose its steps.
-struct Check : Verdict {
-  std::vector<Entry> entries;  ///< never empty
+struct Check {
+  std::vector<Entry> entries{};  ///< never empty
+
+  // The verdict, which Judge adds.
+  Outcome outcome = Outcome::no_check;
+  std::optional<int> exit_code{};      ///< the number of "Exit code" in the log
+  std::optional<std::string> error{};  ///< code or message of the failure
+  std::optional<std::string> step{};   ///< the entry that names the step that failed
+  std::string advice{};                ///< one sentence: the meaning and the remedy
+  /// Errors of the check that did not decide its outcome, one sentence each.
+  std::vector<std::string> notes{};
 };
 
-/// The header of a run; nothing where it is torn or absent.
-struct Header {
+/// One start of the utility. Texts are UTF-8, as far as the log is.
+struct Run {
+  std::string file;  ///< its name, safe on a terminal; for the caller of the reader
+  // The header; nothing where it is torn or absent.
   std::optional<std::string> time;     ///< local time as "2026-11-21T22:30"
   std::optional<std::string> mode;     ///< of the check: "start-up" or "interactive"
   std::optional<std::string> utility;  ///< version of the utility
   std::optional<std::string> product;  ///< file version of the product; nothing for NA
   std::optional<bool> administrator;
-};
-
-/// One start of the utility. Texts are UTF-8, as far as the log is.
-struct Run : Header {
-  std::string file;                  ///< its name, safe on a terminal; for the caller of the reader
-  std::vector<Check> checks;         ///< without a verdict; Judge adds it
+  std::vector<Check> checks;
   std::vector<std::string> unknown;  ///< the first lines that no version of the utility writes
   std::size_t unknown_lines = 0;     ///< the number of all such lines
 
-  /// That of the last check; without a check, Outcome::no_check without a text.
-  const Verdict& LastVerdict() const {
-    static const Verdict none;
+  /// Without a check, one without entries and verdict.
+  const Check& LastCheck() const {
+    static const Check none;
     return checks.empty() ? none : checks.back();
   }
 };
@@ -71,7 +77,7 @@ class LogReader {
   bool TakeRest(std::string_view line);
   bool TakeHeader(std::string_view line);
   void TakeUnknown(std::string_view line);
-  Header& HeaderField(int order);
+  Run& HeaderField(int order);
   void EndRun();
 
   const std::function<void(Run&)> take_;

@@ -137,7 +137,7 @@ class LogCheck {
 
   void Show(logcheck::Run& run, const Path& path) {
     Judge(run);
-    const logcheck::Outcome outcome = run.LastVerdict().outcome;
+    const logcheck::Outcome outcome = run.LastCheck().outcome;
     if (!options_.outcome.empty() && options_.outcome != NameOf(outcome)) return;
     if (run.time.value_or("") < options_.since) return;
     if (IsText() && !shown_) Print(ShownName(path));

@@ -116,15 +116,15 @@ std::string AsText(const Run& run) {
 }
 
 void Summary::Add(const Run& run) {
-  const Verdict& verdict = run.LastVerdict();
-  SummaryRow& row = rows_[{verdict.outcome, verdict.error}];
-  row.outcome = verdict.outcome;
-  row.error = verdict.error;
+  const Check& check = run.LastCheck();
+  SummaryRow& row = rows_[{check.outcome, check.error}];
+  row.outcome = check.outcome;
+  row.error = check.error;
   ++row.runs;
   row.files.insert(run.file);
   if (!row.first || (run.time && run.time < row.first)) row.first = run.time;
   row.last = std::max(row.last, run.time);
-  if (!verdict.advice.empty()) ++row.advice[verdict.advice];
+  if (!check.advice.empty()) ++row.advice[check.advice];
 }
 
 std::vector<SummaryRow> Summary::Rows() const {

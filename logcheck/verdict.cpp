@@ -73,7 +73,7 @@ class Judgement {
 
   void Decide() {
     if (details_ != nullptr) check_.exit_code = details_->text->text[details_->text->text.size() - 2] - L'0';
-    if (!DecideBeforeServer() && !DecideExchange()) DecideComparison();
+    DecideOutcome();
     // An update that was found and could not be started needs help first.
     if (const Entry* launch = Find(Role::launch_failed)) {
       check_.step = StepOf(*launch);
@@ -136,18 +136,15 @@ class Judgement {
     return nullptr;
   }
 
-  bool Set(Outcome outcome, const Entry& step) {
-    check_.outcome = outcome;
+  void Set(Outcome outcome, const Entry& step) {
+    Set(outcome, Explain(step));
     check_.step = StepOf(step);
     if (const std::string_view error = ErrorOf(step); !error.empty()) check_.error = error;
-    check_.advice = Explain(step);
-    return true;
   }
 
-  bool Set(Outcome outcome, std::string_view advice) {
+  void Set(Outcome outcome, std::string_view advice) {
     check_.outcome = outcome;
     check_.advice = Sentence(std::string(advice));
-    return true;
   }
 
   /// The first candidate that is not null. The last one is not.
@@ -155,56 +152,53 @@ class Judgement {
     return **std::find_if(candidates.begin(), candidates.end(), [](const Entry* e) { return e != nullptr; });
   }
 
-  /// Decides the outcome of a check that ended before it asked a server; false when it did not end there.
-  bool DecideBeforeServer() {
-    const Entry* missing = FindMissingValue();
+  void DecideOutcome() {
+    const Entry* const missing = FindMissingValue();
+    // A check that ended before it asked a server.
     if (const Entry* refusal = Find(Role::not_installed)) {
       Set(Outcome::not_installed, FirstOf({missing, refusal}));
-      if (missing == nullptr && Find(Role::value_read)) check_.advice = Sentence(std::string(kOtherVersion));
-      return true;
+      if (!missing && Find(Role::value_read)) check_.advice = Sentence(std::string(kOtherVersion));
+      return;
     }
-    if (const Entry* facts = Find(Role::facts_missing)) {
+    if (const Entry* facts = Find(Role::facts_missing))
       return Set(Outcome::facts_missing, FirstOf({missing, facts}));
-    }
     if (const Entry* mismatch = Find(Role::mismatch)) {
       // A missing address is the cause, because no host can occur in it.
       Set(Outcome::settings_mismatch,
           FirstOf({Find(update_texts::kUrlMode), missing, Find(update_texts::kHostNotMatched), mismatch}));
       check_.error = ErrorOf(*mismatch);
-      return true;
+      return;
     }
-    return false;
-  }
 
-  bool DecideExchange() {
+    // The exchange.
+    const bool ended = Find(update_texts::kUpdatesEnd), matching = Find(update_texts::kMatching);
     if (const Entry* failed = Find(Role::exchange_failed)) {
       Set(Outcome::failed, *failed);
       if (!check_.error) check_.error = check_.step;
-      return true;
+      return;
     }
-    const Entry* status = Find(Role::odd_status);
-    if (status == nullptr) return false;
-    // An error page has no packs. A list that came with the status decides the outcome.
-    if (Find(update_texts::kMatching)) return Set(Outcome::none, *status);
-    if (offered_) return Set(Outcome::offered, *status);
-    return (details_ || !Find(update_texts::kUpdatesEnd)) && Set(Outcome::failed, *status);
-  }
+    if (const Entry* status = Find(Role::odd_status)) {
+      // An error page has no packs. A list that came with the status decides the outcome.
+      if (matching) return Set(Outcome::none, *status);
+      if (offered_) return Set(Outcome::offered, *status);
+      if (details_ || !ended) return Set(Outcome::failed, *status);
+    }
 
-  bool DecideComparison() {
+    // The comparison.
     const bool recorded = check_.exit_code == 1;
-    if (details_ != nullptr && recorded && !run_.product)
+    if (details_ && recorded && !run_.product)
       return Set(offered_ ? Outcome::offered : Outcome::none, kVersionCountsAsZero);
     if (offered_) return Set(Outcome::offered, kOffered);
-    if (details_ && !Find(update_texts::kMatching)) return Set(Outcome::no_list, kNoPack);
+    if (details_ && !matching) return Set(Outcome::no_list, kNoPack);
     if (details_) return Set(Outcome::none, recorded ? kRecordedOrNotNewer : kNothingNewer);
-    if (!Find(update_texts::kUpdatesEnd)) {
+    if (!ended) {
       check_.step = StepOf(check_.entries.back());
       check_.error = kTornError;
       return Set(Outcome::failed, kTorn);
     }
     if (Find(update_texts::kCompleted)) return Set(Outcome::facts_missing, kNoExecutable);
-    const Entry* missing = FindMissingValue();
-    return missing ? Set(Outcome::facts_missing, *missing) : Set(Outcome::facts_missing, kNoValues);
+    if (missing) return Set(Outcome::facts_missing, *missing);
+    Set(Outcome::facts_missing, kNoValues);
   }
 
   const Run& run_;

@@ -116,7 +116,6 @@ logcheck 0 '' --since 2026-11-23 logs
 logcheck 2 "logcheck: *'2026-02-32' is not a date*" --since 2026-02-32 logs
 logcheck 2 'logcheck: *nothing not in {offered,*}*' --outcome nothing logs
 logcheck 2 'logcheck: cannot read*offered*' none logs/pc1.LOG
-logcheck 2 "logcheck: *'empty' is a log of the utility*" empty
 logcheck 2 "logcheck: *'other' is a log of the utility*" other
 logcheck 2 'logcheck: name a log*'
 logcheck 0 'Tells*Exit status*: 0;*--summary*' --help

@@ -78,12 +78,12 @@ void CheckJudged(Lines entries, const std::string& outcome, View step, std::stri
   const std::vector<logcheck::Run> runs = RunsOf(log + Bytes(kUpdatesEnd));
   REQUIRE(runs.size() == 1);
   CHECK(runs[0].unknown_lines == 0);
-  const logcheck::Verdict& verdict = runs[0].LastVerdict();
-  CHECK(std::string(NameOf(verdict.outcome)) + " " + std::to_string(verdict.exit_code.value_or(0)) + " " +
-            verdict.error.value_or("") ==
+  const logcheck::Check& check = runs[0].LastCheck();
+  CHECK(std::string(NameOf(check.outcome)) + " " + std::to_string(check.exit_code.value_or(0)) + " " +
+            check.error.value_or("") ==
         outcome);
-  CHECK(verdict.step.value_or("") == Bytes(text::Trim(step)));
-  const std::string advice = verdict.advice + (verdict.notes.empty() ? "" : " | " + verdict.notes.back());
+  CHECK(check.step.value_or("") == Bytes(text::Trim(step)));
+  const std::string advice = check.advice + (check.notes.empty() ? "" : " | " + check.notes.back());
   CHECK_MESSAGE(Contains(advice, part), advice);
 }
 
@@ -226,5 +226,5 @@ TEST_CASE("the outcome, code, step and advice of a check are those that decided 
   CheckJudged({kDetailsFound[3],
                L"November 21, 2026 Saturday 22:31: Error in System Tavrel Log File updates.Disk full"},
               "offered 3 ", {}, "(Disk full)");
-  CHECK(RunsOf(Join({kEntriesStart, kHostMatched}))[0].LastVerdict().error == "the log ends here");
+  CHECK(RunsOf(Join({kEntriesStart, kHostMatched}))[0].LastCheck().error == "the log ends here");
 }
