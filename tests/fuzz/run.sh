@@ -7,10 +7,8 @@
 set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/../../scripts/lib.sh"
 
-case ${1-} in
-  --help | -h) usage; exit ;;
-esac
-[[ ${1-} =~ ^[1-9][0-9]{0,5}$ ]] || die "not a number of seconds: '${1-}'; tests/fuzz/run.sh --help tells more"
+check_usage 1 "$@"
+[[ $1 =~ ^[1-9][0-9]{0,5}$ ]] || die "not a number of seconds: '$1'; tests/fuzz/run.sh --help tells more"
 build=$build_root/fuzz
 cd "$repo"
 cmake --preset fuzz -B "$build" >/dev/null

@@ -170,8 +170,9 @@ void ExchangeAll() {
 
 std::string UncoveredImports(const wchar_t* program) {
   static const std::regex fallible(
-      "(?!.*SystemTimeAsFileTime)((advapi32|shlwapi)\\.dll .*| (Http|Internet|.*Ver).*|"
-      "kernel32\\.dll .*(File|Director|Profile|Path|Mutex).*)");
+      "(?!.*SystemTimeAsFileTime)((advapi32|shlwapi)\\.dll .*| (Http|Internet|GetFile|Ver).*|"
+      "kernel32\\.dll .*(File|Director|Profile|Path|Mutex).*)",
+      std::regex::icase);
   const HMODULE module = LoadLibraryExW(program, nullptr, DONT_RESOLVE_DLL_REFERENCES);
   std::string names = module == nullptr ? "(not readable)" : "";
   for (const auto& slots : {support::AllImports(module), support::LateImports()}) {

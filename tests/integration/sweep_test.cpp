@@ -1,6 +1,5 @@
 #include <doctest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -30,14 +29,14 @@ using Files = std::map<std::wstring, std::string>;  ///< path, content
 /// A part of a run that the sweep repeats with failing calls.
 struct Scene {
   std::string name;
-  bool pairs = false;             ///< two calls fail as well
-  void (*arrange)(Machine&);      ///< on top of what every scene finds
-  std::wstring (*act)(Machine&);  ///< returns its log, "-- " and the results
+  bool pairs = false;                           ///< two calls fail as well
+  void (*arrange)(Machine&) = [](Machine&) {};  ///< on top of what every scene finds
+  std::wstring (*act)(Machine&);                ///< returns its log, "-- " and the results
   /// What does not hold after a run, whatever failed; gets the log, "-- ", results and changed files.
   std::wstring (*broken)(const std::wstring& report) = nullptr;
   /// The permitted results, each followed by the changed files with their content; each occurs. "log:" stands
   /// for the log folder and the beginning of its files' names.
-  std::vector<std::wstring> ends;
+  std::set<std::wstring> ends;
 };
 
 constexpr char kSettings[] = "# kept\r\nCHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=TRUE\r\n[OTHER]\r\nA=1\r\n";
@@ -51,10 +50,6 @@ bool In(std::wstring_view text, std::wstring_view part) {
 }
 
 // --- A start-up check with a record that is ahead of the executable.
-
-void WriteRecord(Machine& machine) {
-  WriteBytes(machine.Record(), "Varnexa15_0_2_7\r\n");
-}
 
 std::wstring PatchCheck(Machine& machine) {
   g_nUpdateCheckCount = 0;
@@ -98,7 +93,7 @@ std::wstring BrokenCheck(const std::wstring& report) {
 
 const Scene kCheck{
     .name = "check",
-    .arrange = WriteRecord,
+    .arrange = [](Machine& machine) { WriteBytes(machine.Record(), "Varnexa15_0_2_7\r\n"); },
     .act = PatchCheck,
     .broken = BrokenCheck,
     // The list is whole, empty or as before; without the mutex it has another name for a while.
@@ -113,10 +108,6 @@ const Scene kCheck{
 
 // --- A first start, with a settings file beside the program.
 
-void RemoveSettings(Machine& machine) {
-  RemoveTree(machine.Documents() + L"\\Varnexa");
-}
-
 std::wstring StartUp(Machine&) {
   RunState run;
   run.WriteRunHeader();
@@ -127,7 +118,7 @@ std::wstring StartUp(Machine&) {
 
 const Scene kStartUp{
     .name = "start-up",
-    .arrange = RemoveSettings,
+    .arrange = [](Machine& machine) { RemoveTree(machine.Documents() + L"\\Varnexa"); },
     .act = StartUp,
     // Always decides to check. The settings are the whole file, with or without the default, or not there.
     .ends = {L"+checks", L"+checks|korsa.ini=" + kWithDefault, L"+checks+korsa.ini",
@@ -152,7 +143,6 @@ const std::wstring kEntries = L"First entry\nSecond entry\n";
 const Scene kAppend{
     .name = "log",
     .pairs = true,
-    .arrange = [](Machine&) {},
     .act = WriteLog,
     // The text is kept, or it is whole in one file, after its old content; a new file may begin with an old
     // one's.
@@ -274,9 +264,8 @@ class SceneRunner {
   std::wstring Broken() {
     const std::wstring end = report_.substr(report_.rfind(L"-- ") + 3);
     seen_.insert(end);
-    const bool permitted = std::find(scene_.ends.begin(), scene_.ends.end(), end) != scene_.ends.end();
     return (scene_.broken == nullptr ? L"" : scene_.broken(report_)) +
-           (permitted ? L"" : L"this end is not permitted; ");
+           (scene_.ends.contains(end) ? L"" : L"this end is not permitted; ");
   }
 
   static inline std::string number_;  ///< of the present run

@@ -65,15 +65,14 @@ std::vector<ImportSlot> AllImports(HMODULE module) {
   const DWORD table = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
   std::vector<ImportSlot> slots;
   for (const auto* dll = At<IMAGE_IMPORT_DESCRIPTOR>(base, table); dll->Name != 0; ++dll) {
-    std::string dll_name(At<char>(base, dll->Name));
-    for (char& c : dll_name) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     const auto* name = At<IMAGE_THUNK_DATA>(base, dll->OriginalFirstThunk);
     auto* slot = At<IMAGE_THUNK_DATA>(base, dll->FirstThunk);
     for (; name->u1.AddressOfData != 0; ++name, ++slot) {
       std::string function = IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)
                                  ? "#" + std::to_string(IMAGE_ORDINAL(name->u1.Ordinal))
                                  : At<IMAGE_IMPORT_BY_NAME>(base, name->u1.AddressOfData)->Name;
-      slots.push_back({dll_name, std::move(function), reinterpret_cast<void**>(&slot->u1.Function)});
+      slots.push_back(
+          {At<char>(base, dll->Name), std::move(function), reinterpret_cast<void**>(&slot->u1.Function)});
     }
   }
   return slots;

@@ -13,8 +13,8 @@
 /// system's DLLs is not touched.
 namespace support {
 
-/// Where calls of one function go. `dll` is in lower case, and empty for a function that is looked up by
-/// name; an import by ordinal is named "#ordinal".
+/// Where calls of one function go. `dll` is empty for a function that is looked up by name; an import by
+/// ordinal is named "#ordinal".
 struct ImportSlot {
   std::string dll;
   std::string name;
