@@ -88,11 +88,7 @@ LRESULT CALLBACK CWnd::Procedure(HWND window, UINT message, WPARAM wparam, LPARA
                                  DWORD_PTR object) {
   CWnd* self = reinterpret_cast<CWnd*>(object);
   LRESULT result = 0;
-  if (message == WM_NCDESTROY) {
-    self->OnMessage(message, wparam, lparam, result);
-    self->Detach();
-    return CallDefault(window, message, wparam, lparam);
-  }
-  if (self->OnMessage(message, wparam, lparam, result)) return result;
-  return CallDefault(window, message, wparam, lparam);
+  const bool handled = self->OnMessage(message, wparam, lparam, result) && message != WM_NCDESTROY;
+  if (message == WM_NCDESTROY) self->Detach();
+  return handled ? result : CallDefault(window, message, wparam, lparam);
 }

@@ -94,7 +94,7 @@ void SystemLog::CreateFileIn(const std::wstring& folder, const std::wstring& nam
 void SystemLog::AppendTo(const std::wstring& folder, const std::wstring& name) {
   const std::wstring path = folder + L"\\" + name;
   if (WriteAtEnd(path, OPEN_EXISTING, {}) != Outcome::not_opened) return;
-  std::optional<std::string> history(log_texts::kHistoryFailed);
+  std::string history(log_texts::kHistoryFailed);
   if (const auto file = platform::OpenShared(path, GENERIC_READ, platform::kShareAll)) {
     std::optional<std::string> bytes = platform::ReadAll(file.get(), kHistoryLimit);
     const DWORD error = GetLastError();
@@ -102,12 +102,12 @@ void SystemLog::AppendTo(const std::wstring& folder, const std::wstring& name) {
       ReportFailure(error);
       return;
     }
-    if (bytes) history = std::move(bytes);
+    if (bytes) history = std::move(*bytes);
   }
   // The file may have got its name in this minute. It must not get its own lines once more.
   const std::wstring new_name = NewFileName();
-  if (new_name == name) history->clear();
-  CreateFileIn(folder, new_name, log_rules::WithLf(std::move(*history)));
+  if (new_name == name) history.clear();
+  CreateFileIn(folder, new_name, log_rules::WithLf(std::move(history)));
 }
 
 SystemLog::Outcome SystemLog::WriteAtEnd(const std::wstring& path, unsigned long disposition,

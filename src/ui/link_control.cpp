@@ -40,15 +40,6 @@ COLORREF ReadableOnFace(COLORREF color, COLORREF other) {
   return std::abs(difference) >= kReadableDifference ? color : other;
 }
 
-int TextWidth(HWND window, HFONT font, const std::wstring& text) {
-  const WindowContext context(window);
-  const HGDIOBJ previous = SelectObject(context.get(), font);
-  SIZE size = {};
-  GetTextExtentPoint32W(context.get(), text.c_str(), static_cast<int>(text.size()), &size);
-  SelectObject(context.get(), previous);
-  return size.cx;
-}
-
 }  // namespace
 
 CSysURL::CSysURL() : m_hbrBackground(FaceBrush()) {
@@ -101,9 +92,14 @@ CLogFileLink::CLogFileLink() {
 
 void CLogFileLink::ShowPath(const std::wstring& path, int widest) {
   if (Handle() == nullptr) return;
+  const WindowContext context(Handle());
+  const HGDIOBJ previous = SelectObject(context.get(), Font());
+  SIZE text = {};
+  GetTextExtentPoint32W(context.get(), path.c_str(), static_cast<int>(path.size()), &text);
+  SelectObject(context.get(), previous);
   RECT area = {};
   GetClientRect(Handle(), &area);
-  const int width = std::min(TextWidth(Handle(), Font(), path) + 2 * kFocusMargin, widest);
+  const int width = std::min<int>(text.cx + 2 * kFocusMargin, widest);
   SetWindowPos(Handle(), nullptr, 0, 0, width, area.bottom, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
   if (path != Text()) SetText(path);
   Show(!path.empty());

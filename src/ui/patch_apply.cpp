@@ -161,18 +161,15 @@ void PatchApply::UpdatePageState() {
   CheckDlgButton(Handle(), IDC_CHECK_ON_STARTUP, m_bCheckOnStartup != 0 ? BST_CHECKED : BST_UNCHECKED);
   CheckDlgButton(Handle(), IDC_HIDE_NETWORK_ERRORS, m_bHideNetworkErrors != 0 ? BST_CHECKED : BST_UNCHECKED);
   m_ctlNote.SetText(ui_texts::kNote);
-  if (first_check_pending_) {
-    ShowState({});
-    return;
-  }
-  ShowState(DecidePageState({.interactive = m_bInteractiveMode,
-                             .product_installed = g_bProductInstalled,
-                             .sheet_updates_available = sheet_.SheetUpdatesAvailable,
-                             .sheet_check_failed = sheet_.SheetCheckFailed,
-                             .sheet_error_text = sheet_.SheetErrorText,
-                             .last_check_failed = m_bLastCheckFailed,
-                             .last_check_error = m_strLastCheckError,
-                             .last_updates_found = m_bLastUpdatesFound}));
+  const PageResults results{.interactive = m_bInteractiveMode,
+                            .product_installed = g_bProductInstalled,
+                            .sheet_updates_available = sheet_.SheetUpdatesAvailable,
+                            .sheet_check_failed = sheet_.SheetCheckFailed,
+                            .sheet_error_text = sheet_.SheetErrorText,
+                            .last_check_failed = m_bLastCheckFailed,
+                            .last_check_error = m_strLastCheckError,
+                            .last_updates_found = m_bLastUpdatesFound};
+  ShowState(first_check_pending_ ? PageState() : DecidePageState(results));
 }
 
 void PatchApply::ShowState(const PageState& state) {
