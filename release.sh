@@ -57,7 +57,6 @@ export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
 work=$build_root/release-work
 dist=$build_root/dist
 tools=(packcheck logcheck)
-setup=QRTTavrelUtility-$version$draft-setup.exe
 rm -rf "$work" "$dist"
 
 # Paths of different depth and length, so that the comparison shows a path in a file.
@@ -73,13 +72,12 @@ for folder in "$work/1" "$work/second/checkout"; do
 done
 unset TAVREL_BUILD_ROOT
 tree=$work/1/build
-programs=(release/{QRTTavrelUtility,packcheck,logcheck,demo/standin/15.0.2.5/Qrt}.exe "release/$setup")
+programs=(release/{QRTTavrelUtility,packcheck,logcheck,demo/standin/15.0.2.5/Qrt}.exe "release/QRTTavrelUtility-$version$draft-setup.exe")
 for file in "${programs[@]}" "${tools[@]/#/host/}"; do
   cmp "$tree/$file" "$work/second/checkout/build/$file" || die "$file differs between two builds"
 done
 "$work/1/packaging/hardened.sh" "${programs[@]/#/$tree/}" || die "not hardened"
-printf '%s\n' "$changes" >"$work/changes"
-"$work/1/packaging/pack.sh" "$tree" "$dist" "$commit" "$work/changes"
+"$work/1/packaging/pack.sh" "$tree" "$dist" "$commit" "$changes"
 rm -rf "$work"
 say "$version$draft ($commit) is in $dist:"
 ls -l "$dist"

@@ -4,12 +4,12 @@
 #   DIST     folder to be made, with the installer, a zip of programs and guides, the software bill of materials, the
 #            release notes, and SHA256SUMS over all
 #   COMMIT   its hash, for the bill of materials
-#   CHANGES  file with the changes of this version, as Markdown, for the notes
+#   CHANGES  the changes of this version, as Markdown, for the notes
 # SOURCE_DATE_EPOCH is the time of all files, in seconds since 1970. packaging/sign.sh describes the variables for signing.
 set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 4 "$@"
-packaging=$repo/packaging build=$(realpath -- "$1") dist=$(realpath -m -- "$2") commit=$3 changes=$(<"$4")
+packaging=$repo/packaging build=$(realpath -- "$1") dist=$(realpath -m -- "$2") commit=$3 changes=$4
 export TZ=UTC LC_ALL=C.UTF-8
 . "$build/release/generated/product.sh"
 name=QRTTavrelUtility-$TAVREL_VERSION

@@ -75,10 +75,9 @@ cp "$1"/{QRTTavrelUtility,packcheck,logcheck}.exe build/release/
 cp "$1"/generated/{product.*,korsa.ini,deploy.ps1} build/release/generated/
 cp "$1/demo/standin/15.0.2.5/Qrt.exe" build/release/demo/standin/15.0.2.5/
 for tool in packcheck logcheck; do echo "$tool" >build/host/$tool; done
-echo '- Changed.' >changes
 export SOURCE_DATE_EPOCH=1700000000
 pack() {
-  "$repo/packaging/pack.sh" build "$1" "$(printf '7%.0s' {1..40})" changes 2>pack.log || { cat pack.log >&2; fail "no $1"; }
+  "$repo/packaging/pack.sh" build "$1" "$(printf '7%.0s' {1..40})" '- Changed.' 2>pack.log || { cat pack.log >&2; fail "no $1"; }
 }
 "$repo/packaging/installer.sh" build/release >/dev/null
 (unset TAVREL_SIGN_CERTIFICATE && pack released && umask 077 && pack again)
