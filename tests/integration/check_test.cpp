@@ -12,13 +12,6 @@ using namespace checks;
 
 namespace {
 
-/// A clock for the check that is 600 times as fast, so that its five minutes pass in half a second.
-struct FastClock {
-  const ULONGLONG start = GetTickCount64();
-  const ImportHook<GetTickCount64> clock{"GetTickCount64",
-                                         [this] { return start + (clock.original() - start) * 600; }};
-};
-
 struct Outcome {
   std::string results;
   std::size_t requests, list_bytes;
@@ -59,15 +52,14 @@ struct Asked {
 }  // namespace
 
 TEST_CASE("a check asks with its agent, without a proxy, credentials or stored cookies, and waits as set") {
-  struct Asking {
+  const struct {
     bool interactive;
     const char* settings;
     DWORD timeout_ms;
-  };
-  constexpr Asking rows[] = {{.interactive = false, .settings = "TIMEOUT=1", .timeout_ms = 1000},
-                             {.interactive = false, .settings = "TIMEOUT=0", .timeout_ms = 60000},
-                             {.interactive = true, .settings = "", .timeout_ms = 60000}};
-  for (const Asking& row : rows) {
+  } rows[] = {{.interactive = false, .settings = "TIMEOUT=1", .timeout_ms = 1000},
+              {.interactive = false, .settings = "TIMEOUT=0", .timeout_ms = 60000},
+              {.interactive = true, .settings = "", .timeout_ms = 60000}};
+  for (const auto& row : rows) {
     CAPTURE(std::string(row.settings));
     Process process(row.interactive, L"15.0.2.5", row.settings);
     // The user's proxy, at which nothing listens.
@@ -156,7 +148,10 @@ TEST_CASE("a server that sends byte by byte or redirects without end cannot keep
   CHECK(outcome.results == header_time_out);
   CHECK(outcome.requests <= 12);
 
-  const FastClock clock;
+  // A clock for the check that is 600 times as fast, so that its five minutes pass in half a second.
+  const ULONGLONG start = GetTickCount64();
+  const ImportHook<GetTickCount64> clock("GetTickCount64",
+                                         [&] { return start + (clock.original() - start) * 600; });
   const HttpReply dripping{
       .bytes = "HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n", .tail = "\n", .tail_pause_ms = 10};
   outcome = CheckWith({dripping});

@@ -33,16 +33,6 @@ struct SettingsFile {
   }
 };
 
-/// While it exists, one call writes half of what is asked for, as on a disk that becomes full.
-struct FullDisk {
-  const int call;  ///< counted from 1
-  int calls = 0;
-  const ImportHook<WriteFile> hook{"WriteFile", [this](auto file, auto bytes, auto size, auto written, auto) {
-                                     return hook.original(file, bytes, ++calls == call ? size / 2 : size,
-                                                          written, nullptr);
-                                   }};
-};
-
 /// Makes the pauses of this program short, and counts the milliseconds that it asked for.
 struct Pauses {
   DWORD waited = 0;
@@ -84,9 +74,14 @@ TEST_CASE(
     "a failure while the file is written leaves its old content, and a failure afterwards the new one") {
   for (const wchar_t* const value : {L"2", L"longer-than-the-old-text-in-it"}) {
     SettingsFile file;
-    const FullDisk disk{.call = 2};
+    int calls = 0;
+    // The second call writes half of what is asked for, as on a disk that becomes full.
+    const ImportHook<WriteFile> disk(
+        "WriteFile", [&](auto handle, auto bytes, auto size, auto written, auto) {
+          return disk.original(handle, bytes, ++calls == 2 ? size / 2 : size, written, nullptr);
+        });
     CHECK(file.Write(0, value) == kOld);
-    CHECK(disk.calls == 3);
+    CHECK(calls == 3);
   }
   const ImportHook<FlushFileBuffers> lost("FlushFileBuffers", ERROR_WRITE_FAULT);
   CHECK(SettingsFile().Write() == kNew);

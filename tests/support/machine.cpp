@@ -26,12 +26,6 @@ void Need(bool done, const std::wstring& what) {
   if (!done) throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), Utf8(what));
 }
 
-platform::UniqueRegistryKey CreateKey(HKEY root, const std::wstring& path) {
-  platform::UniqueRegistryKey key;
-  Need(RegCreateKeyW(root, path.c_str(), key.put()) == ERROR_SUCCESS, path);
-  return key;
-}
-
 /// The tests replace the machine's product, settings and logs. On Windows they run only where the user allows
 /// it.
 void RequirePermission() {
@@ -58,13 +52,17 @@ void InitialiseNetwork() {
   InternetQueryOptionW(nullptr, INTERNET_OPTION_CONNECT_TIMEOUT, &timeout, &size);
 }
 
-/// Redirects `root` of the registry to `key`, in which `path` is the path of this shell folder.
-void Redirect(HKEY root, HKEY key, const wchar_t* shell_folder, const std::wstring& path) {
+/// Redirects a part of the registry to this key of the user, in which `path` is the path of this shell
+/// folder.
+void Redirect(HKEY root, const std::wstring& to, const wchar_t* shell_folder, const std::wstring& path) {
+  platform::UniqueRegistryKey key;
   const DWORD size = static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t));
-  Need(RegSetKeyValueW(key, L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders",
-                       shell_folder, REG_SZ, path.c_str(), size) == ERROR_SUCCESS,
-       path);
-  RegOverridePredefKey(root, key);
+  Need(RegCreateKeyW(HKEY_CURRENT_USER, to.c_str(), key.put()) == ERROR_SUCCESS &&
+           RegSetKeyValueW(key.get(),
+                           L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders",
+                           shell_folder, REG_SZ, path.c_str(), size) == ERROR_SUCCESS,
+       to);
+  RegOverridePredefKey(root, key.get());
 }
 
 std::wstring Below(Layout layout, const wchar_t* path) {
@@ -197,16 +195,14 @@ Machine::Machine() : Machine(UniqueFolder()) {}
 
 Machine::Machine(const std::wstring& root)
     : Installation(root, root + L"\\documents", root + L"\\common"),
-      machine_key_(CreateKey(HKEY_CURRENT_USER, KeyOf(root) + L"\\machine")),
-      user_key_(CreateKey(HKEY_CURRENT_USER, KeyOf(root) + L"\\user")),
       module_name_("GetModuleFileNameW", [this](HMODULE module, LPWSTR path, DWORD size) {
         if (module != nullptr) return module_name_.original(module, path, size);
         lstrcpynW(path, (ProgramFolder() + L"\\QRTTavrelUtility.exe").c_str(), static_cast<int>(size));
         return static_cast<DWORD>(lstrlenW(path));
       }) {
   InitialiseNetwork();
-  Redirect(HKEY_LOCAL_MACHINE, machine_key_.get(), L"Common AppData", common_);
-  Redirect(HKEY_CURRENT_USER, user_key_.get(), L"Personal", documents_);
+  Redirect(HKEY_LOCAL_MACHINE, KeyOf(root) + L"\\machine", L"Common AppData", common_);
+  Redirect(HKEY_CURRENT_USER, KeyOf(root) + L"\\user", L"Personal", documents_);
   SetEnvironmentVariableW(L"TMP", Temp().c_str());
 }
 

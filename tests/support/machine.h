@@ -93,7 +93,6 @@ class Machine : public Installation {
 
  private:
   explicit Machine(const std::wstring& root);
-  platform::UniqueRegistryKey machine_key_, user_key_;
   ImportHook<GetModuleFileNameW> module_name_;
 };
 
