@@ -170,7 +170,6 @@ std::optional<Version> FirstOfferedOlder(const Published& published) {
   recorded.record = RecordOf(published.sections);
   // This record covers the list, so only its version can cause an offer.
   if (!ParseRecordVersion(*recorded.record)) return std::nullopt;
-  recorded.newest = {};
   FindNewer(std::span(published.sections).subspan(1), recorded.newest);
   for (const Version& version : Thresholds(recorded)) {
     if (!IsNewer(recorded.newest, version[2], version[3]) && AskClient(recorded, version).offered)
