@@ -50,10 +50,8 @@ place_files() {
   mkdir -p "$work/www/qrt15" "$folder" "$log_folder"
   cp "$build/QRTTavrelUtility.exe" "$folder/"
   if [[ $seed == yes ]]; then
-    {
-      printf '[KORSA_URL]\r\nCHECKUPDATES=%s\r\n' "$check_updates"
-      printf 'UPDATE_LOC=%s\r\nIGNORE_PATCH_ERROR=%s\r\nTIMEOUT=30\r\n' "$update_host" "$ignore_error"
-    } >"$folder/korsa.ini"
+    printf '%s\r\n' '[KORSA_URL]' "CHECKUPDATES=$check_updates" "UPDATE_LOC=$update_host" \
+      "IGNORE_PATCH_ERROR=$ignore_error" TIMEOUT=30 >"$folder/korsa.ini"
   fi
   if [[ -n $product ]]; then cp "$build/demo/standin/$product/$TAVREL_IMAGE" "$folder/"; fi
   if [[ -n $list ]]; then cp "$repo/demo/$list" "$work/www/qrt15/updates.ini"; fi
@@ -99,7 +97,6 @@ start_server() {
   # Otherwise nginx changes the owner of its files, which root of a container may not do.
   if ((EUID == 0)); then as_root=(-g 'user root root;'); fi
   nginx "${as_root[@]}" -c "$work/nginx.conf" -e "$work/server-errors.log" &
-  server_process=$!
   wait_until 10 server_answers || die "the update server does not start; see $work/server-errors.log"
 }
 
@@ -160,11 +157,8 @@ collect_results() {
   if [[ -e $file ]]; then cp "$file" "$output/started.txt"; fi
 }
 
-clean_up() {
-  if [[ -n ${server_process-} ]]; then kill "$server_process" 2>/dev/null || true; fi
-}
-
-trap clean_up EXIT
+# Ends the server.
+trap 'kill $(jobs -p) 2>/dev/null || true' EXIT
 rm -rf "$output"
 mkdir -p "$output"
 place_files
