@@ -29,10 +29,6 @@ Text Decode(const std::uint8_t* data, std::size_t size) {
   return result;
 }
 
-bool Contains(View text, View part) {
-  return text.find(part) != text.npos;
-}
-
 // The record ("-": none), the version of the executable, its third and fourth number, the list.
 void Decisions(const Text& in) {
   std::vector<Text> list = Split(in);
@@ -61,14 +57,6 @@ void Decisions(const Text& in) {
   assert(latest.level == INT32_MAX && latest.build == INT32_MAX);
 }
 
-void Requests(const Text& in) {
-  const std::size_t bar = in.find(L'|');
-  const View host = View(in).substr(0, bar), address = View(in).substr(bar == in.npos ? 0 : bar + 1);
-  const auto path = RequestPath(address, host);
-  assert(path.has_value() == Contains(address, host));
-  assert(!path || path->empty() || address.ends_with(*path));
-}
-
 void Lists(const Text& in) {
   const std::vector<Text> names = ReadSectionNames(Bytes(in));
   assert(std::count(in.begin(), in.end(), L'[') >= static_cast<std::ptrdiff_t>(names.size()));
@@ -89,7 +77,7 @@ void Lists(const Text& in) {
 
 void Logs(const Text& in) {
   const Text normal = log_rules::Normalise(in);
-  assert(normal.empty() == in.empty() && !Contains(normal, Text(in.size() / 9 + 2, L'\n')));
+  assert(normal.empty() == in.empty() && normal.find(Text(in.size() / 9 + 2, L'\n')) == normal.npos);
   const std::string bytes = Bytes(in);
   const std::string lines = log_rules::WithLf(log_rules::WithCrLf(bytes));
   assert(lines == (bytes.empty() || bytes.back() == '\n' ? bytes : bytes + '\n'));
@@ -121,7 +109,7 @@ void LogRuns(const Text& in) {
   assert(shown[0] == shown[1]);
 }
 
-constexpr void (*kParsers[])(const Text&) = {Decisions, Requests, Lists, Logs, LogRuns};
+constexpr void (*kParsers[])(const Text&) = {Decisions, Lists, Logs, LogRuns};
 
 /// A seed for each parser.
 void WriteSeeds(const char* folder, const std::string& input) {
