@@ -23,8 +23,7 @@ constexpr const wchar_t* kLateLibraries[] = {L"comctl32", L"comdlg32", L"ole32",
 /// "jmp [target]".
 void* MakeJump(void** target) {
   static_assert(sizeof(void*) == 4, "the instruction takes an absolute address of 32 bits");
-  constexpr std::size_t kBytes = 6;
-  auto* code = static_cast<unsigned char*>(VirtualAlloc(nullptr, kBytes, MEM_COMMIT, PAGE_EXECUTE_READWRITE));
+  auto* code = static_cast<unsigned char*>(VirtualAlloc(nullptr, 6, MEM_COMMIT, PAGE_EXECUTE_READWRITE));
   code[0] = 0xFF, code[1] = 0x25;
   std::memcpy(code + 2, &target, sizeof target);
   return code;
