@@ -2,18 +2,20 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <deque>
+#include <unordered_map>
 
 #include "log/log_texts.h"
-#include "product/identity.h"
 #include "update/update_texts.h"
+#include "version.h"
 
 namespace logcheck {
 namespace {
 
 using View = std::string_view;
 
-constexpr std::size_t kLineLimit = 4096, kRunLimit = std::size_t{256} * 1024, kUnknownKept = 1000;
+constexpr std::size_t kLineLimit = 4096, kRunLimit = std::size_t{256} * 1024, kUnknownKept = 1000,
+                      kUsualEntries = 32;
 /// A byte order mark (of a file that was appended to another).
 constexpr View kMark = "\xEF\xBB\xBF";
 constexpr View kBlanks(" \0\t\n\v\f\r", 7);
@@ -21,18 +23,31 @@ constexpr std::array<View, 12> kMonths = {"January",   "February", "March",    "
                                           "May",       "June",     "July",     "August",
                                           "September", "October",  "November", "December"};
 
-View Trim(View value) {
+constexpr View Trim(View value) {
   value.remove_prefix(std::min(value.find_first_not_of(kBlanks), value.size()));
   return value.substr(0, value.find_last_not_of(kBlanks) + 1);
 }
 
+template <const std::wstring_view& wide>
+constexpr auto kCharacters = [] {
+  std::array<char, wide.size()> characters{};
+  std::transform(wide.begin(), wide.end(), characters.begin(),
+                 [](wchar_t c) { return static_cast<char>(c); });
+  return characters;
+}();
+/// As Narrow, made by the compiler, because most lines of a log are compared with these texts.
+template <const std::wstring_view& wide>
+constexpr View kNarrow = Trim({kCharacters<wide>.data(), wide.size()});
+
 /// The text whose first line is `line`; null for another line.
 const Text* FindText(View line) {
+  static std::deque<std::string> lines;
   static const auto texts = [] {
-    std::map<std::string, const Text*, std::less<>> map;
+    std::unordered_map<View, const Text*> map;
     for (const TextGroup& group : TextGroups()) {
       for (const Text& text : group.texts) {
-        if (text.role != Role::header) map.emplace(Narrow(text.text.substr(0, text.text.find(L'\n'))), &text);
+        if (text.role == Role::header) continue;
+        map.emplace(lines.emplace_back(Narrow(text.text.substr(0, text.text.find(L'\n')))), &text);
       }
     }
     return map;
@@ -70,11 +85,10 @@ std::string HeaderTime(View value) {
 }
 
 /// The text after `part` in `line`, in which only the product's name may precede it; nothing otherwise.
-std::optional<View> TextAfter(std::wstring_view part, View line) {
-  const std::string narrow = Narrow(part);
-  const std::size_t at = line.find(narrow);
-  if (at == line.npos || (at != 0 && !line.starts_with(Narrow(identity::kProductLabel)))) return std::nullopt;
-  return Trim(line.substr(at + narrow.size()));
+std::optional<View> TextAfter(View part, View line) {
+  const std::size_t at = line.find(part);
+  if (at == line.npos || (at != 0 && !line.starts_with(TAVREL_PRODUCT_LABEL))) return std::nullopt;
+  return Trim(line.substr(at + part.size()));
 }
 
 }  // namespace
@@ -116,16 +130,15 @@ void LogReader::TakeLine(View line) {
 }
 
 void LogReader::TakePart(View line) {
-  const std::string rule = Narrow(log_texts::kHeaderRule);
+  constexpr View rule = kNarrow<log_texts::kHeaderRule>;
   // Before the rule nothing stands, or a torn line to which a header was appended.
   if (line.ends_with(rule)) return TakeLine(line.substr(0, line.size() - rule.size()));
   if (TakeRest(line) || TakeHeader(line)) return;
   // A time stands before an error of the log file, and a message or code can stand after it.
-  for (const std::wstring_view text :
-       {update_texts::kErrorPrefix, log_texts::kUpdateFailed, log_texts::kCreationFailed}) {
-    const std::string part = Narrow(text);
+  constexpr View code = kNarrow<update_texts::kErrorPrefix>;
+  for (const View part : {code, kNarrow<log_texts::kUpdateFailed>, kNarrow<log_texts::kCreationFailed>}) {
     const std::size_t at = line.find(part);
-    if (at == 0 || (at != line.npos && text != update_texts::kErrorPrefix))
+    if (at == 0 || (at != line.npos && part != code))
       return TakeEntry(*FindText(part), line, Trim(line.substr(at + part.size())));
   }
   TakeUnknown(line);
@@ -137,7 +150,8 @@ void LogReader::TakeEntry(const Text& text, View line, View rest) {
   has_run_ = true;
   const bool retry = text.text == update_texts::kRetry;
   const bool starts = retry || text.text == update_texts::kEntriesStart;
-  if (run_.checks.empty() || (starts && (retry || started_))) run_.checks.emplace_back();
+  if (run_.checks.empty() || (starts && (retry || started_)))
+    run_.checks.emplace_back().entries.reserve(kUsualEntries);
   if (starts) started_ = !retry;
   Entry& entry = run_.checks.back().entries.emplace_back();
   entry.text = &text;
@@ -191,19 +205,19 @@ Run& LogReader::HeaderField(int order) {
 
 bool LogReader::TakeHeader(View line) {
   using namespace log_texts;
-  if (const auto utility = TextAfter(kFileVersion, line)) {
+  if (const auto utility = TextAfter(kNarrow<kFileVersion>, line)) {
     HeaderField(1).utility = OrNothing(*utility);
-  } else if (const auto time = TextAfter(kDateTime, line)) {
+  } else if (const auto time = TextAfter(kNarrow<kDateTime>, line)) {
     HeaderField(2).time = OrNothing(HeaderTime(*time));
-  } else if (const auto product = TextAfter(kBuildVersionLabel, line)) {
-    HeaderField(3).product = OrNothing(*product == Narrow(kNotAvailable) ? View() : *product);
-  } else if (line.starts_with(Narrow(kAppMode))) {
-    const View rights = Trim(line.substr(Narrow(kAppMode).size()));
+  } else if (const auto product = TextAfter(kNarrow<kBuildVersionLabel>, line)) {
+    HeaderField(3).product = OrNothing(*product == kNarrow<kNotAvailable> ? View() : *product);
+  } else if (line.starts_with(kNarrow<kAppMode>)) {
+    const View rights = Trim(line.substr(kNarrow<kAppMode>.size()));
     Run& run = HeaderField(4);
-    if (rights.starts_with(Narrow(kAdmin)) || rights.starts_with(Narrow(kUser)))
-      run.administrator = rights.starts_with(Narrow(kAdmin));
-    if (line.ends_with(Narrow(kInvokedByProduct))) run.mode = "start-up";
-    if (line.ends_with(Narrow(kInvokedByUser))) run.mode = "interactive";
+    if (rights.starts_with(kNarrow<kAdmin>) || rights.starts_with(kNarrow<kUser>))
+      run.administrator = rights.starts_with(kNarrow<kAdmin>);
+    if (line.ends_with(kNarrow<kInvokedByProduct>)) run.mode = "start-up";
+    if (line.ends_with(kNarrow<kInvokedByUser>)) run.mode = "interactive";
   } else {
     return false;
   }
