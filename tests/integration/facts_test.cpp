@@ -41,7 +41,8 @@ enum State { mode_two = -4, refused, no_key, no_value, empty, present = 127, too
 void Register(const RegisteredReader& reader, Layout layout, State state) {
   const std::wstring key = reader.maker_key ? MakerKey(layout) : UninstallKey(layout);
   if (state >= no_value) SetRegistryText(key, L"Other", L"");
-  if (state >= empty) SetRegistryText(key, reader.value, std::wstring(state, L'v'));
+  if (state < empty) return;
+  SetRegistryText(key, reader.value, std::wstring(static_cast<std::size_t>(state), L'v'));
 }
 
 /// The texts as entries of a log.
