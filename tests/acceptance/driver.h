@@ -65,7 +65,7 @@ struct InstalledMachine : support::Installation {
   InstalledMachine()
       : Installation(L"C:\\tavrel-acceptance", platform::DocumentsFolder(), platform::CommonAppDataFolder()) {
     support::MakeFolder(LogFolder());
-    support::CopyOver(TAVREL_UTILITY, program);
+    support::CopyOver(TAVREL_PROGRAM, program);
     PlaceExecutable(L"15.0.2.5");
     Install(support::Layout::two);
     WriteSettings("CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
