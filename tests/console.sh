@@ -4,7 +4,7 @@ set -euo pipefail
 . "$(dirname -- "$(readlink -f -- "$0")")/../scripts/lib.sh"
 check_usage 2 "$@"
 packcheck=$1 logcheck=$2 wine=("${@:3}")
-work=$(mktemp -d console.XXXXXX) failed=0
+work=$(mktemp -d -p "$PWD" console.XXXXXX) failed=0
 trap 'rm -rf "$work"' EXIT
 fail() { echo "$*"; failed=1; }
 
@@ -76,15 +76,13 @@ packcheck 2 'packcheck: only one list or record can be standard input*' --record
 packcheck 2 'packcheck: * is a folder*' empty
 packcheck 2 'packcheck: cannot read *No warnings.' none list
 packcheck 2 'packcheck: * is larger than 32 MiB*' large
-cd "$OLDPWD"
 
 # A Windows console has a code page of its own.
 if ((${#wine[@]})); then
-  [[ $(script -qec "${wine[*]} $packcheck $work/ü" /dev/null) == *ü* ]] || fail "packcheck: no ü on a console"
+  [[ $(script -qec "${wine[*]} $packcheck ü" /dev/null) == *ü* ]] || fail "packcheck: no ü on a console"
 fi
 
 logcheck() { expect "$logcheck" "$@"; }
-cd "$work"
 logcheck 0 'standard input
 2026-11-21 22:30  started by the product, utility 2.0.3.0, product not read, ordinary user
   offered
@@ -130,13 +128,12 @@ else
   logcheck 2 "logcheck: cannot list 'logs/pc0' (*12 runs in 7 files" --summary logs
   wine=()
 fi
-cd "$OLDPWD"
 
 # A run is at most a screen, whatever happened in it.
 lines=$(for i in {1..99}; do printf '%b' "Registry bit support mode  identification failed: \nError : 5\n" \
   "Product Updates Retry Attempted...\n$refused" "Server settings INI file copy failed.\nError : 5\nforeign $i\n"; done |
   "${wine[@]}" "$logcheck" - | wc -l) || true
 ((lines > 10 && lines <= 24)) || fail "logcheck: $lines lines for one run"
-diff <("${wine[@]}" "$logcheck" --guide | tr -d '\r') <(sed '1,/^<!-- /d' "${0%/*}/../docs/log.md") ||
+diff <("${wine[@]}" "$logcheck" --guide | tr -d '\r') <(sed '1,/^<!-- /d' "$repo/docs/log.md") ||
   fail "logcheck: docs/log.md is stale; ./dev log-guide writes it anew"
 exit "$failed"

@@ -29,9 +29,7 @@ perl -MIO::Socket::INET -e '
     read $client, $query, $length;
     open my $file, ">", "query"; print $file $query; close $file;
     my $reply = `openssl ts -reply -config stamper.conf -queryfile query -signer stamper.pem -inkey stamper.key`;
-    print $client "HTTP/1.0 200 OK\r\nContent-Type: application/timestamp-reply\r\nContent-Length: ",
-      length $reply, "\r\n\r\n$reply";
-    close $client;
+    print $client "HTTP/1.0 200 OK\r\nContent-Type: application/timestamp-reply\r\n\r\n$reply";
   }' >port 2>stamper.log &
 wait_until 10 test -s port
 export TAVREL_SIGN_PASSWORD_FILE=$work/password TAVREL_SIGN_CERTIFICATE=$work/signer.p12
