@@ -4,7 +4,6 @@
 
 #include <tlhelp32.h>
 
-#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -44,19 +43,15 @@ inline std::string WindowText(HWND window) {
   return support::Utf8(text);
 }
 
-inline BOOL CALLBACK AddWindow(HWND window, LPARAM windows) {
-  reinterpret_cast<std::vector<HWND>*>(windows)->push_back(window);
-  return TRUE;
-}
-
 /// The control of a dialog or of one of the pages in it; null if there is none.
 inline HWND Item(HWND dialog, int id) {
   if (dialog == nullptr) return nullptr;
-  std::vector<HWND> parts;
-  EnumChildWindows(dialog, AddWindow, reinterpret_cast<LPARAM>(&parts));
-  const auto item =
-      std::find_if(parts.begin(), parts.end(), [id](HWND part) { return GetDlgCtrlID(part) == id; });
-  return item == parts.end() ? nullptr : *item;
+  HWND item = GetDlgItem(dialog, id);
+  for (HWND page = GetTopWindow(dialog); item == nullptr && page != nullptr;
+       page = GetWindow(page, GW_HWNDNEXT)) {
+    item = GetDlgItem(page, id);
+  }
+  return item;
 }
 
 /// The machine as an installer and a user leave it, in the prefix's own registry and folders: the product at
@@ -70,10 +65,10 @@ struct InstalledMachine : support::Installation {
     Install(support::Layout::two);
     WriteSettings("CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
   }
-  ~InstalledMachine() { support::RemoveTree(root_); }
+  ~InstalledMachine() { support::RemoveTree(root); }
 
   /// A path below the root folder.
-  std::wstring File(const std::wstring& name) const { return root_ + L"\\" + name; }
+  std::wstring File(const std::wstring& name) const { return root + L"\\" + name; }
   /// The one log file's path and text; empty unless there is exactly one.
   std::wstring LogFile() const {
     const std::vector<std::wstring> names = support::FileNames(LogFolder());
@@ -143,19 +138,16 @@ class Run {
  private:
   HWND Find(bool sheet, HWND other) const {
     HWND found = nullptr;
-    const auto wanted = [&](HWND window) {
-      DWORD process = 0;
-      GetWindowThreadProcessId(window, &process);
-      const bool dialog = GetClassLongW(window, GCW_ATOM) == reinterpret_cast<DWORD_PTR>(WC_DIALOG);
-      return process == process_.dwProcessId && dialog && window != other && IsWindowVisible(window) &&
-             sheet == (Item(window, IDC_MESSAGE) != nullptr);
-    };
     WaitUntil([&] {
-      std::vector<HWND> windows;
-      EnumWindows(AddWindow, reinterpret_cast<LPARAM>(&windows));
-      const auto window = std::find_if(windows.begin(), windows.end(), wanted);
-      if (window != windows.end()) found = *window;
-      return found != nullptr;
+      while ((found = FindWindowExW(nullptr, found, WC_DIALOG, nullptr)) != nullptr) {
+        DWORD process = 0;
+        GetWindowThreadProcessId(found, &process);
+        if (process == process_.dwProcessId && found != other && IsWindowVisible(found) &&
+            sheet == (Item(found, IDC_MESSAGE) != nullptr)) {
+          return true;
+        }
+      }
+      return false;
     });
     return found;
   }

@@ -11,10 +11,7 @@
 #include "acceptance/driver.h"
 #include "platform/sharing.h"
 
-using support::HttpServer;
-using support::ReadBytes;
-using support::Reply;
-using support::WriteBytes;
+using namespace support;
 
 namespace {
 
@@ -69,7 +66,7 @@ TEST_CASE(
     "a tick is stored in a file that is held for a moment, also after the start has used up its waits") {
   const HttpServer server(Reply(404, ""));
   InstalledMachine machine;
-  std::optional<support::ShareLock> holder(std::in_place, machine.SettingsFile());
+  std::optional<ShareLock> holder(std::in_place, machine.SettingsFile());
   const Run run(machine.program);
   REQUIRE(WaitUntil([&] { return IsWindowEnabled(run.Control(IDC_RETRY)) != FALSE; }));
   std::jthread release([&] { Sleep(300), holder.reset(); });
@@ -83,7 +80,7 @@ TEST_CASE("a utility killed at any moment leaves settings and record whole, and 
   InstalledMachine machine;
   const std::string record = "Varnexa15_0_2_7";
   const std::string settings = std::string(kHost) + "CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n";
-  WriteBytes(machine.File(L"program\\korsa.ini"), kHost);
+  WriteBytes(machine.Seed(), kHost);
   // The seed selects the moments of the kills.
   std::mt19937 random(Number("TAVREL_STRESS_SEED", 20250307));
   const unsigned kills = Number("TAVREL_STRESS_KILLS", 100);
@@ -98,7 +95,7 @@ TEST_CASE("a utility killed at any moment leaves settings and record whole, and 
     }
     CAPTURE(i);
     const std::wstring folder = std::filesystem::path(machine.SettingsFile()).parent_path().wstring();
-    CHECK(support::FileNames(folder).size() == (ReadBytes(machine.SettingsFile()) ? 1 : 0));
+    CHECK(FileNames(folder).size() == (ReadBytes(machine.SettingsFile()) ? 1 : 0));
     const std::string left = ReadBytes(machine.SettingsFile()).value_or(kHost);
     // A new file is empty between its creation and the one write.
     const bool made = left.empty() && i % 2 == 1;

@@ -29,30 +29,21 @@ Text Decode(const std::uint8_t* data, std::size_t size) {
   return result;
 }
 
-// The record ("-": none), the version of the executable, its third and fourth number, the list.
 void Decisions(const Text& in) {
   std::vector<Text> list = Split(in);
-  list.resize(std::max<std::size_t>(list.size(), 4));
-  const Text record = list[0], version = list[1], level = list[2], build = list[3];
+  if (list.size() < 4) return;
+  const Decision decision = DecideFor(in);
+  const Text record = list[0];
+  const std::int32_t version = text::ParseDecimal(list[1]);
   list.erase(list.begin(), list.begin() + 4);
-  LatestPack latest;
-  FindLatestPack(list, latest);
-  CheckFacts facts{.sections = list,
-                   .latest = latest,
-                   .record = record,
-                   .record_version = ParseRecordVersion(record).value_or(0),
-                   .product_version = text::ParseDecimal(version),
-                   .product_level = level,
-                   .product_build = build};
-  if (record == L"-") facts.record.reset();
-  const Decision decision = Decide(facts);
   assert(!decision.delete_record || (CountRecordedPacks(list, record) + 1 == list.size() &&
-                                     facts.record_version > facts.product_version));
+                                     ParseRecordVersion(record).value_or(0) > version));
   assert(!decision.offered.value_or(false) || list.size() > 1);
   assert(decision.entries.empty() == !decision.offered);
   // A pack above all others is the newest, wherever the list ends.
   list.resize(std::max<std::size_t>(list.size(), 2));
   list.push_back(L"P_2147483647_2147483647");
+  LatestPack latest;
   FindLatestPack(list, latest);
   assert(latest.level == INT32_MAX && latest.build == INT32_MAX);
 }

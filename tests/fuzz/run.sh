@@ -16,8 +16,8 @@ cmake --build "$build" --target tavrel_fuzz
 rm -rf -- "$build/seeds" "$build/found"
 mkdir -p -- "$build/seeds" "$build/found" "$build/corpus"
 cd -- "$build"
-TAVREL_SEEDS=seeds tests/fuzz/tavrel_fuzz -runs=0 -verbosity=0
-tests/fuzz/tavrel_fuzz -jobs=2 -workers=2 -max_total_time="$1" -max_len=1024 -timeout=10 -verbosity=0 \
+TAVREL_SEEDS=seeds tests/tavrel_fuzz -runs=0 -verbosity=0
+tests/tavrel_fuzz -jobs=2 -workers=2 -max_total_time="$1" -max_len=1024 -timeout=10 -verbosity=0 \
   -print_final_stats=1 -artifact_prefix=found/ corpus seeds && exit
-TAVREL_SHOW=1 tests/fuzz/tavrel_fuzz -timeout=10 found/* 2>/dev/null | sed -n 's/^row /Broken by /p'
+TAVREL_SHOW=1 tests/tavrel_fuzz -timeout=10 found/* 2>/dev/null | sed -n 's/^row /Broken by /p'
 exit 1

@@ -20,7 +20,8 @@ using Obstacle = std::shared_ptr<void>;
 HttpReply Silent(bool in_body) {
   HttpReply reply = List();
   reply.bytes.resize(in_body ? reply.bytes.size() - 1 : 0);
-  reply.silent = true;
+  reply.tail = "\n";
+  reply.tail_pause_ms = 3000;
   return reply;
 }
 

@@ -61,10 +61,6 @@ std::optional<std::string> FileOf(Lines lines) {
   return "[KORSA_URL]\r\n" + std::regex_replace(lines, std::regex("\\|"), "\r\n") + "\r\n";
 }
 
-std::wstring SeedOf(const Machine& machine) {
-  return machine.ProgramFolder() + L"\\korsa.ini";
-}
-
 }  // namespace
 
 TEST_CASE("registered data: a reader reads its key or the alternative one, and logs the result") {
@@ -176,13 +172,13 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
     CAPTURE(&row - rows);
     platform::g_nWaitLeftMs = row.held_for_a_moment ? platform::kWaitMs : 0;
     Machine machine;
-    MakeFolder(machine.Documents() + row.folders);
+    MakeFolder(machine.documents + row.folders);
     if (row.user != nullptr) machine.WriteSettings(std::string(row.user) + "\r\n");
-    if (row.seed != nullptr) WriteBytes(SeedOf(machine), *FileOf(row.seed));
+    if (row.seed != nullptr) WriteBytes(machine.Seed(), *FileOf(row.seed));
     std::optional<ShareLock> holder;
-    if (row.held) holder.emplace(row.user != nullptr ? machine.SettingsFile() : SeedOf(machine));
+    if (row.held) holder.emplace(row.user != nullptr ? machine.SettingsFile() : machine.Seed());
     std::optional<HeldForAMoment> momentary;
-    if (row.held_for_a_moment) momentary.emplace(SeedOf(machine));
+    if (row.held_for_a_moment) momentary.emplace(machine.Seed());
     std::optional<ImportHook<CreateDirectoryW>> refused_folder;
     if (row.unwritable) refused_folder.emplace("CreateDirectoryW", 5);
     std::optional<ImportHook<SHGetFolderPathW>> no_documents;
@@ -199,7 +195,7 @@ TEST_CASE("the settings file is prepared from the user's own or the seed, and a 
 
 TEST_CASE("a settings folder and file that another start makes at the same moment are used") {
   Machine machine;
-  WriteBytes(SeedOf(machine), *FileOf("CHECKUPDATES=TRUE"));
+  WriteBytes(machine.Seed(), *FileOf("CHECKUPDATES=TRUE"));
   const ImportHook<CreateDirectoryW> race("CreateDirectoryW", [&](auto path, auto security) {
     if (!std::wstring_view(path).ends_with(L"QRT15\\")) race.original(path, security);
     return race.original(path, security);

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <map>
+
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/sharing.h"
@@ -20,7 +22,7 @@ const std::string kNew = "[S]\r\nA=2\r\n[T]\r\nB=1\r\n";
 /// A settings file; each write is checked for files that it leaves.
 struct SettingsFile {
   Machine machine;
-  std::wstring folder = machine.Documents(), path = folder + L"\\korsa.ini";
+  std::wstring folder = machine.documents, path = folder + L"\\korsa.ini";
 
   explicit SettingsFile(const std::string& bytes = kOld) { WriteBytes(path, bytes); }
   /// The content after a value was written. `others`: files beside it.
@@ -162,11 +164,19 @@ TEST_CASE("a value that could not be read, or only in part, is read again before
   }
 }
 
-TEST_CASE("the page writes the defaults that the start could not") {
-  Machine machine;
-  machine.WriteSettings("CHECKUPDATES=maybe\r\n");
-  UpdateOptions options;
-  options.LoadUpdateOptions(machine.SettingsFile());
-  CHECK(ReadBytes(machine.SettingsFile()) ==
-        "[KORSA_URL]\r\nCHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n");
+TEST_CASE("the page writes the defaults that the start could not, and leaves a wrong value to be seen") {
+  const std::map<std::string, std::string> rows{
+      {"CHECKUPDATES=maybe\r\n", "CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=FALSE\r\n"},
+      {"CHECKUPDATES=TRUE\r\nIGNORE_PATCH_ERROR=maybe\r\n",
+       "CHECKUPDATES=FALSE\r\nIGNORE_PATCH_ERROR=maybe\r\n"},
+  };
+  for (const auto& [before, after] : rows) {
+    Machine machine;
+    machine.WriteSettings(before);
+    UpdateOptions options;
+    options.LoadUpdateOptions(machine.SettingsFile());
+    CHECK(options.m_bCheckOnStartup == 1);
+    CHECK(options.m_bHideNetworkErrors == 0);
+    CHECK(ReadBytes(machine.SettingsFile()) == "[KORSA_URL]\r\n" + after);
+  }
 }

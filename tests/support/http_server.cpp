@@ -26,10 +26,6 @@ HttpReply Reply(int status, std::string_view body) {
 HttpServer::HttpServer(Answer answer) : answer_(std::move(answer)) {
   WSADATA data;
   WSAStartup(MAKEWORD(2, 2), &data);
-  Start();
-}
-
-void HttpServer::Start() {
   const SOCKET listener = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
   const BOOL reuse = TRUE;
   setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&reuse), sizeof reuse);
@@ -42,7 +38,6 @@ void HttpServer::Start() {
     std::fprintf(stderr, "port 80 of the loopback network is not free: %d\n", WSAGetLastError());
     std::exit(3);
   }
-  stopping_ = false;
   listener_ = listener;
   thread_ = std::thread([this] { Run(); });
 }
@@ -99,7 +94,6 @@ void HttpServer::Serve(std::uintptr_t client) {
   while (!reply.tail.empty() && GetTickCount() - start < 10000 && Pause(reply.tail_pause_ms) &&
          Send(client, reply.tail)) {
   }
-  if (reply.silent) Ready(client, POLLRDNORM);
 }
 
 bool HttpServer::Pause(unsigned ms) const {

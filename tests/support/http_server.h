@@ -19,8 +19,6 @@ struct HttpReply {
   /// ten seconds have passed.
   std::string tail{};
   unsigned tail_pause_ms = 0;
-  /// The connection then stays open without data, until the client closes it or three seconds have passed.
-  bool silent = false;
 };
 
 /// A complete answer with its length and "Connection: close".
@@ -38,7 +36,6 @@ class HttpServer {
   explicit HttpServer(HttpReply reply) : HttpServer([reply] { return reply; }) {}
   ~HttpServer() { Stop(); }
 
-  void Start();
   /// Refuses connections from now on and closes a present one.
   void Stop();
 

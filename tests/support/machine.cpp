@@ -1,12 +1,6 @@
 #include "support/machine.h"
 
-#include <winsock2.h>
-#include <ws2tcpip.h>
-
-#include <wininet.h>
-
 #include <algorithm>
-#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -16,6 +10,7 @@
 #include <utility>
 
 #include "logcheck/log_reader.h"
+#include "platform/http.h"
 
 namespace fs = std::filesystem;
 
@@ -30,7 +25,7 @@ void Need(bool done, const std::wstring& what) {
 /// it.
 void RequirePermission() {
   const char* const permission = std::getenv("TAVREL_MACHINE_MAY_BE_USED_UP");
-  if (WineVersion() != nullptr || (permission != nullptr && std::string_view(permission) == "1")) return;
+  if (!OnWindows() || (permission != nullptr && std::string_view(permission) == "1")) return;
   std::fputs(
       "These tests replace this machine's product, its settings and its logs.\n"
       "To allow that, set TAVREL_MACHINE_MAY_BE_USED_UP=1.\n",
@@ -42,14 +37,8 @@ void RequirePermission() {
 /// which must come before a test redirects that key.
 void InitialiseNetwork() {
   static bool initialised = false;
-  if (std::exchange(initialised, true)) return;
-  WSADATA data;
-  WSAStartup(MAKEWORD(2, 2), &data);
-  closesocket(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
-  addrinfo* addresses = nullptr;
-  if (getaddrinfo("localhost", nullptr, nullptr, &addresses) == 0) freeaddrinfo(addresses);
-  DWORD timeout = 0, size = sizeof timeout;
-  InternetQueryOptionW(nullptr, INTERNET_OPTION_CONNECT_TIMEOUT, &timeout, &size);
+  if (!std::exchange(initialised, true))
+    wininet::InternetCheckConnectionW(L"http://localhost/", FLAG_ICC_FORCE_CONNECTION, 0);
 }
 
 /// Redirects a part of the registry to this key of the user, in which `path` is the path of this shell
@@ -82,11 +71,8 @@ std::wstring KeyOf(const std::wstring& root) {
 
 }  // namespace
 
-const char* WineVersion() {
-  using Function = const char*(__cdecl*)();
-  const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
-  const auto version = std::bit_cast<Function>(GetProcAddress(ntdll, "wine_get_version"));
-  return version == nullptr ? nullptr : version();
+bool OnWindows() {
+  return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") == nullptr;
 }
 
 std::size_t UnknownLines(const std::wstring& log) {
@@ -163,12 +149,12 @@ std::wstring UninstallKey(Layout layout) {
   return Below(layout, L"Microsoft\\Windows\\CurrentVersion\\Uninstall\\" TAVREL_PRODUCT_LABEL);
 }
 
-Installation::Installation(std::wstring root, std::wstring documents, std::wstring common)
-    : root_(std::move(root)), documents_(std::move(documents)), common_(std::move(common)) {
+Installation::Installation(std::wstring folder, std::wstring user_documents, std::wstring common_data)
+    : root(std::move(folder)), documents(std::move(user_documents)), common(std::move(common_data)) {
   RequirePermission();
-  for (const std::wstring& old : {root_, documents_ + L"\\" TAVREL_PRODUCT, LogFolder()}) RemoveTree(old);
-  for (const std::wstring& folder : {documents_, common_, Temp(), ProgramFolder(), ProductFolder()}) {
-    MakeFolder(folder);
+  for (const std::wstring& old : {root, documents + L"\\" TAVREL_PRODUCT, LogFolder()}) RemoveTree(old);
+  for (const std::wstring& path : {documents, common, Temp(), ProgramFolder(), ProductFolder()}) {
+    MakeFolder(path);
   }
 }
 
@@ -193,25 +179,25 @@ void Installation::WriteSettings(std::string_view lines) {
 
 Machine::Machine() : Machine(UniqueFolder()) {}
 
-Machine::Machine(const std::wstring& root)
-    : Installation(root, root + L"\\documents", root + L"\\common"),
+Machine::Machine(const std::wstring& folder)
+    : Installation(folder, folder + L"\\documents", folder + L"\\common"),
       module_name_("GetModuleFileNameW", [this](HMODULE module, LPWSTR path, DWORD size) {
         if (module != nullptr) return module_name_.original(module, path, size);
         lstrcpynW(path, (ProgramFolder() + L"\\QRTTavrelUtility.exe").c_str(), static_cast<int>(size));
         return static_cast<DWORD>(lstrlenW(path));
       }) {
   InitialiseNetwork();
-  Redirect(HKEY_LOCAL_MACHINE, KeyOf(root) + L"\\machine", L"Common AppData", common_);
-  Redirect(HKEY_CURRENT_USER, KeyOf(root) + L"\\user", L"Personal", documents_);
+  Redirect(HKEY_LOCAL_MACHINE, KeyOf(root) + L"\\machine", L"Common AppData", common);
+  Redirect(HKEY_CURRENT_USER, KeyOf(root) + L"\\user", L"Personal", documents);
   SetEnvironmentVariableW(L"TMP", Temp().c_str());
 }
 
 Machine::~Machine() {
-  SetEnvironmentVariableW(L"TMP", fs::path(root_).parent_path().c_str());
+  SetEnvironmentVariableW(L"TMP", fs::path(root).parent_path().c_str());
   RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
   RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
-  RegDeleteTreeW(HKEY_CURRENT_USER, KeyOf(root_).c_str());
-  RemoveTree(root_);
+  RegDeleteTreeW(HKEY_CURRENT_USER, KeyOf(root).c_str());
+  RemoveTree(root);
 }
 
 }  // namespace support

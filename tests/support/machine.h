@@ -16,8 +16,8 @@ namespace support {
 
 inline constexpr auto& Utf8 = platform::ToUtf8;
 
-/// Wine's version, such as "8.0"; null on Windows.
-const char* WineVersion();
+/// False under Wine.
+bool OnWindows();
 
 /// The number of lines of a log that logcheck does not know.
 std::size_t UnknownLines(const std::wstring& log);
@@ -57,17 +57,20 @@ std::wstring UninstallKey(Layout layout);
 /// variable TAVREL_MACHINE_MAY_BE_USED_UP is 1.
 class Installation {
  public:
-  Installation(std::wstring root, std::wstring documents, std::wstring common);
+  Installation(std::wstring folder, std::wstring user_documents, std::wstring common_data);
 
-  const std::wstring& Documents() const { return documents_; }
-  std::wstring Temp() const { return root_ + L"\\temp"; }
-  std::wstring ProgramFolder() const { return root_ + L"\\program"; }
-  std::wstring ProductFolder() const { return root_ + L"\\product"; }
+  const std::wstring root, documents, common;
 
+  std::wstring Temp() const { return root + L"\\temp"; }
+  std::wstring ProgramFolder() const { return root + L"\\program"; }
+  std::wstring ProductFolder() const { return root + L"\\product"; }
+
+  /// The file that a start copies where the user has no settings file.
+  std::wstring Seed() const { return ProgramFolder() + L"\\korsa.ini"; }
   std::wstring SettingsFile() const {
-    return (documents_ + std::wstring(identity::kSettingsFolder)).append(identity::kSettingsFile);
+    return (documents + std::wstring(identity::kSettingsFolder)).append(identity::kSettingsFile);
   }
-  std::wstring LogFolder() const { return common_ + std::wstring(identity::kLogFolder); }
+  std::wstring LogFolder() const { return common + std::wstring(identity::kLogFolder); }
   std::wstring Record() const { return ProductFolder() + L"\\installedupdates.dat"; }
   std::wstring UpdateList() const { return Temp() + L"\\updates.ini"; }
 
@@ -78,9 +81,6 @@ class Installation {
   void PlaceExecutable(std::wstring_view version);
   /// Writes the settings file with this text below its section's heading.
   void WriteSettings(std::string_view lines);
-
- protected:
-  const std::wstring root_, documents_, common_;
 };
 
 /// A private machine while the object exists: HKEY_LOCAL_MACHINE and HKEY_CURRENT_USER are
@@ -92,7 +92,7 @@ class Machine : public Installation {
   ~Machine();
 
  private:
-  explicit Machine(const std::wstring& root);
+  explicit Machine(const std::wstring& folder);
   ImportHook<GetModuleFileNameW> module_name_;
 };
 

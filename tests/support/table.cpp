@@ -5,6 +5,8 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "text/text.h"
+
 namespace {
 
 std::wstring Unescape(const std::string& text) {
@@ -37,6 +39,23 @@ std::vector<Row> ReadTable(const char* file) {
   }
   if (rows.empty()) throw std::invalid_argument(std::string("no rows in ") + file);
   return rows;
+}
+
+Decision DecideFor(std::wstring_view input) {
+  std::vector<std::wstring> sections = Split(input);
+  const std::wstring record = sections[0], version = sections[1], level = sections[2], build = sections[3];
+  sections.erase(sections.begin(), sections.begin() + 4);
+  LatestPack latest;
+  FindLatestPack(sections, latest);
+  CheckFacts facts{.sections = sections,
+                   .latest = latest,
+                   .record = record,
+                   .record_version = ParseRecordVersion(record).value_or(0),
+                   .product_version = text::ParseDecimal(version),
+                   .product_level = level,
+                   .product_build = build};
+  if (record == L"-") facts.record.reset();
+  return Decide(facts);
 }
 
 std::string Literal(std::wstring_view value) {

@@ -18,10 +18,7 @@
 namespace {
 
 using namespace update_texts;
-using registered_texts::kClientVersion;
-using registered_texts::kTagOne;
-using registered_texts::kTagThree;
-using registered_texts::kTagTwo;
+using namespace registered_texts;
 using View = std::wstring_view;
 using Lines = std::initializer_list<View>;
 
@@ -213,7 +210,6 @@ TEST_CASE("the outcome, code, step and advice of a check are those that decided 
   CheckJudged({kTagTwo.query_failed, L"Error : 234", kEntriesNotFound}, "facts-missing 0 234",
               kTagTwo.query_failed, "a shorter path");
   CheckJudged({kEntriesNotFound}, "facts-missing 0 ", kEntriesNotFound, "nstall Varnexa 15.0 again");
-  CheckJudged({kHostMatched, kFound, kCompleted}, "facts-missing 0 ", {}, "the file version of Qrt.exe");
   CheckJudged({kVersionNotFound}, "not-installed 0 ", kVersionNotFound, "if it is to be on this computer");
   CheckJudged({kClientVersion.completed, kVersionNotFound}, "not-installed 0 ", kVersionNotFound,
               "not exactly \"15.0\", so no server was asked; correct it");

@@ -65,22 +65,8 @@ Text Compared(View in) {
   return WidenBytes(text + std::to_string(comparison.warnings));
 }
 
-// The record ("-": there is none), the executable's version, its third and fourth number, the list.
-Text DecideFor(View in) {
-  std::vector<Text> sections = Split(in);
-  const Text record = sections[0], version = sections[1], level = sections[2], build = sections[3];
-  sections.erase(sections.begin(), sections.begin() + 4);
-  LatestPack latest;
-  FindLatestPack(sections, latest);
-  CheckFacts facts{.sections = sections,
-                   .latest = latest,
-                   .record = record,
-                   .record_version = ParseRecordVersion(record).value_or(0),
-                   .product_version = text::ParseDecimal(version),
-                   .product_level = level,
-                   .product_build = build};
-  if (record == L"-") facts.record.reset();
-  const Decision decision = Decide(facts);
+Text Decided(View in) {
+  const Decision decision = DecideFor(in);
   Text told = std::to_wstring(decision.exit_code);
   told += !decision.offered ? L" as before" : *decision.offered ? L" yes" : L" no";
   if (decision.delete_record) told += L", deleted";
@@ -100,7 +86,7 @@ const std::map<Text, Text (*)(View)> kFunctions = {
        const auto version = ParseRecordVersion(in);
        return version ? std::to_wstring(*version) : L"none";
      }},
-    {L"Decide", DecideFor},
+    {L"Decide", Decided},
     {L"Request", [](View in) { return Text(RequestPath(in, L"up.example").value_or(L"none")); }},
     {L"Warnings", Warned},
     {L"Compare", Compared},
