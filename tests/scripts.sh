@@ -29,7 +29,6 @@ test.sh -j x
 dev
 dev nothing
 dev format lint
-release.sh --nothing
 release.sh HEAD HEAD
 scripts/build.sh
 scripts/build.sh nothing
@@ -37,7 +36,6 @@ scripts/setup.sh nothing
 scripts/sandbox.sh
 scripts/sandbox.sh --limit 0 -- true
 packaging/installer.sh nothing
-packaging/pack.sh
 packaging/sign.sh nothing
 scripts/in-sandbox.sh --initialise-prefix
 demo/scene.sh offered patch 0 output build

@@ -140,7 +140,7 @@ TEST_CASE("an interactive check of another product version clears the last resul
 TEST_CASE("a server that sends byte by byte or redirects without end cannot keep the check") {
   HttpReply elsewhere{.bytes = "HTTP/1.1 302 Found\r\nLocation: /\r\nContent-Length: 0\r\n\r\n",
                       .pause_ms = 10};
-  const std::string header_time_out = Told(kOnWindows, true, false, L" Error : " + kHeaderTimeOut);
+  const std::string header_time_out = Told(OnWindows(), true, false, L" Error : " + kHeaderTimeOut);
 
   std::vector<HttpReply> redirections(40, elsewhere);
   redirections.push_back(List());

@@ -31,9 +31,8 @@ inline const std::string kOldList = std::string(999, '\n') + "[Varnexa15_0_9_9]\
 
 // Time-outs before the status and in the body: seen under Wine 8 and 10; documented for Windows, where the
 // code counts as a network error.
-inline const bool kOnWindows = OnWindows();
-inline const std::wstring kHeaderTimeOut = kOnWindows ? L"12002" : L"12030";
-inline const std::wstring kBodyTimeOut = kOnWindows ? L"12002" : L"10060";
+inline const std::wstring kHeaderTimeOut = OnWindows() ? L"12002" : L"12030";
+inline const std::wstring kBodyTimeOut = OnWindows() ? L"12002" : L"10060";
 inline constexpr std::wstring_view kMismatchError = L" Error : Server settings INI information mismatch.";
 
 inline std::string Text(const Log& log) {
