@@ -115,10 +115,10 @@ class Run {
     const HWND sheet = Sheet(), message = Item(sheet, IDC_MESSAGE);
     wchar_t start[2];
     const bool told = WaitUntil([&] { return InternalGetWindowText(message, start, 2) > 0; });
-    Idle();
+    const bool idle = Idle();
     Ask(message, WM_NULL);
     SetForegroundWindow(sheet);
-    return told && WaitUntil([&] { return GetForegroundWindow() == sheet; });
+    return told && idle && WaitUntil([&] { return GetForegroundWindow() == sheet; });
   }
   HWND Sheet() const { return Find(true, nullptr); }
   /// Waits for a dialog that is neither the sheet nor `other`: a message box or the save dialog.
