@@ -162,7 +162,8 @@ bool UpdateEngine::CheckStatus(void* request, std::wstring& pending_error) {
   pending_error = text::FormatDecimal(queried ? status : 0);
   log_.Append(update_texts::kStatusCode);
   log_.Append(pending_error);
-  return queried || ReportFailure(update_texts::kStatusFailed, error);
+  if (!queried) return ReportFailure(update_texts::kStatusFailed, error);
+  return true;
 }
 
 bool UpdateEngine::CopyBody(void* request, const ExchangeProgress& progress, ListFile& file) {
