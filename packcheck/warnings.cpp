@@ -108,8 +108,10 @@ bool IsPlain(std::wstring_view number) {
 /// A pack's level and build, if both are numbers. Clients read them up to the first other character.
 std::optional<std::array<std::wstring_view, 2>> NumbersIn(std::wstring_view name) {
   const auto fields = SplitPackName(name);
-  if (!fields || !IsNumber(fields->level.value_or(L"")) || !IsNumber(fields->build)) return std::nullopt;
-  return {{*fields->level, fields->build}};
+  if (!fields || !fields->level) return std::nullopt;
+  const std::array<std::wstring_view, 2> numbers{*fields->level, fields->build};
+  if (!IsNumber(numbers[0]) || !IsNumber(numbers[1])) return std::nullopt;
+  return numbers;
 }
 
 /// Warns of what the names do not show.
