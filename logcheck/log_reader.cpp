@@ -131,7 +131,7 @@ void LogReader::TakeLine(View line) {
 
 void LogReader::TakePart(View line) {
   constexpr View rule = kNarrow<log_texts::kHeaderRule>;
-  // Before the rule nothing stands, or a torn line to which a header was appended.
+  // A torn line, to which a header was appended, can stand before the rule.
   if (line.ends_with(rule)) return TakeLine(line.substr(0, line.size() - rule.size()));
   if (TakeRest(line) || TakeHeader(line)) return;
   // A time stands before an error of the log file, and a message or code can stand after it.

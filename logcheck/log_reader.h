@@ -49,7 +49,7 @@ struct Run {
   std::vector<std::string> unknown;  ///< the first lines that no version of the utility writes
   std::size_t unknown_lines = 0;     ///< the number of all such lines
 
-  /// Without a check, one without entries and verdict.
+  /// If the run has no check: one without entries and verdict.
   const Check& LastCheck() const {
     static const Check none;
     return checks.empty() ? none : checks.back();
